@@ -1,0 +1,132 @@
+// How the composed registry finds keys. Not for use outside this folder.
+#pragma once
+
+#include <span>
+
+#include "backends/common/composed_registry.h"
+#include "backends/common/view_tables.h"
+#include "registry/Stringhelper.h"
+
+namespace scrubwell {
+
+/// More links than this in one path are taken for a circle.
+inline constexpr int kMaxLinks = 16;
+
+struct ComposedRegistry::MountPoint {
+  UnicodeString place;  // as mounted
+  bool user = false;    // below HKU
+  UnicodeString name;   // last part of the place
+  IHive* hive = nullptr;
+  Status status = Status::Ok;  // why there is no hive
+  HiveOpener opener;
+
+  IHive* Open() {
+    if (hive == nullptr && opener) {
+      status = Status::Unknown;
+      hive = opener(status);
+      opener = nullptr;
+    }
+    return hive;
+  }
+};
+
+/// One physical key, or why there is none.
+struct ComposedRegistry::Node {
+  enum class Box : std::uint8_t { None, Machine, Users };
+  MountPoint* mount = nullptr;  // known also where the key is absent
+  IHive::Key key = IHive::NoKey;
+  Status status = Status::Absent;
+  Box box = Box::None;  // the roots that hold hives are no keys of a hive
+
+  [[nodiscard]] bool Ok() const { return status == Status::Ok; }
+  [[nodiscard]] bool Failed() const { return status != Status::Ok && status != Status::Absent; }
+  [[nodiscard]] IHive& Hive() const { return *mount->hive; }
+};
+
+/// A key as it is seen: the user's in front of the machine's. Where nothing is merged, the second
+/// stands alone.
+struct ComposedRegistry::Place {
+  Node user;
+  Node machine;
+  Node userBase;  // of the region
+  Node machineBase;
+  const detail::ViewRule* rule = nullptr;  // null: no rule here nor below
+
+  [[nodiscard]] Status Readable() const {
+    if (user.Failed()) return user.status;
+    if (machine.Failed()) return machine.status;
+    return user.Ok() ? Status::Ok : machine.status;
+  }
+};
+
+/// The paths that belong to a Place, collected only where something changes.
+struct ComposedRegistry::Trail {
+  UnicodeString user;
+  UnicodeString machine;
+  UnicodeString userBase;
+  UnicodeString machineBase;
+  MountPoint* userMount = nullptr;
+};
+
+/// Resolved keys by root, view and path. A newer key takes an older one's slot; the number of
+/// slots grows with the use up to a limit.
+class ComposedRegistry::Cache {
+ public:
+  static constexpr std::size_t kFirstSlots = 1U << 8;
+  static constexpr std::size_t kMaxSlots = 1U << 14;
+
+  struct Probe {
+    std::uint64_t hash = 0;
+    RootKey root = RootKey::None;
+    bool bits32 = false;
+  };
+  const Place* Find(const Probe& probe, UnicodeView path) const;
+  void Store(const Probe& probe, UnicodeView path, const Place& place);
+  void Clear() { ++generation_; }
+
+ private:
+  struct Slot {
+    std::uint64_t generation = 0;
+    Probe probe;
+    UnicodeString path;  // upper-cased
+    Place place;
+  };
+  std::vector<Slot> slots_ = std::vector<Slot>(kFirstSlots);
+  std::size_t stored_ = 0;
+  std::uint64_t generation_ = 1;
+};
+
+/// Finds the place of one key. With a trail, nothing is taken from the cache.
+class ComposedRegistry::Resolver {
+ public:
+  Resolver(ComposedRegistry& registry, bool bits32, int& links, Trail* trail)
+      : registry_(registry), bits32_(bits32), links_(links), trail_(trail) {}
+
+  Place Find(RootKey root, UnicodeView path, bool followLast);
+  /// One more component below a place.
+  Place Step(const Place& parent, UnicodeView component, bool follow);
+
+ private:
+  Place Root(RootKey root);
+  Place ClassesRoot();
+  Place CurrentConfig();
+  Place IntoHive(Node::Box box, UnicodeView name);
+  void Enter(Place& place, const detail::ViewRule& region);
+  void Apply(Place& place, const detail::ViewRule& rule, bool follow);
+  Place IntoUserClasses(const MountPoint* user);
+  Node UserClasses(UnicodeView user, UnicodeString* path);
+  Node ControlSet(const Node& system, UnicodeString* path);
+  Node MachineSide(const Node& base, UnicodeView place, bool follow, UnicodeString* path);
+  Node Walk(Node from, UnicodeView path, bool follow, UnicodeString* trail);
+  Node Child(const Node& parent, UnicodeView name, bool follow, UnicodeString* trail);
+  Node FollowLink(const Node& link, UnicodeString* trail);
+  Node HiveRoot(MountPoint* mount) const;
+  bool Number(const Node& key, UnicodeView name, std::uint32_t& out) const;
+
+  ComposedRegistry& registry_;
+  bool bits32_;
+  int& links_;
+  Trail* trail_;
+};
+
+}  // namespace scrubwell

@@ -1,0 +1,217 @@
+// The package's state, the problem list and the state of its problems, problem locators.
+#include "framework/Rc_common.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+
+#include "framework/Rc_baseplugin.h"
+#include "framework/exclusions.h"
+#include "registry/Stringhelper.h"
+#include "registry/Zmregistry.h"
+
+namespace scrubwell {
+
+TSweepErrorList* SweepErrors = nullptr;
+std::int32_t RealSweepErrorCount = 0;
+std::int32_t CategoryErrors = 0;
+THashList* IgnoredCLSIDs = nullptr;
+THashList* IgnoredInterfaces = nullptr;
+THashList* IgnoredLinkedCLSIDs = nullptr;
+THashList* IgnoredTypeLibs = nullptr;
+THashList* IgnoredAppIds = nullptr;
+THashList* IgnoredSystemProtectedKeys = nullptr;
+THashList* IgnoredProblems = nullptr;
+TRCStatus RCStatus = RCS_NotScannedYet;
+std::atomic<bool> StopSearch{false};
+bool ShouldReSearch = false;
+
+namespace {
+
+// Everything that start-up creates and shut-down releases.
+struct PackageState {
+  TSweepErrorList sweepErrors;
+  THashList clsids, interfaces, linkedClsids, typeLibs, appIds, protectedKeys;
+  THashList ignoredProblems;
+};
+
+std::unique_ptr<PackageState> state;
+int startUps = 0;
+
+void FillTable(THashList& table, std::span<const UnicodeView> entries) {
+  const auto marker = reinterpret_cast<THashList::Value>(std::uintptr_t{1});
+  for (const UnicodeView entry : entries) table.Add(UpperCase(entry), marker);
+}
+
+void PublishState(PackageState* s) {
+  SweepErrors = s ? &s->sweepErrors : nullptr;
+  IgnoredCLSIDs = s ? &s->clsids : nullptr;
+  IgnoredInterfaces = s ? &s->interfaces : nullptr;
+  IgnoredLinkedCLSIDs = s ? &s->linkedClsids : nullptr;
+  IgnoredTypeLibs = s ? &s->typeLibs : nullptr;
+  IgnoredAppIds = s ? &s->appIds : nullptr;
+  IgnoredSystemProtectedKeys = s ? &s->protectedKeys : nullptr;
+  IgnoredProblems = s ? &s->ignoredProblems : nullptr;
+  RealSweepErrorCount = 0;
+  CategoryErrors = 0;
+  RCStatus = RCS_NotScannedYet;
+  StopSearch = false;
+  ShouldReSearch = false;
+}
+
+std::size_t HashProblem(UnicodeView pluginID, std::int32_t errorType,
+                        std::span<const UnicodeString> data) {
+  const std::hash<UnicodeView> hash;
+  std::size_t h = hash(pluginID) + static_cast<std::uint32_t>(errorType);
+  // Odd factor: the order of the items counts.
+  for (const UnicodeString& item : data) h = h * 1099511628211U + hash(item);
+  return h;
+}
+
+TSweepError* ProblemAt(std::int32_t index) {
+  if (SweepErrors == nullptr || index < 0 || index >= SweepErrors->Count()) return nullptr;
+  return SweepErrors->Get(index);
+}
+
+// A problem came into sight (+1) or went out of it (-1). A problem of a plugin that is not there
+// counts in the overall figure alone.
+void CountVisible(const TSweepError& problem, std::int32_t change) {
+  TRCPlugin* plugin = nullptr;
+  if (GetPluginByID(problem.PluginID, plugin)) plugin->ErrorCount += change;
+  RealSweepErrorCount += change;
+}
+
+}  // namespace
+
+void InitialiseRcCommon() {
+  if (startUps++ != 0) return;
+  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  state = std::make_unique<PackageState>();
+  FillTable(state->clsids, exclusions::kIgnoredCLSIDs);
+  FillTable(state->interfaces, exclusions::kIgnoredInterfaces);
+  FillTable(state->linkedClsids, exclusions::kIgnoredLinkedCLSIDs);
+  FillTable(state->typeLibs, exclusions::kIgnoredTypeLibs);
+  FillTable(state->appIds, exclusions::kIgnoredAppIds);
+  FillTable(state->protectedKeys, exclusions::kIgnoredSystemProtectedKeys);
+  PublishState(state.get());
+}
+
+void FinaliseRcCommon() {
+  if (startUps == 0 || --startUps != 0) return;
+  ClearIgnoredProblems();
+  PublishState(nullptr);
+  state.reset();
+}
+
+// ---- Problem list -------------------------------------------------------------------------
+
+std::int32_t TSweepErrorList::Add(std::unique_ptr<TSweepError> record) {
+  const std::int32_t index = Count();
+  index_.emplace(HashProblem(record->PluginID, record->ErrorType, record->Data), index);
+  records_.push_back(std::move(record));
+  return index;
+}
+
+void TSweepErrorList::Put(std::int32_t index, std::unique_ptr<TSweepError> record) {
+  std::unique_ptr<TSweepError>& place = records_[static_cast<std::size_t>(index)];
+  auto [entry, end] =
+      index_.equal_range(HashProblem(place->PluginID, place->ErrorType, place->Data));
+  entry = std::find_if(entry, end, [index](const auto& e) { return e.second == index; });
+  if (entry != end) index_.erase(entry);
+  index_.emplace(HashProblem(record->PluginID, record->ErrorType, record->Data), index);
+  place = std::move(record);
+}
+
+bool TSweepErrorList::HasUnfixed(UnicodeView pluginID, std::int32_t errorType,
+                                 std::span<const UnicodeString> data) const {
+  const auto [begin, end] = index_.equal_range(HashProblem(pluginID, errorType, data));
+  return std::any_of(begin, end, [&](const auto& entry) {
+    const TSweepError& e = *Get(entry.second);
+    return !e.Fixed && e.ErrorType == errorType && e.PluginID == pluginID &&
+           std::ranges::equal(e.Data, data);
+  });
+}
+
+void TSweepErrorList::Clear() {
+  records_.clear();
+  index_.clear();
+}
+
+// ---- Problem state ------------------------------------------------------------------------
+
+bool IsErrorVisible(std::int32_t index) {
+  const TSweepError* e = ProblemAt(index);
+  return e != nullptr && e->Visible && !e->Fixed;
+}
+
+bool IsErrorSelectedForCleaning(std::int32_t index) {
+  return IsErrorVisible(index) && ProblemAt(index)->Selected;
+}
+
+void SetFixedState(std::int32_t index, bool fixed) {
+  TSweepError* e = ProblemAt(index);
+  if (e == nullptr || e->Fixed == fixed) return;
+  if (e->Visible) CountVisible(*e, fixed ? -1 : 1);
+  e->Fixed = fixed;
+}
+
+void SetVisibleState(std::int32_t index, bool visible) {
+  TSweepError* e = ProblemAt(index);
+  if (e == nullptr || e->Visible == visible) return;
+  if (!e->Fixed) CountVisible(*e, visible ? 1 : -1);
+  e->Visible = visible;
+}
+
+UnicodeString GetErrorStringValue(const TStringList& data, std::int32_t high, UnicodeView name) {
+  const std::size_t count =
+      std::min(data.size(), high < 0 ? 0 : static_cast<std::size_t>(high) + 1);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (UnicodeView value; DataItemHasName(data[i], name, value)) return UnicodeString(value);
+  }
+  return {};
+}
+
+UnicodeString GetErrorStringValue(const TStringList& data, UnicodeView name) {
+  return GetErrorStringValue(data, static_cast<std::int32_t>(data.size()) - 1, name);
+}
+
+bool DataItemHasName(UnicodeView item, UnicodeView name, UnicodeView& value) {
+  const std::size_t colon = item.find(u':');
+  // An item without a colon has an empty name and is all value.
+  const bool bare = colon == UnicodeView::npos;
+  value = bare ? item : item.substr(colon + 1);
+  return item.substr(0, bare ? 0 : colon) == name;
+}
+
+// ---- Locators -----------------------------------------------------------------------------
+
+void GetErrorRegKey(const TSweepError& error, UnicodeView itemName, RootKey& root,
+                    UnicodeString& key, TZmRegOptions& opts) {
+  const UnicodeString text = GetErrorStringValue(error.Data, itemName);
+  UnicodeView rest = text;
+  opts = {zmregNative};
+  if (rest.starts_with(u"32:") || rest.starts_with(u"64:")) {
+    opts = rest.starts_with(u"64:") ? TZmRegOptions{zmreg64Bit} : TZmRegOptions{zmreg32Bit};
+    rest.remove_prefix(3);
+  }
+  const std::size_t slash = rest.find(u'\\');
+  root = GetMainKeyFromString(rest.substr(0, slash));
+  key = slash == UnicodeView::npos ? UnicodeString() : UnicodeString(rest.substr(slash + 1));
+}
+
+void GetErrorRegValue(const TSweepError& error, UnicodeView keyItemName, UnicodeView valueItemName,
+                      RootKey& root, UnicodeString& key, UnicodeString& valueName,
+                      TZmRegOptions& opts) {
+  GetErrorRegKey(error, keyItemName, root, key, opts);
+  valueName = GetErrorStringValue(error.Data, valueItemName);
+}
+
+UnicodeString StripLastKey(UnicodeView path) {
+  return UnicodeString(path.substr(0, path.rfind(u'\\')));
+}
+
+bool IsCLSIDKey(UnicodeView name) {
+  return name.starts_with(u'{') && name.ends_with(u'}');
+}
+
+}  // namespace scrubwell

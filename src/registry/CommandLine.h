@@ -1,0 +1,13 @@
+// Command lines: which file one starts, and which file a launcher among them is told to use.
+#pragma once
+
+#include "registry/PathResolver.h"
+
+namespace scrubwell::paths {
+
+/// Resolves a command line whose variables are expanded. Quoted program, or the first growing
+/// prefix of an unquoted one that is a file. For a known launcher (rundll32 and its kin) the file
+/// its arguments name is looked up too; whatever can't be proven missing is Unknown.
+Lookup ResolveCommand(UnicodeView command, Want want);
+
+}  // namespace scrubwell::paths

@@ -1,0 +1,248 @@
+// Text operations: case table, fields, resources, addresses, encodings, masks.
+#include <gtest/gtest.h>
+
+#include "registry/Hashlist.h"
+#include "registry/Stringhelper.h"
+#include "registry/Wildcards.h"
+#include "registry/Zmregistry.h"
+#include "support/world.h"
+
+namespace scrubwell {
+namespace {
+
+using namespace std::string_view_literals;
+
+TEST(CaseTable, MapsOneUnitToOneUnitAsWindowsDoes) {
+  struct Row {
+    char16_t unit;
+    char16_t capital;
+  };
+  constexpr Row rows[] = {
+      {u'a', u'A'},     {u'{', u'{'},     {0xE4, 0xC4},     {0xF7, 0xF7},  // the division sign
+      {0xFF, 0x178},    {0xB5, 0xB5},     {0xDF, 0xDF},     {0x131, 0x131},   {0x17F, 0x17F},
+      {0x3C2, 0x3A3},   {0x3C3, 0x3A3},   {0x451, 0x401},   {0x1E01, 0x1E00}, {0x24D0, 0x24B6},
+      {0xFF41, 0xFF21}, {0xD801, 0xD801}, {0x10D0, 0x10D0},  // capitals that came later than the
+                                                             // table
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(UpCase(row.unit), row.capital) << std::hex << static_cast<int>(row.unit);
+  }
+  for (std::uint32_t c = 0; c < 0x10000; ++c) {
+    const char16_t up = UpCase(static_cast<char16_t>(c));
+    ASSERT_EQ(UpCase(up), up) << std::hex << c;
+  }
+  EXPECT_LT(CompareUpCase(u"ab", u"B"), 0);
+  EXPECT_GT(CompareUpCase(u"_a", u"Z"), 0) << "compared upper-cased, where _ lies behind Z";
+}
+
+TEST(Fields, CountSelectAndRemove) {
+  struct Row {
+    UnicodeView text;
+    char16_t separator;
+    int count;
+    UnicodeView second;
+    UnicodeView removed;  // the text without the item "b"
+  };
+  constexpr Row rows[] = {
+      {u"", u',', 0, u"", u""},
+      {u"b", u',', 1, u"", u""},
+      {u"a, b ,c", u',', 3, u" b ", u"a,c"},
+      {u"a,B", u',', 2, u"B", u"a"},
+      {u"b,b", u',', 2, u"b", u"b"},
+      {u"a,,b", u',', 3, u"", u"a,"},
+      {u" b,c ", u',', 2, u"c ", u"c "},
+      {u"a b c", 0, 1, u"", u"a b c"},
+      {u"ab,cb", u',', 2, u"cb", u"ab,cb"},
+      {u",", u',', 2, u"", u","},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(ToUtf8(row.text));
+    EXPECT_EQ(ParamXCount(row.text, row.separator), row.count);
+    EXPECT_EQ(ParamX(row.text, row.separator, 2), row.second);
+    EXPECT_EQ(ParamX(row.text, row.separator, 0), u"");
+    EXPECT_EQ(RemoveParamX(row.text, row.separator, u" b"), row.removed);
+  }
+}
+
+TEST(ResourceTexts, SplitIntoFileAndNumber) {
+  struct Row {
+    UnicodeView text;
+    bool ok;
+    UnicodeView file;
+    std::uint32_t id;
+  };
+  constexpr Row rows[] = {
+      {u"@C:\\a,b\\x.dll,-12", true, u"C:\\a,b\\x.dll", 12},
+      {u"@%SystemRoot%\\x.dll,-7;v2", true, u"%SystemRoot%\\x.dll", 7},
+      {u"@\"C:\\x y.dll\",-3#immutable1", true, u"C:\\x y.dll", 3},
+      {u"x.dll, 5", true, u"x.dll", 5},
+      {u"@x.inf,%Name%;text", false, u"", 0},
+      {u"@{Pkg?ms-resource://Pkg/x}", false, u"", 0},
+      {u"@x.dll,-99999999999", false, u"", 0},
+      {u"plain", false, u"", 0},
+      {u"@,-1", false, u"", 0},
+      {u"", false, u"", 0},
+  };
+  for (const Row& row : rows) {
+    UnicodeString file = u"before";
+    std::uint32_t id = 99;
+    EXPECT_EQ(ExtractResFileAndIDFromString(row.text, file, id), row.ok) << ToUtf8(row.text);
+    EXPECT_EQ(file, row.file) << ToUtf8(row.text);
+    EXPECT_EQ(id, row.id) << ToUtf8(row.text);
+  }
+}
+
+TEST(Paths, TakeThemApart) {
+  struct Row {
+    UnicodeView path, name, folder, extension;
+  };
+  constexpr Row rows[] = {
+      {u"C:\\a.b\\c.txt", u"c.txt", u"C:\\a.b", u".txt"},
+      {u"C:\\a", u"a", u"C:\\", u""},
+      {u"C:\\a.b\\c", u"c", u"C:\\a.b", u""},
+      {u"c.tar.gz", u"c.tar.gz", u"", u".gz"},
+      {u"C:x", u"x", u"C:", u""},
+      {u"", u"", u"", u""},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(ExtractFileName(row.path), row.name);
+    EXPECT_EQ(ExtractFilePath(row.path), row.folder);
+    EXPECT_EQ(ExtractFileExt(row.path), row.extension);
+  }
+  struct Icon {
+    UnicodeView text, path;
+    std::int32_t index;
+  };
+  constexpr Icon icons[] = {
+      {u"C:\\A,B\\x.dll,3", u"C:\\A,B\\x.dll", 3},
+      {u"x.dll,-110", u"x.dll", -110},
+      {u"\"C:\\x y.exe\",0", u"C:\\x y.exe", 0},
+      {u"C:\\A,B\\x.dll", u"C:\\A,B\\x.dll", 0},
+      {u"%1", u"%1", 0},
+  };
+  for (const Icon& icon : icons) {
+    UnicodeString path(icon.text);
+    EXPECT_EQ(PathParseIconLocation(path), icon.index) << ToUtf8(icon.text);
+    EXPECT_EQ(path, icon.path);
+  }
+}
+
+TEST(Addresses, BecomePaths) {
+  test::World world;
+  struct Row {
+    UnicodeView url;
+    bool ok;
+    UnicodeView path;
+  };
+  constexpr Row rows[] = {
+      {u"file:///C:/a%20b/c.txt", true, u"C:\\a b\\c.txt"},
+      {u"FILE:///C|/x", true, u"C:\\x"},
+      {u"file://server/share/x", true, u"\\\\server\\share\\x"},
+      {u"file:///C:/%C3%A4.txt", true, u"C:\\\u00E4.txt"},
+      {u"file:///C:/%E4.txt", true, u"C:\\\u00E4.txt"},  // not UTF-8: the ANSI page
+      {u"file:///C:/100%.txt", true, u"C:\\100%.txt"},
+      {u"http://x/y", false, u""},
+      {u"file:", false, u""},
+  };
+  for (const Row& row : rows) {
+    UnicodeString path;
+    EXPECT_EQ(PathCreateFromUrl(row.url, path), row.ok) << ToUtf8(row.url);
+    EXPECT_EQ(path, row.path) << ToUtf8(row.url);
+  }
+}
+
+TEST(Encodings, QuotedPrintableAndUtf8GoBothWays) {
+  struct Row {
+    UnicodeView text;
+    UnicodeView encoded;
+  };
+  constexpr Row rows[] = {
+      {u"", u""},
+      {u"Software\\a b=c", u"Software\\a=20b=3Dc"},
+      {u"!<>~", u"!<>~"},
+      {u"\u00E4\u20AC", u"=C3=A4=E2=82=AC"},
+      {u"\U0001F600", u"=F0=9F=98=80"},
+      {u"\x7F\x1D", u"=7F=1D"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(QuotedPrintableEncode(row.text), row.encoded);
+    EXPECT_EQ(QuotedPrintableDecode(row.encoded), row.text);
+  }
+  const UnicodeString odd = {u'a', 0, 0xD800, u'b', 0xDC00};  // NUL and lone surrogates survive
+  EXPECT_EQ(QuotedPrintableDecode(QuotedPrintableEncode(odd)), odd);
+  EXPECT_EQ(QuotedPrintableDecode(u"=G1=4"), u"=G1=4");
+  for (const std::string_view broken :
+       {"\xC0\x80"sv, "\xFF"sv, "\xE2\x82"sv, "\xF5\x80\x80\x80"sv}) {
+    EXPECT_EQ(FromUtf8(broken).front(), 0xFFFD);
+  }
+}
+
+TEST(SmallTexts, KeepTheirRules) {
+  EXPECT_EQ(RemoveAccelChar(u"&Open && c&lose&"), u"Open & close");
+  EXPECT_EQ(Replace(u"aaa", u"aa", u"b"), u"ba");
+  EXPECT_EQ(Replace(u"cab", u"c", u""), u"ab");
+  EXPECT_EQ(Replace(u"x", u"", u"y"), u"x");
+  EXPECT_EQ(FormatText(u"%s-Datei (*%s)", {u"%s", u".x"}), u"%s-Datei (*.x)");
+  EXPECT_EQ(Trim(u"\x00\t a b\x1F "sv), u"a b");
+  struct Number {
+    UnicodeView text;
+    std::int32_t value;
+  };
+  constexpr Number numbers[] = {{u"409", 409},
+                                {u"0", 0},
+                                {u"4a", 1000},
+                                {u"", 1000},
+                                {u" 1", 1000},
+                                {u"-7", -7},
+                                {u"-", 1000},
+                                {u"2147483648", 1000},
+                                {u"-2147483648", INT32_MIN}};
+  for (const Number& n : numbers) EXPECT_EQ(StrToIntDef(n.text, 1000), n.value) << ToUtf8(n.text);
+}
+
+TEST(Wildcards, MatchWholeTextsWithoutCase) {
+  struct Row {
+    UnicodeView text, mask;
+    bool match;
+  };
+  constexpr Row rows[] = {
+      {u"Outpost Pro", u"*outpost*", true},
+      {u"abc", u"a?c", true},
+      {u"ac", u"a?c", false},
+      {u"", u"*", true},
+      {u"", u"?", false},
+      {u"aab", u"*ab", true},
+      {u"abab", u"*ab", true},
+      {u"abx", u"*ab", false},
+      {u"a", u"", false},
+      {u"\u00C4x", u"\u00E4*", true},
+      {u"abc", u"**c*", true},
+  };
+  for (const Row& row : rows) {
+    TWildcardMatcher matcher;
+    matcher.AddSearchMask(u"no such text");
+    matcher.AddSearchMask(row.mask, 3);
+    EXPECT_EQ(matcher.Match(row.text), row.match) << ToUtf8(row.text) << " " << ToUtf8(row.mask);
+  }
+  const UnicodeString hard(20000, u'a');
+  EXPECT_FALSE(MatchesMask(hard, u"*a*a*a*a*a*a*b")) << "must not blow up";
+}
+
+TEST(HashList, ReplacesIteratesAndClears) {
+  THashList list;
+  int one = 1;
+  int two = 2;
+  list.Add(u"A", &one);
+  list.Put(u"A", &two);
+  list.Add(u"b", &one);
+  EXPECT_EQ(list.Get(u"A"), &two);
+  EXPECT_EQ(list.Get(u"B"), nullptr) << "keys compare exactly";
+  int seen = 0;
+  for (auto* v = list.First(); v != nullptr; v = list.Next()) ++seen;
+  EXPECT_EQ(seen, 2);
+  list.Clear();
+  EXPECT_EQ(list.First(), nullptr);
+}
+
+}  // namespace
+}  // namespace scrubwell

@@ -1,0 +1,24 @@
+// Questions to a registry or a file system as one line of text, answers as another: rows of tests
+// that read like what they ask.
+//
+//   Ask(registry, "keys 64 HKCR\\CLSID")          "{A},{B}", or "Absent", "Unknown" ...
+//   Ask(registry, "get 32 HKLM\\SOFTWARE\\X > n")  "n"="text" as in a registry text
+//
+// Verbs: open (counts of subkeys and values), keys, values, get, set (KEY > name=text), create,
+// delete, force (delete in spite of rights), drop (a value), candelete, canwrite. Views: 64, 32,
+// own, both.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "registry/platform.h"
+
+namespace scrubwell::test {
+
+const char* StatusName(Status status);
+std::string Ask(IRegistry& registry, std::string_view query);
+/// Verbs: stat ("file 12", "folder"), list, read, drive, erase, rmdir. Views: disk, 32.
+std::string Ask(IFiles& files, std::string_view query);
+
+}  // namespace scrubwell::test
