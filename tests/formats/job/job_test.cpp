@@ -1,0 +1,104 @@
+#include "formats/job/job.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace scrubwell::job {
+namespace {
+
+void Put16(Bytes& out, std::size_t value) {
+  out.push_back(static_cast<std::uint8_t>(value));
+  out.push_back(static_cast<std::uint8_t>(value >> 8));
+}
+
+void PutText(Bytes& out, UnicodeView text) {
+  Put16(out, text.empty() ? 0 : text.size() + 1);
+  for (const char16_t unit : text) Put16(out, unit);
+  if (!text.empty()) Put16(out, 0);
+}
+
+Bytes BuildJob() {
+  Bytes out(68);
+  out[2] = 1;
+  out[20] = 70;
+  out[40] = 5;
+  out[45] = 0x13, out[46] = 4;
+  out[48] = 0x04, out[49] = 0x02;
+  Put16(out, 0);
+  for (const UnicodeView text : {u"C:\\\u0416.exe", u"/q", u"", u"\xD800", u"c"}) {
+    PutText(out, text);
+  }
+  Put16(out, 0);
+  Put16(out, 0);
+  out[22] = static_cast<std::uint8_t>(out.size());
+  Put16(out, 2);
+  out.resize(out.size() + 2 * 48);
+  return out;
+}
+
+TEST(Job, ReadsEveryField) {
+  Job job;
+  ASSERT_EQ(ReadJob(BuildJob(), job), Status::Ok);
+  EXPECT_EQ(job.application, u"C:\\\u0416.exe");
+  EXPECT_EQ(job.parameters, u"/q");
+  EXPECT_EQ(job.workingDirectory, u"");
+  EXPECT_EQ(job.author, u"\xD800");
+  EXPECT_EQ(job.comment, u"c");
+  EXPECT_TRUE(job.disabled && job.hidden);
+  EXPECT_EQ(job.status, 0x41300U);
+  EXPECT_EQ(job.exitCode, 5U);
+  EXPECT_EQ(job.triggerCount, 2);
+}
+
+TEST(Job, RefusesDamage) {
+  const Bytes whole = BuildJob();
+  Job job;
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_EQ(ReadJob(std::span(whole).first(size), job), Status::Corrupt) << size;
+    EXPECT_TRUE(job.application.empty());
+  }
+  EXPECT_EQ(ReadJob(Bytes(kMaxFileSize + 1, 1), job), Status::Corrupt);
+  struct Row {
+    std::size_t at;
+    std::uint8_t value;
+  };
+  constexpr Row kRows[] = {{2, 2}, {20, 67}, {21, 0xFF}, {22, 69}, {23, 0xFF}, {71, 0xFF}};
+  for (const Row& row : kRows) {
+    Bytes file = whole;
+    file[row.at] = row.value;
+    EXPECT_EQ(ReadJob(file, job), Status::Corrupt) << row.at;
+  }
+}
+
+TEST(Job, ReadsRealTasks) {
+  const char* data = std::getenv("SCRUBWELL_DATA");
+  if (data == nullptr) {
+    std::printf("without SCRUBWELL_DATA no real tasks\n");
+    return;
+  }
+  struct Row {
+    const char* file;
+    UnicodeView application, parameters, author;
+    std::uint16_t triggers;
+  };
+  constexpr Row kRows[] = {{"wintask", u"C:\\Program Files (x86)\\Google\\Update\\GoogleUpdate.exe",
+                            u"/ua /installsource scheduler", u"Brian", 1},
+                           {"At1", u"cmd.exe", u"", u"WORKGROUP\\DESKTOP-EIS938N$", 1}};
+  for (const Row& row : kRows) {
+    std::ifstream in(std::string(data) + "/artefacts/job/" + row.file + ".job", std::ios::binary);
+    const Bytes file{std::istreambuf_iterator<char>(in), {}};
+    Job job;
+    EXPECT_EQ(ReadJob(file, job), Status::Ok) << row.file;
+    EXPECT_EQ(job.application, row.application) << row.file;
+    EXPECT_EQ(job.parameters, row.parameters) << row.file;
+    EXPECT_EQ(job.author, row.author) << row.file;
+    EXPECT_EQ(job.triggerCount, row.triggers) << row.file;
+  }
+}
+
+}  // namespace
+}  // namespace scrubwell::job
