@@ -1,0 +1,87 @@
+// Hives with a log: the input is a hive file, and what lies behind its bins is taken for a log.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+#include "formats/regf/hive.h"
+#include "formats/regf/log.h"
+
+namespace {
+
+using namespace scrubwell;
+using namespace scrubwell::regf;
+
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+/// Gives the log right checksums and hashes, so that mutations get past them.
+void Sign(Bytes& log) {
+  if (log.size() < SectorSize) return;
+  Put32(log, base::Checksum, BaseBlockChecksum(log));
+  for (std::size_t at = SectorSize; log.size() - at >= SectorSize;) {
+    const std::span<std::uint8_t> rest = std::span(log).subspan(at);
+    const std::size_t size = Get32(rest, 4);
+    if (size < SectorSize || size > rest.size()) return;
+    Put64(rest, 24, LogHash(rest.subspan(40, size - 40)));
+    Put64(rest, 32, LogHash(rest.first(32)));
+    at += size;
+  }
+}
+
+void ReadKey(const Hive& hive, const Subkey& subkey) {
+  UnicodeString text;
+  ByteView security;
+  RegValue value;
+  std::vector<RegValue> values;
+  hive.ClassName(subkey.key, text);
+  hive.Security(subkey.key, security);
+  hive.Values(subkey.key, values);
+  hive.Value(subkey.key, u"b", value);
+  hive.ForEachValue(subkey.key, [&](const ValueFacts& facts) {
+    const bool read = hive.Data(facts, value.data) == Status::Ok;
+    Require(!read || value.data.size() == facts.size);
+  });
+  if (subkey.key == hive.Root()) return;
+  // What an enumeration delivers, a look-up must find.
+  CellOffset found = NoCell;
+  Require(hive.Child(subkey.facts.parent, subkey.facts.name.Text(), found) == Status::Ok);
+  KeyFacts facts;
+  Require(hive.Key(found, facts) == Status::Ok && facts.name.Compare(subkey.facts.name) == 0);
+}
+
+void ReadAll(const Bytes& image, const std::vector<Bytes>& logs) {
+  const OpenedHive opened = Hive::FromBytes(image, "input", logs);
+  Require((opened.hive != nullptr) == opened.error.empty());
+  if (!opened.hive) return;
+  const Hive& hive = *opened.hive;
+  std::size_t visited = 0;
+  hive.Walk(hive.Root(), [&](const Subkey& subkey, int level) {
+    Require(level <= Hive::MaxDepth);
+    // Every key is visited at most once, so there can't be more than the file has room for.
+    Require(++visited <= hive.Image().size() / 8);
+    ReadKey(hive, subkey);
+  });
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  Bytes image(bytes, bytes + size);
+  Bytes log;
+  if (size > BaseBlockSize) {
+    const std::size_t end = BaseBlockSize + std::size_t{Get32(image, base::BinsSize)};
+    if (end < size) {
+      log.assign(bytes + end, bytes + size);
+      image.resize(end);
+    }
+  }
+  ReadAll(image, {log});
+  Sign(log);
+  ReadAll(image, {log});
+  if (image.size() >= BaseBlockSize) {
+    Put32(image, base::Checksum, BaseBlockChecksum(image));
+    ReadAll(image, {log});
+  }
+  return 0;
+}
