@@ -1,0 +1,241 @@
+#include "backends/offline/offline_backend.h"
+
+#include "backends/common/composed_registry.h"
+#include "backends/offline/offline_browser.h"
+#include "backends/offline/offline_profiles.h"
+#include "backends/offline/offline_resources.h"
+#include "backends/offline/offline_services.h"
+#include "backends/offline/offline_shell.h"
+#include "backends/offline/offline_tasks.h"
+#include "backends/offline/registry_read.h"
+#include "backends/offline/text_services.h"
+#include "registry/Stringhelper.h"
+
+namespace scrubwell {
+namespace {
+
+using offline::Installation;
+using offline::UserProfile;
+
+constexpr unsigned kDefaultCodePage = 1252;
+
+// Hives that the running system has in the machine's root beside those that are always needed.
+constexpr UnicodeView kFurtherHives[] = {u"SAM", u"SECURITY", u"COMPONENTS", u"DRIVERS"};
+
+class Images final : public IImages {
+ public:
+  UnicodeString FileName(int id, int) override { return u"icon" + IntToStr(id) + u".svg"; }
+};
+
+unsigned CodePageOf(const Installation& installation) {
+  const UnicodeString text = offline::HiveText(
+      installation.system->Raw(), installation.controlSetKey + u"\\Control\\Nls\\CodePage", u"ACP");
+  return static_cast<unsigned>(std::max(0, StrToIntDef(text, kDefaultCodePage)));
+}
+
+ComposedSettings SettingsOf(const Installation& installation, const UserProfile* user) {
+  ComposedSettings settings;
+  if (user != nullptr) settings.userSid = user->sid;
+  settings.is64Bit = installation.is64Bit;
+  settings.rules =
+      installation.IsWindows7OrLater() ? ViewRules::Windows7 : ViewRules::BeforeWindows7;
+  return settings;
+}
+
+}  // namespace
+
+// Built in two steps: what is needed to know the target, then the platform over it.
+struct OfflineBackend::Parts {
+  struct World {
+    World(Parts& parts, const ComposedSettings& settings)
+        : registry(settings),
+          system(registry, parts.installation, parts.user),
+          text(CodePageOf(parts.installation)),
+          shell(registry, system, parts.files, text.CodePage(), parts.user != nullptr),
+          resources(registry, parts.files),
+          profiles(registry, parts.files, text, parts.installation.systemRoot),
+          services(registry),
+          tasks(registry, system, parts.files),
+          firewall(registry, system, resources),
+          browser(registry, shell, parts.files, text, parts.notes),
+          platform{registry, parts.files, system,   text,    shell,  resources,   profiles,
+                   services, tasks,       firewall, browser, images, parts.notes, {}} {}
+
+    ComposedRegistry registry;
+    offline::OfflineSystem system;
+    offline::TextServices text;
+    offline::OfflineShell shell;
+    offline::OfflineResources resources;
+    offline::OfflineProfiles profiles;
+    offline::OfflineServices services;
+    offline::OfflineTasks tasks;
+    offline::OfflineFirewall firewall;
+    offline::OfflineBrowser browser;
+    Images images;
+    TPlatform platform;
+  };
+
+  bool AddDrives(const OfflineOptions& options, std::string& error);
+  bool PickUser(const std::string& wanted, std::string& error);
+  void MountHives();
+  void MountFile(UnicodeView place, const UnicodeString& path);
+  void MountUsers();
+  void NoteUnmappedDrives();
+  void DescribeTarget(const std::string& folder);
+
+  offline::DriveTree drives;
+  offline::OfflineFiles files{drives};
+  offline::NoteList notes;
+  offline::HiveStore hives{files, notes};
+  Installation installation;
+  std::vector<UserProfile> users;
+  const UserProfile* user = nullptr;
+  std::unique_ptr<World> world;
+  TargetFacts target;
+};
+
+bool OfflineBackend::Parts::AddDrives(const OfflineOptions& options, std::string& error) {
+  for (const DriveOption& drive : options.drives) {
+    if (!drives.Add(drive.letter, drive.folder, drive.kind, error)) return false;
+  }
+  return true;
+}
+
+bool OfflineBackend::Parts::PickUser(const std::string& wanted, std::string& error) {
+  users = offline::FindUsers(files, installation, notes);
+  const auto accountNumber = [this](UnicodeView account) -> std::optional<std::uint32_t> {
+    Status why = Status::Ok;
+    std::string ignored;
+    offline::RegfHive* const sam = hives.Open(installation.Config(u"SAM"), why, ignored);
+    if (sam == nullptr) return {};
+    const UnicodeString path = u"SAM\\Domains\\Account\\Users\\Names\\" + UnicodeString(account);
+    regf::CellOffset key = regf::NoCell;
+    RegValue value;
+    if (sam->Raw().Descend(sam->Raw().Root(), path, key) != Status::Ok) return {};
+    // The number stands where other values have their type.
+    if (sam->Raw().Value(key, {}, value) != Status::Ok) return {};
+    return value.type;
+  };
+  user = offline::ChooseUser(users, FromUtf8(wanted), accountNumber);
+  if (user == nullptr && !wanted.empty()) {
+    error = wanted + ": no such user (or several) on this Windows";
+    return false;
+  }
+  if (user == nullptr) {
+    notes.Note(u"No user profile was found; entries of users are not checked");
+  } else if (wanted.empty() && users.size() > 1) {
+    std::size_t people = 0;
+    for (const UserProfile& each : users) people += each.isService || each.hive.empty() ? 0 : 1;
+    if (people > 1) {
+      notes.Note(u"Several users; " + user->name + u" used this Windows last and is checked");
+    }
+  }
+  return true;
+}
+
+void OfflineBackend::Parts::MountFile(UnicodeView place, const UnicodeString& path) {
+  FileInfo info;
+  const Status there = files.Stat(path, FsView::Physical, info);
+  if (there == Status::Absent) return;
+  world->registry.MountLazily(place, [this, path](Status& why) -> IHive* {
+    std::string error;
+    offline::RegfHive* const hive = hives.Open(path, why, error);
+    if (hive == nullptr) notes.Note(FromUtf8(error) + u"; its keys are not checked");
+    return hive;
+  });
+}
+
+void OfflineBackend::Parts::MountUsers() {
+  for (const UserProfile& each : users) {
+    const UnicodeString place = u"HKU\\" + each.sid;
+    if (!each.hive.empty()) MountFile(place, each.hive);
+    if (!each.classes.empty()) MountFile(place + u"_Classes", each.classes);
+  }
+  MountFile(u"HKU\\.DEFAULT", installation.Config(u"DEFAULT"));
+}
+
+void OfflineBackend::Parts::MountHives() {
+  world->registry.Mount(u"HKLM\\SOFTWARE", *installation.software);
+  world->registry.Mount(u"HKLM\\SYSTEM", *installation.system);
+  for (const UnicodeView name : kFurtherHives) {
+    MountFile(u"HKLM\\" + UnicodeString(name), installation.Config(name));
+  }
+  MountUsers();
+  // The chosen user's hives are needed anyway; opening them now puts their notes in front.
+  KeyInfo info;
+  if (user == nullptr) return;
+  world->registry.OpenKey({RootKey::CurrentUser, {}}, info);
+  world->registry.OpenKey({RootKey::CurrentUser, u"Software\\Classes"}, info);
+}
+
+void OfflineBackend::Parts::NoteUnmappedDrives() {
+  static constexpr UnicodeView kPrefix = u"\\DosDevices\\";
+  std::vector<RegValue> values;
+  world->registry.EnumValues({RootKey::LocalMachine, u"SYSTEM\\MountedDevices"}, values);
+  UnicodeString letters;
+  for (const RegValue& value : values) {
+    // 12 and 24 bytes are partitions of fixed disks; other forms are devices with media.
+    const bool isFixed = value.data.size() == 12 || value.data.size() == 24;
+    if (!isFixed || value.name.size() != kPrefix.size() + 2) continue;
+    if (!SameText(UnicodeView(value.name).substr(0, kPrefix.size()), kPrefix)) continue;
+    const char16_t letter = UpCase(value.name[kPrefix.size()]);
+    if (drives.Get(letter) != nullptr) continue;
+    if (!letters.empty()) letters += u", ";
+    letters += letter;
+    letters += u':';
+  }
+  if (!letters.empty()) {
+    notes.Note(u"Not given, so nothing on it is reported missing: drive " + letters);
+  }
+}
+
+void OfflineBackend::Parts::DescribeTarget(const std::string& folder) {
+  target.folder = folder;
+  target.productName = installation.productName;
+  target.version = installation.version;
+  target.build = installation.build;
+  target.is64Bit = installation.is64Bit;
+  target.systemRoot = installation.systemRoot;
+  target.driveLetter = installation.Letter();
+  target.controlSet = installation.controlSet;
+  if (user == nullptr) return;
+  target.userName = user->name;
+  if (user->sidKnown) target.userSid = user->sid;
+}
+
+OfflineOpenResult OfflineBackend::Open(const OfflineOptions& options) {
+  auto parts = std::make_unique<Parts>();
+  std::string error;
+  if (!parts->drives.Add(u'C', options.folder, DriveKind::Fixed, error) ||
+      !offline::FindInstallation(parts->drives, u'C', parts->files, parts->hives, parts->notes,
+                                 parts->installation, error)) {
+    return {nullptr, OpenFailure::Unreadable, std::move(error)};
+  }
+  if (!parts->AddDrives(options, error) || !parts->PickUser(options.user, error)) {
+    return {nullptr, OpenFailure::WrongUse, std::move(error)};
+  }
+  parts->world =
+      std::make_unique<Parts::World>(*parts, SettingsOf(parts->installation, parts->user));
+  if (!parts->world->text.IsExact()) {
+    parts->notes.Note(u"The system's code page is not known here; 1252 is used in its place");
+  }
+  parts->MountHives();
+  parts->NoteUnmappedDrives();
+  parts->DescribeTarget(options.folder);
+  return {
+      std::unique_ptr<OfflineBackend>(new OfflineBackend(std::move(parts))), OpenFailure::None, {}};
+}
+
+OfflineBackend::OfflineBackend(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
+OfflineBackend::~OfflineBackend() = default;
+TPlatform& OfflineBackend::Platform() {
+  return parts_->world->platform;
+}
+const TargetFacts& OfflineBackend::Target() const {
+  return parts_->target;
+}
+const std::vector<UnicodeString>& OfflineBackend::Notes() const {
+  return parts_->notes.All();
+}
+
+}  // namespace scrubwell

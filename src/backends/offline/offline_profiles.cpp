@@ -1,0 +1,125 @@
+#include "backends/offline/offline_profiles.h"
+
+#include "backends/offline/registry_read.h"
+#include "registry/Stringhelper.h"
+
+namespace scrubwell::offline {
+namespace {
+
+constexpr UnicodeView kMappings =
+    u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\IniFileMapping\\";
+
+bool TakeText(UnicodeView& text, UnicodeView prefix) {
+  if (!SameText(text.substr(0, prefix.size()), prefix)) return false;
+  text.remove_prefix(prefix.size());
+  return true;
+}
+
+// The root that a mapping's target names; None when it is none that we know.
+RootKey TakeRoot(UnicodeView& text, UnicodeView& prefix) {
+  if (TakeText(text, u"USR:")) return RootKey::CurrentUser;
+  if (TakeText(text, u"SYS:")) return prefix = u"SOFTWARE\\", RootKey::LocalMachine;
+  if (TakeText(text, u"\\Registry\\Machine\\")) return RootKey::LocalMachine;
+  if (TakeText(text, u"\\Registry\\User\\")) return RootKey::Users;
+  return RootKey::None;
+}
+
+}  // namespace
+
+// A mapping's text: flags ("!" writes both, "#" copies at the first logon, "@" keeps the file out),
+// then the root, then the key.
+Status OfflineProfiles::ReadMapping(const UnicodeString& place, UnicodeView value,
+                                    UnicodeView below, Mapping& out) {
+  RegValue stored;
+  const Status status = registry_.GetValue({RootKey::LocalMachine, place}, value, stored);
+  if (status != Status::Ok) return status;
+  const UnicodeString whole = TextOf(stored);
+  UnicodeView text = whole;
+  out = {};
+  while (!text.empty() && UnicodeView(u"!#@").find(text.front()) != UnicodeView::npos) {
+    if (text.front() == u'@') out.fileToo = false;
+    text.remove_prefix(1);
+  }
+  UnicodeView prefix;
+  out.root = TakeRoot(text, prefix);
+  if (out.root == RootKey::None) return Status::Absent;
+  out.path = UnicodeString(prefix) + UnicodeString(text);
+  if (!below.empty()) out.path += u"\\" + UnicodeString(below);
+  out.mapped = true;
+  return Status::Ok;
+}
+
+Status OfflineProfiles::FindMapping(UnicodeView file, UnicodeView section, UnicodeView key,
+                                    Mapping& out) {
+  out = {};
+  // A file in another folder is never mapped.
+  const UnicodeView folder = ExtractFilePath(file);
+  if (!folder.empty() && !SameText(folder, windowsDir_)) return Status::Ok;
+  const UnicodeString place = UnicodeString(kMappings) + UnicodeString(ExtractFileName(file));
+  const UnicodeString sectionPlace = place + u"\\" + UnicodeString(section);
+  Status status = Status::Absent;
+  if (!key.empty()) status = ReadMapping(sectionPlace, key, {}, out);
+  if (status == Status::Absent) status = ReadMapping(sectionPlace, {}, {}, out);
+  if (status == Status::Absent) status = ReadMapping(place, section, {}, out);
+  if (status == Status::Absent) status = ReadMapping(place, {}, section, out);
+  return status == Status::Absent ? Status::Ok : status;
+}
+
+OfflineProfiles::Document& OfflineProfiles::Open(UnicodeView file) {
+  UnicodeString path(file);
+  if (ExtractFilePath(file).empty()) path = windowsDir_ + u"\\" + path;
+  const auto [it, isNew] = documents_.try_emplace(UpperCase(path));
+  Document& document = it->second;
+  if (!isNew) return document;
+  Bytes bytes;
+  document.status = files_.Read(path, FsView::Physical, ini::kMaxFileSize, bytes);
+  if (document.status != Status::Ok) return document;
+  ini::Codec codec;
+  codec.decode = [this](std::string_view text) { return text_.FromAnsi(text); };
+  codec.encode = [this](UnicodeView text) { return text_.ToAnsi(text); };
+  document.status = document.ini.Parse(bytes, std::move(codec));
+  return document;
+}
+
+Status OfflineProfiles::Get(UnicodeView file, UnicodeView section, UnicodeView key,
+                            UnicodeString& out) {
+  Mapping mapping;
+  if (const Status found = FindMapping(file, section, key, mapping); found != Status::Ok) {
+    return found;
+  }
+  if (mapping.mapped) {
+    RegValue value;
+    const Status status = registry_.GetValue({mapping.root, mapping.path}, key, value);
+    if (status == Status::Ok) return out = TextOf(value), Status::Ok;
+    if (status != Status::Absent || !mapping.fileToo) return status;
+  }
+  const Document& document = Open(file);
+  return document.status != Status::Ok ? document.status : document.ini.Get(section, key, out);
+}
+
+Status OfflineProfiles::Entries(UnicodeView file, UnicodeView section, TStringList& out) {
+  out.clear();
+  Mapping mapping;
+  if (const Status found = FindMapping(file, section, {}, mapping); found != Status::Ok) {
+    return found;
+  }
+  if (mapping.mapped) {
+    std::vector<RegValue> values;
+    const Status status = registry_.EnumValues({mapping.root, mapping.path}, values);
+    for (const RegValue& value : values) {
+      if (!value.name.empty()) out.push_back(value.name);
+    }
+    if (status != Status::Absent || !mapping.fileToo) return status;
+  }
+  const Document& document = Open(file);
+  return document.status != Status::Ok ? document.status : document.ini.Entries(section, out);
+}
+
+Status OfflineProfiles::Put(UnicodeView, UnicodeView, UnicodeView, UnicodeView) {
+  return Status::Denied;
+}
+Status OfflineProfiles::Remove(UnicodeView, UnicodeView, UnicodeView) {
+  return Status::Denied;
+}
+
+}  // namespace scrubwell::offline
