@@ -4,7 +4,11 @@
 add_library(scrubwell_options INTERFACE)
 target_include_directories(scrubwell_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 target_compile_options(scrubwell_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+# Off for who only wants to use the program with a compiler that warns of something new.
+if(SCRUBWELL_WERROR)
+  target_compile_options(scrubwell_options INTERFACE -Werror)
+endif()
 # g++ 12 warns of overlapping copies inside its own operator+(literal, string&&) once it optimises.
 target_compile_options(scrubwell_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(SCRUBWELL_SANITIZE)

@@ -1,0 +1,41 @@
+// JSON written straight from UTF-16, so that texts which are no valid Unicode survive: a lone
+// surrogate comes out as its \udXXX escape, which no library's string type would let through.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "registry/types.h"
+
+namespace scrubwell::cli {
+
+/// Appends to a text that outlives it. Calls must nest as JSON does; Key comes before each member
+/// of an object.
+class JsonWriter {
+ public:
+  explicit JsonWriter(std::string& out) : out_(out) {}
+
+  JsonWriter& Key(std::string_view name);
+  void BeginObject() { Open('{'); }
+  void EndObject() { Close('}'); }
+  void BeginArray() { Open('['); }
+  void EndArray() { Close(']'); }
+  void Text(UnicodeView text);
+  void Text(std::string_view utf8);
+  void Number(std::int64_t number);
+  void Bool(bool value);
+
+ private:
+  void Separate();
+  void NewLine();
+  void Open(char bracket);
+  void Close(char bracket);
+
+  std::string& out_;
+  std::size_t depth_ = 0;
+  bool first_ = true;      // no member of the innermost bracket yet
+  bool afterKey_ = false;  // the next value belongs to a key
+};
+
+}  // namespace scrubwell::cli

@@ -1,0 +1,23 @@
+// The language the program speaks, and its texts ready for the terminal.
+#pragma once
+
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "texts/text.h"
+
+namespace scrubwell::cli {
+
+/// "de" or "en"; nothing for any other name.
+std::optional<TLanguage> LanguageByName(std::string_view name);
+
+/// What the environment asks for: German for a locale of that language in LC_ALL, LC_MESSAGES or
+/// LANG (the first that is set decides), else English.
+TLanguage EnvironmentLanguage();
+
+/// A text in the package's language as UTF-8, its "%s" filled in order.
+std::string Say(const TText& text, std::initializer_list<std::string_view> values = {});
+
+}  // namespace scrubwell::cli

@@ -1,0 +1,132 @@
+#include "hosts/cli/program.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "hosts/cli/command_line.h"
+#include "hosts/cli/exit_code.h"
+#include "hosts/cli/host_texts.h"
+#include "hosts/cli/language.h"
+#include "hosts/cli/output_file.h"
+#include "hosts/cli/progress_line.h"
+#include "hosts/driver/null_platform.h"
+#include "plugins/package.h"
+#include "registry/Stringhelper.h"
+
+namespace scrubwell::cli {
+
+namespace {
+
+// Lines longer than this are hard to read, however wide the terminal is.
+constexpr std::size_t MaxWidth = 100;
+constexpr std::size_t PlainWidth = 80;
+
+int Fail(ExitCode code, std::string_view sentence) {
+  std::fprintf(stderr, "scrubwell: %.*s.\n", static_cast<int>(sentence.size()), sentence.data());
+  return code;
+}
+
+// The package, loaded for as long as this lives. The platform comes first and goes last.
+class LoadedPackage {
+ public:
+  explicit LoadedPackage(TPlatform& platform) {
+    SetPlatform(&platform);
+    LoadPackage();
+  }
+  ~LoadedPackage() {
+    UnloadPackage();
+    SetPlatform(nullptr);
+  }
+  LoadedPackage(const LoadedPackage&) = delete;
+  LoadedPackage& operator=(const LoadedPackage&) = delete;
+};
+
+extern "C" void RequestStop(int) {
+  StopSearch = true;
+}
+static_assert(std::atomic<bool>::is_always_lock_free, "set from a signal handler");
+
+// The first signal stops the scan, so that what was found is still shown; a second one has its
+// usual effect.
+void CatchStopSignals() {
+  struct sigaction action {};
+  action.sa_handler = RequestStop;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+RunOutcome Scan() {
+  ProgressLine line;
+  ScanDriver driver([&line](const RunProgress& progress) { line.Show(progress); });
+  return driver.Scan();
+}
+
+std::string Render(const ScanReport& report, const ScanCommand& command) {
+  if (command.format == ReportFormat::Json) return JsonReport(report);
+  const std::size_t columns =
+      command.output.empty() ? TerminalWidth(STDOUT_FILENO, PlainWidth) : PlainWidth;
+  return TextReport(report, std::min(columns, MaxWidth));
+}
+
+int Run(const ScanCommand& command) {
+  if (const auto error = CheckOutput(command.output)) return Fail(WrongUse, *error);
+  const OfflineOpenResult opened = OfflineBackend::Open(command.target);
+  if (!opened.backend) {
+    return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
+  }
+  OfflineBackend& backend = *opened.backend;
+  const LoadedPackage package(backend.Platform());
+  // Not before: loading the package clears the stop request. Until then there is nothing to show,
+  // and a signal just ends the program.
+  CatchStopSignals();
+  UnicodeString unknown;
+  if (!ChoosePlugins(command.plugins, unknown)) {
+    return Fail(WrongUse, Say(texts::UnknownPlugin, {ToUtf8(unknown)}));
+  }
+  const RunOutcome outcome = Scan();
+  const ScanReport report{backend.Target(), outcome, backend.Notes()};
+  if (const auto error = WriteOutput(command.output, Render(report, command))) {
+    return Fail(WrongUse, *error);
+  }
+  if (outcome == RunOutcome::Stopped) return Stopped;
+  return RealSweepErrorCount > 0 ? ProblemsFound : NoProblems;
+}
+
+int Run(const PrintCommand& command) {
+  const auto error = WriteOutput({}, command.text);
+  return error ? Fail(WrongUse, *error) : NoProblems;
+}
+
+int Run(const PluginsCommand&) {
+  NullPlatform nothing;
+  const LoadedPackage package(nothing.Platform());
+  std::size_t width = 0;
+  for (const TRCPlugin* plugin : *Plugins) width = std::max(width, plugin->FPluginID.size());
+  std::string list;
+  for (const TRCPlugin* plugin : *Plugins) {
+    UnicodeString line = plugin->FPluginID;
+    line.resize(width + 2, u' ');
+    list += ToUtf8(line + plugin->Caption) + '\n';
+  }
+  return Run(PrintCommand{list});
+}
+
+}  // namespace
+
+int RunProgram(int argc, const char* const* argv) {
+  try {
+    const ParsedCommand parsed = ParseCommandLine(argc, argv);
+    if (!parsed.command) return Fail(WrongUse, parsed.error);
+    return std::visit([](const auto& command) { return Run(command); }, *parsed.command);
+  } catch (const std::exception& error) {
+    return Fail(Unreadable, Say(texts::Unexpected, {error.what()}));
+  }
+}
+
+}  // namespace scrubwell::cli

@@ -1,0 +1,310 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <set>
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+std::string Content(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void Put(const fs::path& path, std::string_view bytes) {
+  fs::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+struct Result {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+// A fresh sample installation in a folder of its own, and the program run on it. In arguments "@"
+// stands for that folder.
+class Program : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string name = (fs::temp_directory_path() / "scrubwell-XXXXXX").string();
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    folder_ = name;
+    ASSERT_EQ(Shell(SCRUBWELL_MKSAMPLE " " SCRUBWELL_SOURCE_DIR "/samples @").status, 0);
+    config_ = folder_ / "C/Windows/System32/config";
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  Result Shell(std::string command) const {
+    for (std::size_t at = 0; (at = command.find('@', at)) != std::string::npos;) {
+      command.replace(at, 1, folder_.string());
+    }
+    const fs::path out = folder_ / "stdout";
+    const fs::path err = folder_ / "stderr";
+    command += " >" + out.string() + " 2>" + err.string() + " </dev/null";
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Content(out), Content(err)};
+  }
+  Result Run(const std::string& arguments, const std::string& environment = "LC_ALL=C") const {
+    return Shell("env -u LC_ALL -u LC_MESSAGES -u LANG " + environment + " " SCRUBWELL_PROGRAM " " +
+                 arguments);
+  }
+  json Scan(const std::string& more = "") const {
+    const Result result = Run("scan --windows @/C --format json " + more);
+    EXPECT_LE(result.status, 1) << result.err;
+    return json::parse(result.out);
+  }
+
+  fs::path folder_;
+  fs::path config_;
+};
+
+// Everything that a failing run must keep to: nothing on the standard output, one sentence.
+void ExpectComplaint(const Result& result, int status, const std::string& part) {
+  EXPECT_EQ(result.status, status);
+  EXPECT_EQ(result.out, "");
+  EXPECT_TRUE(result.err.starts_with("scrubwell: ")) << result.err;
+  EXPECT_TRUE(result.err.ends_with(".\n")) << result.err;
+  EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+  EXPECT_NE(result.err.find(part), std::string::npos) << result.err;
+}
+
+TEST_F(Program, AnswersToItsArguments) {
+  const std::string scan = "scan --windows @/C ";
+  struct Row {
+    std::string arguments;
+    int status;
+    std::string part;  // of the output, or of the complaint for a status above 1
+  };
+  const Row rows[] = {
+      {"--version", 0, "scrubwell 0."},
+      {"--help", 0, "Commands:"},
+      {"scan --help", 0, "--windows DIR"},
+      {"scan --lang de --help", 0, "--windows ORDNER"},
+      {"plugins --help", 0, "--lang"},
+      {"plugins", 0, "SharedFiles"},
+      {"plugins --lang de", 0, "Gemeinsame Dateien"},
+      {scan, 1, "problems found."},
+      {scan + "--lang=de", 1, "Probleme gefunden."},
+      {scan + "--plugins sharedfiles,SharedFiles", 1, "aqspell.dll"},
+      {scan + "--user anna --drive e=@/C:removable", 1, "user anna"},
+      {"", 2, "command"},
+      {"wash", 2, "wash"},
+      {"scan", 2, "--windows"},
+      {scan + "--fast", 2, "--fast"},
+      {scan + "extra", 2, "extra"},
+      {scan + "--user", 2, "--user"},
+      {scan + "--format xml", 2, "xml"},
+      {scan + "--lang fr", 2, "fr"},
+      {scan + "--plugins Font", 2, "Font"},
+      {scan + "--plugins SharedFiles,nix --lang de", 2, "nix: unbekannte"},
+      {scan + "--user berta", 2, "berta"},
+      {scan + "--drive E", 2, "E: "},
+      {scan + "--drive 1=@", 2, "1="},
+      {scan + "--drive E=@/none", 2, "/none"},
+      {"scan --windows @/none", 3, "/none"},
+      {"scan --windows @/C/Users", 3, "/C/Users"},
+      {"scan --windows @/C/Windows/notepad.exe", 3, "notepad.exe"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.arguments);
+    const Result result = Run(row.arguments);
+    if (row.status > 1) {
+      ExpectComplaint(result, row.status, row.part);
+      continue;
+    }
+    EXPECT_EQ(result.status, row.status);
+    EXPECT_EQ(result.err, "") << "no progress line without a terminal";
+    EXPECT_NE(result.out.find(row.part), std::string::npos) << result.out;
+    EXPECT_EQ(result.out.find('\033'), std::string::npos);
+  }
+}
+
+TEST_F(Program, SpeaksTheLanguageOfTheEnvironment) {
+  const std::pair<const char*, bool> rows[] = {
+      {"LANG=de_AT.UTF-8", true},          {"LANG=en_GB.UTF-8", false}, {"LANG=den_CA", false},
+      {"LC_ALL=C LANG=de_DE", false},      {"LC_ALL= LANG=de", true},   {"", false},
+      {"LC_MESSAGES=de LANG=en_US", true},
+  };
+  for (const auto& [environment, german] : rows) {
+    const Result result = Run("plugins", environment);
+    EXPECT_EQ(result.out.find("Gemeinsame") != std::string::npos, german) << environment;
+  }
+}
+
+TEST_F(Program, FindsExactlyWhatTheSampleHides) {
+  const json report = Scan("--plugins SharedFiles");
+  std::set<std::string> found;
+  std::set<std::string> ids;
+  for (const json& problem : report.at("problems")) {
+    const std::string view = problem.at("is_64bit").get<bool>() ? "64 " : "32 ";
+    found.insert(view + problem.at("data").at(2).get<std::string>());
+    ids.insert(problem.at("id").get<std::string>());
+  }
+  EXPECT_EQ(found,
+            (std::set<std::string>{
+                R"(64 missingfile:C:\Program Files\Common Files\Aquila Shared\aqspell.dll)",
+                R"(64 missingfile:C:\Program Files\Common Files\Aquila Shared\aqhyph.dll)",
+                R"(64 missingfile:%ProgramFiles%\Brightpad\brightcore.dll)",
+                R"(32 missingfile:C:\Program Files (x86)\Common Files\Oldtimer\otrender.dll)",
+                R"(32 missingfile:C:\Windows\SysWOW64\vbrun_ot.dll)"}));
+  EXPECT_EQ(ids.size(), found.size());
+  EXPECT_EQ(Scan("--plugins SharedFiles"), report) << "the same in every run";
+  const json german = Scan("--plugins SharedFiles --lang de");
+  EXPECT_EQ(german["problems"][0]["id"], report["problems"][0]["id"]);
+  EXPECT_NE(german["problems"][0]["caption"], report["problems"][0]["caption"]);
+}
+
+TEST_F(Program, JsonHasItsShape) {
+  const json report = Scan();
+  struct Row {
+    const char* pointer;
+    json::value_t type;
+  };
+  using T = json::value_t;
+  const Row rows[] = {
+      {"/scrubwell", T::string},
+      {"/target/folder", T::string},
+      {"/target/product", T::string},
+      {"/target/version", T::string},
+      {"/target/build", T::number_unsigned},
+      {"/target/is_64bit", T::boolean},
+      {"/target/user", T::string},
+      {"/target/user_sid", T::string},
+      {"/target/system_root", T::string},
+      {"/target/control_set", T::number_unsigned},
+      {"/should_research", T::boolean},
+      {"/plugins/0/id", T::string},
+      {"/plugins/0/caption", T::string},
+      {"/plugins/0/short_description", T::string},
+      {"/plugins/0/description", T::string},
+      {"/plugins/0/image_index", T::number_unsigned},
+      {"/plugins/0/icon", T::string},
+      {"/plugins/0/group", T::number_unsigned},
+      {"/plugins/0/active", T::boolean},
+      {"/plugins/0/scan_item_count", T::number_unsigned},
+      {"/plugins/0/scan_weight", T::number_unsigned},
+      {"/plugins/0/error_count", T::number_unsigned},
+      {"/problems/0/plugin", T::string},
+      {"/problems/0/kind", T::number_unsigned},
+      {"/problems/0/icon", T::string},
+      {"/problems/0/short_description", T::string},
+      {"/problems/0/description", T::string},
+      {"/problems/0/selected", T::boolean},
+      {"/problems/0/fixed", T::boolean},
+      {"/problems/0/visible", T::boolean},
+      {"/problems/0/identification", T::string},
+      {"/counts/category_errors", T::number_unsigned},
+      {"/notes", T::array},
+  };
+  for (const Row& row : rows) {
+    const json::json_pointer pointer(row.pointer);
+    ASSERT_TRUE(report.contains(pointer)) << row.pointer;
+    EXPECT_EQ(report.at(pointer).type(), row.type) << row.pointer;
+  }
+  EXPECT_EQ(report["status"], "complete");
+  EXPECT_EQ(report["plugins"][0]["state"], "scanned");
+  EXPECT_EQ(report["target"]["user"], "anna");
+  EXPECT_EQ(report["target"]["build"], 19045);
+  EXPECT_EQ(report["counts"]["real_sweep_errors"], report["problems"].size());
+  EXPECT_EQ(report["problems"][0]["id"].get<std::string>().size(), 12U);
+}
+
+TEST_F(Program, WritesTheOutputWholeOrNotAtAll) {
+  const std::string scan = "scan --windows @/C --format json --output ";
+  const fs::path file = folder_ / "report.json";
+  Put(file, "old");
+  fs::permissions(file, fs::perms(0640));
+  fs::create_symlink("report.json", folder_ / "link.json");
+
+  Result result = Run(scan + "@/link.json");
+  EXPECT_EQ(result.status, 1) << result.err;
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(json::parse(Content(file)).at("status"), "complete");
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+  EXPECT_TRUE(fs::is_symlink(folder_ / "link.json"));
+
+  Put(file, "old");
+  struct Row {
+    std::string arguments;
+    int status;
+    std::string part;
+  };
+  const Row rows[] = {
+      {scan + "@/none/report.json", 2, "/none/report.json"},
+      {scan + "@/C", 2, "/C"},
+      {scan + "@/report.json/x", 2, "/report.json/x"},
+      {scan + "/dev/full", 2, "/dev/full"},
+      {scan + "@/report.json --plugins nix", 2, "nix"},
+      {"scan --windows @/none --output @/report.json", 3, "/none"},
+      {"scan --windows @/none --output @/new.json", 3, "/none"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.arguments);
+    ExpectComplaint(Run(row.arguments), row.status, row.part);
+    EXPECT_EQ(Content(file), "old");
+  }
+  EXPECT_FALSE(fs::exists(folder_ / "new.json"));
+  for (const auto& entry : fs::directory_iterator(folder_)) {
+    EXPECT_EQ(entry.path().string().find(".scrubwell-"), std::string::npos) << entry.path();
+  }
+  EXPECT_EQ(Run(scan + "/dev/null").status, 1);
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
+TEST_F(Program, SaysWhatIsWrongWithAnInstallation) {
+  const std::string software = Content(config_ / "SOFTWARE");
+  struct Row {
+    const char* name;
+    const char* hive;
+    std::string bytes;
+    int status;
+  };
+  std::string dirty = software;
+  dirty[4] = static_cast<char>(dirty[4] + 1);
+  std::string wildRoot = software;
+  wildRoot.replace(36, 4, "\xF0\xFF\xFF\x7F");
+  const Row rows[] = {
+      {"no hive", "SOFTWARE", "This is no hive.", 3},
+      {"empty", "SYSTEM", "", 3},
+      {"cut in the header", "SOFTWARE", software.substr(0, 600), 3},
+      {"root out of bounds", "SOFTWARE", wildRoot, 3},
+      {"dirty without logs", "SOFTWARE", dirty, 1},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string healthy = Content(config_ / row.hive);
+    Put(config_ / row.hive, row.bytes);
+    const Result result = Run("scan --windows @/C --format json");
+    Put(config_ / row.hive, healthy);
+    if (row.status == 3) {
+      ExpectComplaint(result, 3, row.hive);
+      continue;
+    }
+    EXPECT_EQ(result.status, row.status) << result.err;
+    EXPECT_FALSE(json::parse(result.out).at("notes").empty());
+  }
+  Put(folder_ / "C/Users/anna/NTUSER.DAT", "regf");
+  EXPECT_FALSE(Scan().at("notes").empty()) << "the scan goes on without the user's hive";
+  fs::remove(config_ / "SYSTEM");
+  ExpectComplaint(Run("scan --windows @/C"), 3, "SYSTEM");
+}
+
+TEST_F(Program, HealthyInstallationHasNoProblems) {
+  fs::remove(config_ / "SOFTWARE");
+  const fs::path samples = folder_ / "samples";
+  fs::copy(SCRUBWELL_SOURCE_DIR "/samples", samples, fs::copy_options::recursive);
+  Put(samples / "registry/shared-files.reg", "Windows Registry Editor Version 5.00\r\n");
+  ASSERT_EQ(Shell(SCRUBWELL_MKSAMPLE " @/samples @/healthy").status, 0);
+  const Result result = Run("scan --windows @/healthy/C --plugins SharedFiles");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_NE(result.out.find("No problems found."), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,132 @@
+#include "hosts/driver/scan_driver.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "backends/memory/memory_backend.h"
+
+namespace scrubwell {
+namespace {
+
+constexpr TProblemKind Kinds[] = {{1, 0, {u"x", u"x"}, {u"y", u"y"}, {u"z", u"z"}}};
+
+// Reports one problem an item.
+class TRCPProbe : public TRCPlugin {
+ public:
+  TRCPProbe(UnicodeView className, std::int32_t items)
+      : TRCPlugin({className, -1, 0, {u"a", u"a"}, {u"b", u"b"}, {u"c", u"c"}}, Kinds),
+        items_(items) {}
+  void Init() override {
+    SetFScanItemCount(items_);
+    FState = rcpInited;
+  }
+  void Scan() override {
+    ErrorCount = 0;
+    for (std::int32_t i = 0; i < items_; ++i) {
+      const UnicodeString name = {static_cast<char16_t>(u'a' + i)};
+      if (!ShowScanItem(name)) return;
+      AddError(1, {u"existingkey:32:HKEY_CURRENT_USER\\" + FPluginID + name});
+    }
+    FState = rcpScanned;
+  }
+  bool CleanError(const TSweepError&) override { return false; }
+
+ private:
+  std::int32_t items_;
+};
+
+// Three plugins of 4, 0 and 6 items on an empty Windows.
+struct Probes {
+  Probes() {
+    SetPlatform(&memory.Platform());
+    InitialiseRcCommon();
+    InitialiseRcBaseplugin();
+    plugins.push_back(std::make_unique<TRCPProbe>(u"TRCPFirst", 4));
+    plugins.push_back(std::make_unique<TRCPProbe>(u"TRCPEmpty", 0));
+    plugins.push_back(std::make_unique<TRCPProbe>(u"TRCPLast", 6));
+  }
+  ~Probes() {
+    plugins.clear();
+    FinaliseRcBaseplugin();
+    FinaliseRcCommon();
+    SetPlatform(nullptr);
+  }
+  MemoryBackend memory;
+  std::vector<std::unique_ptr<TRCPProbe>> plugins;
+};
+
+TEST(ScanDriver, RunsWhatWasChosenAndStopsAtOnce) {
+  struct Row {
+    const char* name;
+    std::vector<UnicodeString> chosen;
+    int stopAt;  // the item after which the stop comes in; 0: before the run, -1: never
+    std::int32_t problems;
+    RunOutcome outcome;
+    std::int32_t lastPromille;
+  };
+  const Row rows[] = {
+      {"all", {}, -1, 10, RunOutcome::Complete, 1000},
+      {"one, letter case ignored", {u"LAST"}, -1, 6, RunOutcome::Complete, 1000},
+      {"two out of order", {u"Last", u"First"}, -1, 10, RunOutcome::Complete, 1000},
+      {"nothing to do", {u"Empty"}, -1, 0, RunOutcome::Complete, -1},
+      {"stopped before", {}, 0, 0, RunOutcome::Stopped, -1},
+      {"stopped in the first", {}, 2, 2, RunOutcome::Stopped, 200},
+      {"stopped in the last", {}, 9, 9, RunOutcome::Stopped, 900},
+      {"stopped after everything", {}, 10, 10, RunOutcome::Complete, 1000},
+      {"stopped between two", {}, 4, 4, RunOutcome::Stopped, 400},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    Probes probes;
+    UnicodeString unknown;
+    ASSERT_TRUE(ChoosePlugins(row.chosen, unknown));
+    int items = 0;
+    std::vector<std::int32_t> steps;
+    ScanDriver driver([&](const RunProgress& progress) {
+      steps.push_back(progress.promille);
+      if (++items == row.stopAt) StopSearch = true;
+    });
+    StopSearch = row.stopAt == 0;
+    EXPECT_EQ(driver.Scan(), row.outcome);
+    EXPECT_EQ(SweepErrors->Count(), row.problems);
+    EXPECT_EQ(RCStatus, row.outcome == RunOutcome::Complete ? RCS_WaitingForUser : RCS_ScanAborted);
+    EXPECT_EQ(steps.empty() ? -1 : steps.back(), row.lastPromille);
+    EXPECT_TRUE(std::is_sorted(steps.begin(), steps.end()));
+    for (const auto& plugin : probes.plugins) EXPECT_FALSE(plugin->OnScanProgress);
+  }
+}
+
+TEST(ScanDriver, EachRunStartsAfresh) {
+  Probes probes;
+  ScanDriver driver;
+  UnicodeString unknown;
+  EXPECT_FALSE(ChoosePlugins(std::vector<UnicodeString>{u"First", u"Frist"}, unknown));
+  EXPECT_EQ(unknown, u"Frist");
+  EXPECT_TRUE(probes.plugins[2]->Active) << "a wrong choice changes nothing";
+
+  driver.Scan();
+  ShouldReSearch = true;
+  // The second run finds one of the ten on the ignore list.
+  const UnicodeString entry =
+      BuildIgnoredProblemData(BuildErrorIdentificationString((*SweepErrors)[0]), u"P", u"", u"");
+  ASSERT_EQ(probes.memory.Platform().registry.SetValue(
+                {HKEY_CURRENT_USER, IgnoredProblemsKey(), View::Native},
+                {u"1", REGT_SZ, TextData(entry)}),
+            Status::Ok);
+  ASSERT_TRUE(ChoosePlugins({}, unknown));
+  driver.Scan();
+  EXPECT_EQ(SweepErrors->Count(), 10);
+  EXPECT_EQ(RealSweepErrorCount, 9);
+  EXPECT_EQ(CategoryErrors, 9);
+  EXPECT_FALSE(ShouldReSearch);
+  EXPECT_EQ(driver.Progress().TotalItems(), 10);
+
+  ASSERT_TRUE(ChoosePlugins(std::vector<UnicodeString>{u"Last"}, unknown));
+  driver.Scan();
+  EXPECT_EQ(probes.plugins[0]->ErrorCount, 0) << "a plugin left out keeps no count of another run";
+  EXPECT_EQ(probes.plugins[0]->FState, rcpUnknown);
+}
+
+}  // namespace
+}  // namespace scrubwell

@@ -1,0 +1,189 @@
+// Builds a Windows installation from text: mksample SAMPLES TARGET.
+//
+// SAMPLES holds registry/*.reg, hives.txt and files.txt; samples/README.md describes them. Drive C
+// becomes the folder TARGET/C, and so on. TARGET must not hold any of the files yet.
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "formats/reg/reg_text.h"
+#include "formats/regf/hive_builder.h"
+#include "registry/Stringhelper.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using scrubwell::UnicodeString;
+
+// A mistake in the sample, to be shown as it is.
+struct SampleError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+std::string ReadText(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw SampleError(path.string() + ": can't be read");
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteNew(const fs::path& path, std::string_view bytes) {
+  if (fs::exists(path)) throw SampleError(path.string() + ": is there already");
+  fs::create_directories(path.parent_path());
+  std::ofstream file(path, std::ios::binary);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (!file.flush()) throw SampleError(path.string() + ": can't be written");
+}
+
+// Lines without comments and empty ones.
+std::vector<std::string> Lines(const fs::path& path) {
+  std::ifstream file(path);
+  if (!file) throw SampleError(path.string() + ": can't be read");
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (!line.empty() && line.front() != '#') lines.push_back(line);
+  }
+  return lines;
+}
+
+// "C:\a\b" below the target's folder of drive C.
+fs::path HostPath(const fs::path& target, std::string_view windows) {
+  if (windows.size() < 3 || windows.substr(1, 2) != ":\\") {
+    throw SampleError(std::string(windows) + ": is no path with a drive");
+  }
+  fs::path path = target / std::string(1, windows.front());
+  for (std::size_t from = 3; from < windows.size();) {
+    const std::size_t to = std::min(windows.find('\\', from), windows.size());
+    const std::string_view part = windows.substr(from, to - from);
+    if (part.empty() || part == "." || part == ".." || part.find('/') != part.npos) {
+      throw SampleError(std::string(windows) + ": has a part that is no name");
+    }
+    path /= part;
+    from = to + 1;
+  }
+  return path;
+}
+
+std::string Unescape(std::string_view text) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char next = text[i] == '\\' && i + 1 < text.size() ? text[i + 1] : '\0';
+    if (next == 'n') result += "\r\n";
+    if (next == 't') result += '\t';
+    if (next == '\\') result += '\\';
+    if (next == 'n' || next == 't' || next == '\\') {
+      ++i;
+    } else {
+      result += text[i];
+    }
+  }
+  return result;
+}
+
+std::string FileContent(std::string_view option) {
+  constexpr std::string_view size = "size=";
+  constexpr std::string_view text = "text=";
+  if (option.empty()) return std::string(1, '\0');
+  if (option.starts_with(size)) return std::string(std::stoul(std::string(option.substr(5))), '\0');
+  if (option.starts_with(text)) return Unescape(option.substr(5));
+  throw SampleError(std::string(option) + ": is neither size= nor text=");
+}
+
+void MakeFiles(const fs::path& list, const fs::path& target) {
+  for (const std::string& line : Lines(list)) {
+    const std::size_t bar = line.find(" | ");
+    const std::string path = line.substr(0, bar);
+    const std::string option = bar == line.npos ? "" : line.substr(bar + 3);
+    const fs::path place = HostPath(target, path);
+    if (path.back() == '\\') {
+      fs::create_directories(place);
+    } else {
+      WriteNew(place, FileContent(option));
+    }
+  }
+}
+
+// A hive under construction, mounted at a key of the registry.
+struct Mount {
+  UnicodeString key;
+  fs::path file;
+  scrubwell::regf::HiveBuilder builder;
+};
+
+std::vector<Mount> ReadMounts(const fs::path& list, const fs::path& target) {
+  std::vector<Mount> mounts;
+  for (const std::string& line : Lines(list)) {
+    const std::size_t mark = line.find(" = ");
+    if (mark == line.npos) throw SampleError(list.string() + ": \"" + line + "\" has no \" = \"");
+    const fs::path file = HostPath(target, line.substr(mark + 3));
+    scrubwell::regf::BuildOptions options;
+    options.fileName = scrubwell::FromUtf8(file.filename().string());
+    mounts.push_back(
+        {scrubwell::FromUtf8(line.substr(0, mark)), file, scrubwell::regf::HiveBuilder(options)});
+  }
+  return mounts;
+}
+
+// The mount whose key is the path or lies above it.
+Mount& MountOf(std::vector<Mount>& mounts, const UnicodeString& path) {
+  for (Mount& mount : mounts) {
+    const std::size_t size = mount.key.size();
+    if (path.size() >= size && (path.size() == size || path[size] == u'\\') &&
+        scrubwell::SameText(path.substr(0, size), mount.key)) {
+      return mount;
+    }
+  }
+  throw SampleError(scrubwell::ToUtf8(path) + ": lies in none of the hives");
+}
+
+void AddRegistry(const fs::path& file, std::vector<Mount>& mounts) {
+  const scrubwell::reg::Document document = scrubwell::reg::Parse(ReadText(file));
+  if (!document.Ok()) {
+    throw SampleError(file.string() + ":" + std::to_string(document.errorLine) + ": " +
+                      document.error);
+  }
+  for (const scrubwell::reg::KeyEntry& entry : document.keys) {
+    Mount& mount = MountOf(mounts, entry.path);
+    const auto key =
+        mount.builder.CreatePath(mount.builder.Root(), entry.path.substr(mount.key.size()));
+    for (const scrubwell::reg::ValueEntry& value : entry.values) {
+      mount.builder.SetValue(key, value.value);
+    }
+  }
+}
+
+void MakeSample(const fs::path& samples, const fs::path& target) {
+  std::vector<Mount> mounts = ReadMounts(samples / "hives.txt", target);
+  std::set<fs::path> texts;  // in the order of their names, so that equal samples are equal
+  for (const auto& entry : fs::directory_iterator(samples / "registry")) {
+    if (entry.path().extension() == ".reg") texts.insert(entry.path());
+  }
+  for (const fs::path& text : texts) AddRegistry(text, mounts);
+  for (const Mount& mount : mounts) {
+    const scrubwell::Bytes bytes = mount.builder.Build();
+    WriteNew(mount.file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  }
+  MakeFiles(samples / "files.txt", target);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::fputs("usage: mksample SAMPLES TARGET\n", stderr);
+    return 2;
+  }
+  try {
+    MakeSample(argv[1], argv[2]);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "mksample: %s.\n", error.what());
+    return 1;
+  }
+  return 0;
+}
