@@ -1,0 +1,55 @@
+// Registered classes as short lines, for tests of what lies below the classes root.
+#pragma once
+
+#include <sstream>
+#include <string>
+
+#include "support/world.h"
+
+namespace scrubwell::test {
+
+inline std::string ReplaceAll(std::string text, const std::string& from, const std::string& to) {
+  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+    text.replace(at, from.size(), to);
+  return text;
+}
+
+/// One key or value a line: "path", "path = default value", "path : name = text". A path beginning
+/// with "W\" lies in the 32-bit view, with "U\" in the user's classes, with "HKEY" anywhere, and
+/// else in the machine's classes.
+inline std::string Classes(const std::string& lines) {
+  const std::string machine = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\";
+  std::istringstream in(lines);
+  std::string out;
+  for (std::string line; std::getline(in, line);) {
+    line.erase(0, line.find_first_not_of(' '));
+    if (line.empty()) continue;
+    const std::size_t equals = std::min(line.find(" = "), line.size());
+    std::string path = line.substr(0, equals);
+    std::string name = "@";
+    if (const std::size_t colon = path.find(" : "); colon != std::string::npos) {
+      name = "\"" + path.substr(colon + 3) + "\"";
+      path.resize(colon);
+    }
+    if (path.starts_with("W\\")) path = machine + "Wow6432Node" + path.substr(1);
+    if (path.starts_with("U\\")) path = "HKEY_USERS\\S-1-5-21-1-2-3-1001_Classes" + path.substr(1);
+    if (!path.starts_with("HKEY")) path = machine + path;
+    out += "[" + path + "]\n";
+    if (equals == line.size()) continue;
+    const std::string text = ReplaceAll(line.substr(equals + 3), "\\", "\\\\");
+    out += name + "=\"" + ReplaceAll(text, "\"", "\\\"") + "\"\n";
+  }
+  return out;
+}
+
+/// Expected lines with "HKCR", " W\" and " C\" written out.
+inline Lines Full(Lines lines) {
+  for (std::string& line : lines) {
+    line = ReplaceAll(line, "HKCR", "HKEY_CLASSES_ROOT");
+    line = ReplaceAll(line, " W\\", " HKLM\\SOFTWARE\\Classes\\Wow6432Node\\");
+    line = ReplaceAll(line, " C\\", " HKLM\\SOFTWARE\\Classes\\");
+  }
+  return lines;
+}
+
+}  // namespace scrubwell::test
