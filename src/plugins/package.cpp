@@ -3,7 +3,23 @@
 #include <array>
 
 #include "framework/Rc_baseplugin.h"
+#include "plugins/com/Rcp_activexcom.h"
+#include "plugins/filetypes/Rcp_filetypes.h"
+#include "plugins/history/Rcp_appmru.h"
+#include "plugins/history/Rcp_history.h"
+#include "plugins/software/Rcp_apppaths.h"
+#include "plugins/software/Rcp_helpfiles.h"
+#include "plugins/software/Rcp_odbc.h"
 #include "plugins/software/Rcp_sharedfiles.h"
+#include "plugins/software/Rcp_softwareinstalled.h"
+#include "plugins/software/Rcp_uninstall.h"
+#include "plugins/startup/Rcp_autostart.h"
+#include "plugins/startup/Rcp_drivers.h"
+#include "plugins/startup/Rcp_inifiles.h"
+#include "plugins/system/Rcp_firewall.h"
+#include "plugins/system/Rcp_fonts.h"
+#include "plugins/system/Rcp_sounds.h"
+#include "plugins/system/Rcp_systemaddon.h"
 
 namespace scrubwell {
 namespace {
@@ -22,7 +38,23 @@ constexpr Unit PluginUnit{&TPluginUnit<Plugin>::Initialise, &TPluginUnit<Plugin>
 constexpr std::array kUnits{
     Unit{&InitialiseRcCommon, &FinaliseRcCommon},
     Unit{&InitialiseRcBaseplugin, &FinaliseRcBaseplugin},
+    PluginUnit<TRCPActiveXCOM>,
+    PluginUnit<TRCPAppMRU>,
+    PluginUnit<TRCPAppPaths>,
+    PluginUnit<TRCPAutostart>,
+    PluginUnit<TRCPDrivers>,
+    PluginUnit<TRCPFileTypes>,
+    PluginUnit<TRCPFirewall>,
+    PluginUnit<TRCPFonts>,
+    PluginUnit<TRCPHelpFiles>,
+    PluginUnit<TRCPHistory>,
+    PluginUnit<TRCPIniFiles>,
+    PluginUnit<TRCPODBC>,
     PluginUnit<TRCPSharedFiles>,
+    PluginUnit<TRCPSoftwareInstalled>,
+    PluginUnit<TRCPSounds>,
+    PluginUnit<TRCPSystemAddOn>,
+    PluginUnit<TRCPUninstall>,
 };
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "backends/memory/memory_backend.h"
 #include "plugins/module/interface.h"
 #include "registry/Stringhelper.h"
@@ -21,12 +23,15 @@ TEST(Package, LoadsInOrderCounted) {
     for (const TRCPlugin* plugin : *Plugins) {
       ids += plugin->FPluginID + u" ";
       EXPECT_FALSE(plugin->Caption.empty() || plugin->ShortDescription.empty() ||
-                   plugin->Description.empty() || plugin->IconFileName.empty());
+                   plugin->IconFileName.empty());
+      EXPECT_EQ(plugin->Description.empty(), plugin->FPluginID == u"AppMRU");
       EXPECT_TRUE(plugin->Active && plugin->GroupIndex == 0);
       // The firewall's plugin is ready as soon as it has asked for the service.
       EXPECT_EQ(plugin->FState, plugin->FPluginID == u"Firewall" ? rcpInited : rcpUnknown);
     }
-    EXPECT_EQ(ToUtf8(ids), "SharedFiles ");
+    EXPECT_EQ(ToUtf8(ids),
+              "ActiveXCOM AppMRU AppPaths Autostart Drivers FileTypes Firewall Fonts HelpFiles History "
+              "IniFiles ODBC SharedFiles SoftwareInstalled Sounds SystemAddOn Uninstall ");
     UnloadPackage();
     ASSERT_NE(Plugins, nullptr);
     RealSweepErrorCount = 7;
@@ -61,11 +66,13 @@ TEST(Module, LoadsNestedAndKeepsItsState) {
   unload();
   TRCPlugin* plugin = nullptr;
   ASSERT_TRUE(package->GetPluginByID(u"SharedFiles", plugin));
-  EXPECT_EQ((*package->Plugins)->Get(3), plugin);
+  const TPluginList& plugins = **package->Plugins;
+  EXPECT_EQ(std::count(plugins.begin(), plugins.end(), plugin), 1);
   plugin->Init();
   plugin->Scan();
   ASSERT_EQ((*package->SweepErrors)->Count(), 1);
   EXPECT_EQ((*package->SweepErrors)->Get(0)->Caption, u"Missing shared file \"gone.dll\"");
+  EXPECT_EQ(package->CreateBrowserHelperObjects()->GetCount(), 0);
   package->ClearSweepErrors();
   EXPECT_EQ((*package->SweepErrors)->Count(), 0);
 

@@ -89,15 +89,22 @@ ComposedRegistry::Place ComposedRegistry::Resolver::Find(RootKey root, UnicodeVi
   };
   std::array<Lead, 32> leads;
   std::size_t count = 0;
-  const bool cached = trail_ == nullptr && followLast;
+  // A last part that is not followed is no place to remember, but all before it are.
+  const bool cached = trail_ == nullptr;
+  UnicodeView kept = path;
+  if (!followLast) {
+    const std::size_t end = path.find_last_not_of(u'\\');
+    const std::size_t slash = end == UnicodeView::npos ? end : path.find_last_of(u'\\', end);
+    kept = path.substr(0, slash == UnicodeView::npos ? 0 : slash);
+  }
   std::uint64_t hash = 0xCBF29CE484222325U ^ static_cast<std::uint32_t>(root) ^ (bits32_ ? 1U : 0U);
   const auto mix = [](std::uint64_t h) { return (h ^ (h >> 29U)) * 0x9E3779B97F4A7C15U >> 20U; };
   if (cached) {
     leads[count++] = {0, mix(hash)};
-    for (std::size_t i = 0; i <= path.size(); ++i) {
-      if (i == path.size() || path[i] == u'\\')
+    for (std::size_t i = 0; i <= kept.size(); ++i) {
+      if (i == kept.size() || kept[i] == u'\\')
         if (i != 0 && count < leads.size()) leads[count++] = {i, mix(hash)};
-      if (i < path.size()) hash = (hash ^ Upper(path[i])) * 0x100000001B3U;
+      if (i < kept.size()) hash = (hash ^ Upper(kept[i])) * 0x100000001B3U;
     }
   }
   Place place;
