@@ -230,7 +230,14 @@ Status ComposedRegistry::Permit(const Node& node, Access access) {
   const Status status = node.Hive().Security(node.key, descriptor);
   if (status == Status::Absent) return Status::Ok;
   if (status != Status::Ok) return Status::Unknown;
-  return CheckDescriptor(descriptor, settings_.userSid, access);
+  // Thousands of keys in a row have the same descriptor.
+  Judged& judged = judged_[access == Access::Delete ? 0 : 1];
+  if (!judged.known || judged.descriptor != descriptor) {
+    judged.answer = CheckDescriptor(descriptor, settings_.userSid, access);
+    judged.descriptor = std::move(descriptor);
+    judged.known = true;
+  }
+  return judged.answer;
 }
 
 Status ComposedRegistry::CheckAccess(const KeyRef& key, Access access) {

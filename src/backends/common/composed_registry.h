@@ -132,11 +132,19 @@ class ComposedRegistry final : public IRegistry {
   [[nodiscard]] bool AlreadyDeleted(const Trail& trail, UnicodeView name, bool isValue) const;
   void Remember(const Trail& trail, UnicodeView name, bool isValue);
 
+  // The descriptor judged last for one kind of access.
+  struct Judged {
+    bool known = false;
+    Bytes descriptor;
+    Status answer = Status::Unknown;
+  };
+
   ComposedSettings settings_;
   std::unique_ptr<detail::ViewTables> tables_;
   std::vector<std::unique_ptr<MountPoint>> mounts_;
   std::unique_ptr<Cache> cache_;
   std::unordered_set<UnicodeString> deleted_;
+  Judged judged_[2];
   IRegistryObserver* observer_ = nullptr;
 };
 

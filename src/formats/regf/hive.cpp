@@ -231,7 +231,17 @@ Hive::Order Hive::ScanSubkeys(CellOffset key, const KeyFacts& facts, SubkeyVisit
     return true;
   });
   if (!listWhole || !whole || delivered != facts.subkeyCount) return Order::Damaged;
-  return guard.Ascending() ? Order::Ascending : Order::Loose;
+  return guard.Ascending() && !HasEmptyLeaf(list) ? Order::Ascending : Order::Loose;
+}
+
+// A leaf without entries gives a search no name to turn by, so that its miss would prove nothing.
+bool Hive::HasEmptyLeaf(ByteView list) const {
+  if (!HasSignature(list, "ri")) return false;
+  const ListEntries leaves(list);
+  for (std::size_t i = 0; i < leaves.Count(); ++i) {
+    if (ListEntries(cells_.Leaf(leaves[i])).Count() == 0) return true;
+  }
+  return false;
 }
 
 Status Hive::VisitSubkeys(CellOffset key, SubkeyVisitor visit) const {

@@ -172,6 +172,7 @@ class Hive {
   Status ReadValue(CellOffset cell, ValueFacts& out) const;
   Status VisitValues(CellOffset key, ValueVisitor visit) const;
   Status ReadData(const ValueFacts& value, ByteView& whole, ByteView& segments) const;
+  [[nodiscard]] bool HasEmptyLeaf(ByteView list) const;
   CellOffset Search(CellOffset parent, ByteView list, UnicodeView upper) const;
   CellOffset SearchLeaf(CellOffset parent, ByteView leaf, UnicodeView upper) const;
 

@@ -53,6 +53,23 @@ inline std::string OutputOf(const std::string& command) {
   return text;
 }
 
+inline std::size_t CountOf(const std::string& text, const std::vector<const char*>& marks) {
+  std::size_t count = 0;
+  for (const char* mark : marks) {
+    for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) ++count;
+  }
+  return count;
+}
+
+/// Readers of others, where they are installed.
+struct Witness {
+  const char* program;
+  std::vector<const char*> key, value;  ///< what stands once for each in the output
+};
+inline const Witness Witnesses[] = {{"hivexml", {"<node "}, {"<value "}},
+                                    {"reglookup", {",KEY,"}, {",SZ,", ",BINARY,"}},
+                                    {"regfexport", {"\nKey path:"}, {"\nValue:"}}};
+
 /// The tree as lines, so that two trees can be compared as a whole.
 inline std::string Dump(const Hive& hive) {
   std::string text;

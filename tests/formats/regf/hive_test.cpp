@@ -122,14 +122,6 @@ TEST(HiveReader, ReadsBackEveryShape) {
   }
 }
 
-std::size_t CountOf(const std::string& text, const std::vector<const char*>& marks) {
-  std::size_t count = 0;
-  for (const char* mark : marks) {
-    for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) ++count;
-  }
-  return count;
-}
-
 TEST(HiveReader, OtherReadersSeeTheSameTree) {
   const TempFolder folder;
   for (const ShapeRow& row : Shapes) {
@@ -143,14 +135,7 @@ TEST(HiveReader, OtherReadersSeeTheSameTree) {
       builder.SetValue(key, {u"big", REGT_BINARY, Pattern(i % 10 == 0 ? 16345 : 16)});
     }
     const std::string path = folder.Store("sample", builder.Build()).string();
-    struct Witness {
-      const char* program;
-      std::vector<const char*> key, value;  ///< what stands once for each in the output
-    };
-    const Witness witnesses[] = {{"hivexml", {"<node "}, {"<value "}},
-                                 {"reglookup", {",KEY,"}, {",SZ,", ",BINARY,"}},
-                                 {"regfexport", {"\nKey path:"}, {"\nValue:"}}};
-    for (const Witness& witness : witnesses) {
+    for (const Witness& witness : Witnesses) {
       SCOPED_TRACE(witness.program);
       const std::string program = witness.program;
       if (OutputOf("command -v " + program).empty()) continue;
@@ -338,6 +323,30 @@ const RefusalRow Refusals[] = {
     {"wild root", [](Patient& p) { Put32(p.image, base::Root, 0xFFFFFFF8U); }, "root key"},
     {"no key at the root", [](Patient& p) { p.At(p.root)[0] = 'x'; }, "root key"},
 };
+
+// The search over leaves turns by their first names, and an empty one has none.
+TEST(HiveReader, FindsChildrenBesideAnEmptyLeaf) {
+  HiveBuilder builder({.leafEntries = 7});
+  for (std::size_t i = 0; i < 70; ++i) builder.Create(builder.Root(), ChildName(i));
+  Bytes image = builder.Build();
+  const auto at = [](std::uint32_t cell) { return std::size_t{4096} + cell + 4; };
+  const auto number = [&image](std::size_t offset) {
+    return image[offset] | image[offset + 1] << 8 | image[offset + 2] << 16;
+  };
+  const auto root = at(static_cast<std::uint32_t>(number(36)));
+  const auto list = at(static_cast<std::uint32_t>(number(root + 28)));
+  const auto leaf = at(static_cast<std::uint32_t>(number(list + 4 + 4 * 5)));
+  image[root + 20] = static_cast<std::uint8_t>(image[root + 20] - image[leaf + 2]);
+  image[leaf + 2] = 0;
+
+  const OpenedHive opened = Hive::FromBytes(std::move(image), "sample");
+  ASSERT_TRUE(opened.hive) << opened.error;
+  const Hive& hive = *opened.hive;
+  std::vector<Subkey> subkeys;
+  ASSERT_EQ(hive.Subkeys(hive.Root(), subkeys), Status::Ok);
+  EXPECT_EQ(subkeys.size(), 63U);
+  for (const Subkey& subkey : subkeys) ExpectChild(hive, hive.Root(), subkey.facts.name.Text());
+}
 
 TEST(HiveReader, RefusesInOneSentence) {
   for (const RefusalRow& row : Refusals) {

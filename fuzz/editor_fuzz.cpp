@@ -1,0 +1,120 @@
+// Scripts of changes. The input is a hive file, and what lies behind its bins is the script; or a
+// script alone, for a small hive of ours.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+#include "formats/regf/editor.h"
+#include "formats/regf/hive_builder.h"
+
+namespace {
+
+using namespace scrubwell;
+using namespace scrubwell::regf;
+
+constexpr std::size_t StepSize = 4;
+constexpr std::size_t MostSteps = 80;
+
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+Bytes Sample(std::uint8_t choice) {
+  BuildOptions options;
+  options.lists = static_cast<ListKind>(choice % 3);
+  options.minorVersion = (choice & 4) != 0 ? 3 : 5;
+  options.leafEntries = (choice & 8) != 0 ? 500 : 2;
+  HiveBuilder builder(options);
+  for (const UnicodeView path : {u"a\\x\\y", u"B", u"gr\u00FCn\\x", u"\u041A", u"lone\xD800"}) {
+    const auto key = builder.CreatePath(builder.Root(), path);
+    builder.SetText(key, path, path);
+    builder.SetClass(key, path);
+  }
+  builder.SetValue(builder.Root(), {u"big", REGT_BINARY, Bytes(16345, 7)});
+  return builder.Build();
+}
+
+class Script {
+ public:
+  explicit Script(Editor& editor) : editor_(editor) {
+    editor.View().Walk(editor.View().Root(),
+                       [this](const Subkey& key, int) { keys_.push_back(key.key); });
+  }
+
+  /// One step: what is done, to which key, with which name, how much.
+  void Step(ByteView step) {
+    const CellOffset key = keys_[step[1] % keys_.size()];
+    const UnicodeString name = Name(step[2]);
+    const Bytes before(editor_.View().Image().begin(), editor_.View().Image().end());
+    const Status status = Change(step[0] % 8, key, name, std::size_t{step[3]} * step[3]);
+    // What fails changes nothing.
+    Require(status == Status::Ok || std::ranges::equal(before, editor_.View().Image()));
+  }
+
+ private:
+  static UnicodeString Name(std::uint8_t choice) {
+    constexpr UnicodeView names[] = {u"", u"a", u"B", u"x", u"big", u"gr\u00FCn", u"lone\xD800"};
+    if (choice < std::size(names)) return UnicodeString(names[choice]);
+    return UnicodeString(choice % 7U + 1, static_cast<char16_t>(choice * 3));
+  }
+  Status Change(int what, CellOffset key, const UnicodeString& name, std::size_t size) {
+    CellOffset child = NoCell;
+    Status status = Status::Ok;
+    switch (what) {
+      case 0:
+        return editor_.Erase(key);
+      case 1:
+        return editor_.EraseValue(key, name);
+      case 2:
+        return editor_.Put(key, {name, REGT_BINARY, Bytes(size, 1)});
+      case 3:
+        return editor_.SetClass(key, name);
+      case 4:
+        return editor_.SetSecurity(key, Bytes(size / 512, 2));
+      case 5:
+        return editor_.SetLink(key, size != 0);
+      default:
+        status = editor_.Create(key, name, child);
+        if (status == Status::Ok) keys_.push_back(child);
+        return status;
+    }
+  }
+
+  Editor& editor_;
+  std::vector<CellOffset> keys_;  // some of them deleted in the meantime
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  ByteView script(bytes, size);
+  if (size < 5) return 0;
+  Bytes image;
+  if (bytes[0] == 'r' && bytes[1] == 'e') {
+    if (size < BaseBlockSize) return 0;
+    const std::size_t bins = Get32(script, base::BinsSize);
+    const std::size_t end = std::min(size, BaseBlockSize + bins);
+    image.assign(bytes, bytes + end);
+    Put32(image, base::Secondary, Get32(image, base::Primary));
+    Put32(image, base::Checksum, BaseBlockChecksum(image));
+    script = script.subspan(end);
+  } else {
+    image = Sample(bytes[0]);
+  }
+  const OpenedHive hive = Hive::FromBytes(image, "input");
+  if (!hive.hive) return 0;
+  const std::vector<std::string> before = CheckImage(image);
+  const OpenedEditor opened = Editor::Open(*hive.hive, "input", [] { return std::uint64_t{1}; });
+  Require((opened.editor != nullptr) == opened.error.empty());
+  if (!opened.editor) return 0;
+  Script run(*opened.editor);
+  for (std::size_t at = 0; at + StepSize <= script.size() && at < MostSteps * StepSize;) {
+    run.Step(script.subspan(at, StepSize));
+    at += StepSize;
+  }
+  const std::vector<std::string> after = CheckImage(opened.editor->Finish());
+  // A sound hive stays sound. In a damaged one nothing new breaks; only cells that some damage
+  // had hidden may be counted as lost, in one sentence.
+  Require(after.size() <= (before.empty() ? 0 : before.size() + 1));
+  return 0;
+}

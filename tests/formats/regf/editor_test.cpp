@@ -1,0 +1,629 @@
+#include "formats/regf/editor.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <functional>
+#include <map>
+#include <random>
+
+#include "formats/regf/hive_samples.h"
+
+namespace scrubwell::regf {
+namespace {
+
+constexpr Status Ok = Status::Ok;
+constexpr Status Absent = Status::Absent;
+constexpr Status Denied = Status::Denied;
+constexpr Status Corrupt = Status::Corrupt;
+constexpr std::uint64_t Now = 0x01DA000000000000U;
+const UnicodeString Long(16384, u'x');
+
+Bytes Filled(std::size_t size, std::size_t salt = 0) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 5 + salt);
+  return bytes;
+}
+
+std::unique_ptr<Editor> Edit(const Bytes& image) {
+  const OpenedHive opened = Hive::FromBytes(image, "sample");
+  if (!opened.hive) return nullptr;
+  OpenedEditor editor = Editor::Open(*opened.hive, "sample", [] { return Now; });
+  EXPECT_TRUE(editor.editor) << editor.error;
+  return std::move(editor.editor);
+}
+
+CellOffset At(const Editor& editor, UnicodeView path) {
+  CellOffset key = NoCell;
+  EXPECT_EQ(editor.View().Descend(editor.View().Root(), path, key), Ok) << ToUtf8(path);
+  return key;
+}
+
+std::string DumpOf(const Bytes& image, DumpOptions options = {}) {
+  const OpenedHive opened = Hive::FromBytes(image, "sample");
+  return opened.hive ? DumpTree(*opened.hive, options) : opened.error;
+}
+
+/// All that is wrong with an image, as one text.
+std::string ProblemsOf(const Bytes& image) {
+  std::string text;
+  for (const std::string& problem : CheckImage(image)) text += problem + "\n";
+  return text;
+}
+
+/// What the registry should be, in the simplest terms.
+struct Model {
+  struct Less {
+    bool operator()(const UnicodeString& a, const UnicodeString& b) const {
+      return CompareUpCase(a, b) < 0;
+    }
+  };
+  std::map<UnicodeString, Model, Less> children;
+  std::map<UnicodeString, RegValue, Less> values;
+
+  void AddTo(HiveBuilder& builder, HiveBuilder::Key key) const {
+    for (const auto& [name, value] : values) builder.SetValue(key, value);
+    for (const auto& [name, child] : children) child.AddTo(builder, builder.Create(key, name));
+  }
+  [[nodiscard]] Bytes Build(const BuildOptions& options) const {
+    HiveBuilder builder(options);
+    AddTo(builder, builder.Root());
+    return builder.Build();
+  }
+};
+
+/// What all keys note as their largest subkeys and values.
+Bytes Maxima(const Bytes& image) {
+  const OpenedHive opened = Hive::FromBytes(image, "sample");
+  Bytes all;
+  opened.hive->Walk(opened.hive->Root(), [&](const Subkey& key, int) {
+    const auto at = image.begin() + BaseBlockSize + key.key + 4 + nk::MaxName;
+    all.insert(all.end(), at, at + 16);
+  });
+  return all;
+}
+
+/// The finished image is sound and holds what the model says.
+void ExpectModel(Editor& editor, const Model& model, const BuildOptions& options) {
+  const Bytes image = editor.Finish();
+  const Bytes wanted = model.Build(options);
+  EXPECT_EQ(ProblemsOf(image), "");
+  EXPECT_TRUE(DumpOf(image) == DumpOf(wanted));
+  EXPECT_TRUE(Maxima(image) == Maxima(wanted));
+}
+
+struct Shape {
+  const char* what;
+  BuildOptions options;
+};
+
+const Shape Shapes[] = {{"li", {.lists = ListKind::Index}},
+                        {"lf", {.minorVersion = 3, .lists = ListKind::Fast}},
+                        {"lh", {}},
+                        {"ri of lh", {.leafEntries = 3}},
+                        {"ri of li", {.lists = ListKind::Index, .leafEntries = 2}},
+                        {"ri of lf, one each", {.lists = ListKind::Fast, .leafEntries = 1}}};
+
+const UnicodeString Names[] = {u"a",
+                               u"B",
+                               u"gr\u00F6\u00DFe",
+                               u"\u041A\u043B\u044E\u0447",
+                               UnicodeString(u"nul\0x", 5),
+                               UnicodeString(u"nul\0", 4),
+                               u"lone\xD800",
+                               u"longest of all",
+                               u"z"};
+
+/// Every name as a child with its own subtree, and as a value, small and in segments.
+Model Sample() {
+  Model model;
+  Model& box = model.children[u"Box"];
+  for (std::size_t i = 0; i < std::size(Names); ++i) {
+    Model& below = box.children[Names[i]].children[u"x"].children[u"y"];
+    below.values[Names[i]] = {Names[i], REGT_BINARY, Filled(i * 6000, i)};
+    box.values[Names[i]] = {Names[i], REGT_SZ, Filled(i * i * 300, i)};
+  }
+  box.values[u""] = {u"", REGT_SZ, Filled(4)};
+  return model;
+}
+
+struct Choice {
+  const char* what;
+  std::vector<std::size_t> order;  ///< of Sample's names, one after the other
+};
+
+const Choice Choices[] = {{"first", {0}},
+                          {"middle", {4}},
+                          {"last", {8}},
+                          {"one leaf's", {4, 5, 3}},
+                          {"all, upwards", {0, 1, 2, 3, 4, 5, 6, 7, 8}},
+                          {"all, downwards", {8, 7, 6, 5, 4, 3, 2, 1, 0}},
+                          {"all, inside out", {4, 5, 3, 6, 2, 7, 1, 8, 0}}};
+
+TEST(Editor, DeletesOneByOneAndPutsBack) {
+  for (const Shape& shape : Shapes) {
+    for (const Choice& choice : Choices) {
+      SCOPED_TRACE(std::string(shape.what) + ", " + choice.what);
+      const Model whole = Sample();
+      Model model = whole;
+      Model& box = model.children[u"Box"];
+      const std::unique_ptr<Editor> editor = Edit(model.Build(shape.options));
+      const CellOffset key = At(*editor, u"Box");
+      for (const std::size_t i : choice.order) {
+        CellOffset child = NoCell;
+        ASSERT_EQ(editor->View().Child(key, UpperCase(Names[i]), child), Ok);
+        ASSERT_EQ(editor->Erase(child), Ok);
+        EXPECT_EQ(editor->View().Child(key, Names[i], child), Absent);
+        EXPECT_EQ(editor->EraseValue(key, UpperCase(Names[i])), Ok);
+        EXPECT_EQ(editor->EraseValue(key, Names[i]), Absent);
+        box.children.erase(Names[i]);
+        box.values.erase(Names[i]);
+      }
+      ExpectModel(*editor, model, shape.options);
+      const std::size_t size = editor->View().Image().size();
+      for (const std::size_t i : choice.order) {
+        const Model& content = whole.children.at(u"Box");
+        CellOffset child = NoCell;
+        ASSERT_EQ(editor->Create(key, Names[i], child), Ok);
+        EXPECT_EQ(editor->Create(child, u"x", child), Ok);
+        EXPECT_EQ(editor->Create(child, u"y", child), Ok);
+        EXPECT_EQ(editor->Put(child, {Names[i], REGT_BINARY, Filled(i * 6000, i)}), Ok);
+        EXPECT_EQ(editor->Put(key, content.values.at(Names[i])), Ok);
+      }
+      ExpectModel(*editor, whole, shape.options);
+      // What was freed is used again, but for what the lists' spare room and the cut may take.
+      EXPECT_LE(editor->View().Image().size(), size + 4 * PageSize);
+    }
+  }
+}
+
+TEST(Editor, SetsValuesOfEverySizeOverEachOther) {
+  const std::size_t sizes[] = {0, 1, 4, 5, 100, 16344, 16345, 40000};
+  for (const Shape& shape : {Shapes[1], Shapes[2]}) {
+    for (const std::size_t from : sizes) {
+      Model model;
+      model.values[u"v"] = {u"v", REGT_BINARY, Filled(from)};
+      const std::unique_ptr<Editor> editor = Edit(model.Build(shape.options));
+      for (const std::size_t to : sizes) {
+        SCOPED_TRACE(std::string(shape.what) + " " + std::to_string(from) + std::to_string(to));
+        EXPECT_EQ(editor->Put(editor->View().Root(), {u"V", REGT_SZ, Filled(to, 1)}), Ok);
+        model.values[u"v"] = {u"v", REGT_SZ, Filled(to, 1)};
+        ExpectModel(*editor, model, shape.options);
+      }
+    }
+  }
+}
+
+/// Random changes to a model and to a hive alike.
+class RandomEdits {
+ public:
+  RandomEdits(const BuildOptions& options, std::uint32_t seed) : options_(options), random_(seed) {
+    editor_ = Edit(model_.Build(options_));
+  }
+  void Run(int steps) {
+    for (int i = 0; i < steps; ++i) Step();
+    ExpectModel(*editor_, model_, options_);
+  }
+
+ private:
+  std::size_t Pick(std::size_t below) { return random_() % below; }
+  UnicodeString Name() {
+    const std::size_t number = Pick(60);
+    return number < std::size(Names) ? Names[number] : u"k" + IntToStr(static_cast<int>(number));
+  }
+  void Step() {
+    Model* at = &model_;
+    CellOffset key = editor_->View().Root();
+    while (!at->children.empty() && Pick(3) != 0) {
+      const auto child =
+          std::next(at->children.begin(), static_cast<std::ptrdiff_t>(Pick(at->children.size())));
+      ASSERT_EQ(editor_->View().Child(key, child->first, key), Ok);
+      at = &child->second;
+    }
+    const UnicodeString name = Name();
+    CellOffset child = NoCell;
+    const Status there = editor_->View().Child(key, name, child);
+    EXPECT_EQ(there, at->children.contains(name) ? Ok : Absent);
+    const std::size_t what = Pick(5);
+    if (what < 2) {
+      EXPECT_EQ(editor_->Create(key, name, child), Ok);
+      at->children.try_emplace(name);
+    } else if (what == 2) {
+      const std::size_t size = Pick(20) == 0 ? 30000 : Pick(60);
+      const RegValue value{name, REGT_BINARY, Filled(size, size)};
+      EXPECT_EQ(editor_->Put(key, value), Ok);
+      at->values.try_emplace(name, value).first->second.data = value.data;
+    } else if (what == 3) {
+      EXPECT_EQ(editor_->EraseValue(key, name), at->values.erase(name) == 1 ? Ok : Absent);
+    } else {
+      EXPECT_EQ(there == Ok ? editor_->Erase(child) : Ok, Ok);
+      at->children.erase(name);
+    }
+  }
+
+  BuildOptions options_;
+  std::mt19937 random_;
+  Model model_;
+  std::unique_ptr<Editor> editor_;
+};
+
+TEST(Editor, RandomEditsKeepTheHiveSound) {
+  std::uint32_t seed = 1;
+  for (const Shape& shape : Shapes) {
+    SCOPED_TRACE(shape.what);
+    RandomEdits edits(shape.options, seed++);
+    for (int batch = 0; batch < 10 && !::testing::Test::HasFailure(); ++batch) edits.Run(200);
+  }
+}
+
+TEST(Editor, ManyChildrenGoOneByOneInLinearTime) {
+  for (const bool upwards : {true, false}) {
+    const std::unique_ptr<Editor> editor = Edit(HiveBuilder().Build());
+    const CellOffset root = editor->View().Root();
+    const std::clock_t start = std::clock();
+    Model model;
+    for (int i = 0; i < 20000; ++i) {
+      CellOffset key = NoCell;
+      const UnicodeString name = u"k" + IntToStr(upwards ? i : 20000 - i);
+      ASSERT_EQ(editor->Create(root, name, key), Ok);
+      if (i < 1200) model.children[name];
+    }
+    std::vector<Subkey> all;
+    ASSERT_EQ(editor->View().Subkeys(root, all), Ok);
+    std::erase_if(all, [&model](const Subkey& child) {
+      return model.children.contains(child.facts.name.Text());
+    });
+    if (upwards) std::ranges::reverse(all);
+    for (const Subkey& child : all) ASSERT_EQ(editor->Erase(child.key), Ok);
+    // Processor time; a pass over the other children at each deletion takes several times this.
+    EXPECT_LT(std::clock() - start, 20 * CLOCKS_PER_SEC);
+    ExpectModel(*editor, model, {});
+  }
+}
+
+TEST(Editor, PutsAKeyBackAsItWas) {
+  HiveBuilder builder;
+  const auto box = builder.CreatePath(builder.Root(), u"a\\Box");
+  builder.SetClass(box, u"Kla\u00DFe");
+  builder.SetSecurity(box, Filled(44));
+  builder.SetTime(box, 77);
+  builder.SetLink(box);
+  builder.SetValue(box, {u"SymbolicLinkValue", REGT_LINK, Filled(30)});
+  const Bytes before = builder.Build();
+  const std::unique_ptr<Editor> editor = Edit(before);
+  const CellOffset parent = At(*editor, u"a");
+  KeyFacts old, changed;
+  editor->View().Key(parent, old);
+  ASSERT_EQ(editor->Erase(At(*editor, u"a\\Box")), Ok);
+  editor->View().Key(parent, changed);
+  EXPECT_EQ(changed.lastWritten, Now);
+  EXPECT_EQ(ProblemsOf(editor->Finish()), "");
+  CellOffset key = NoCell;
+  ASSERT_EQ(editor->Create(parent, u"Box", key), Ok);
+  for (const UnicodeView name : {u"some other class, longer than the last", u"Kla\u00DFe"}) {
+    EXPECT_EQ(editor->SetClass(key, name), Ok);
+  }
+  for (const std::size_t size : {99U, 44U, 44U}) {
+    EXPECT_EQ(editor->SetSecurity(key, Filled(size)), Ok);
+  }
+  EXPECT_EQ(editor->SetLink(key, true), Ok);
+  EXPECT_EQ(editor->Put(key, {u"SymbolicLinkValue", REGT_LINK, Filled(30)}), Ok);
+  EXPECT_EQ(editor->SetTime(key, 77), Ok);
+  EXPECT_EQ(editor->SetTime(parent, old.lastWritten), Ok);
+  const Bytes after = editor->Finish();
+  EXPECT_EQ(ProblemsOf(after), "");
+  EXPECT_EQ(DumpOf(after, {.times = true}), DumpOf(before, {.times = true}));
+}
+
+/// A hive to be damaged: Box with children a, b (with child deep), c and two values.
+struct Patient {
+  Bytes image;
+  CellOffset root = NoCell, box = NoCell, a = NoCell, b = NoCell, value = NoCell;
+  std::span<std::uint8_t> At(CellOffset cell) {
+    return std::span(image).subspan(BaseBlockSize + cell + 4U);
+  }
+  std::uint32_t Field(CellOffset cell, std::size_t field) { return Get32(At(cell), field); }
+  std::span<std::uint8_t> List() { return At(Field(box, nk::SubkeyList)); }
+};
+
+Patient MakePatient() {
+  HiveBuilder builder;
+  const auto box = builder.Create(builder.Root(), u"Box");
+  for (const UnicodeView name : {u"a", u"b\\deep", u"c"}) builder.CreatePath(box, name);
+  builder.SetValue(box, {u"big", REGT_BINARY, Filled(20000)});
+  builder.SetValue(box, {u"v", REGT_BINARY, Filled(20)});
+  Patient patient{builder.Build()};
+  const OpenedHive hive = Hive::FromBytes(patient.image, "patient");
+  ValueFacts value;
+  patient.root = hive.hive->Root();
+  hive.hive->Descend(patient.root, u"Box", patient.box);
+  hive.hive->Descend(patient.root, u"Box\\a", patient.a);
+  hive.hive->Descend(patient.root, u"Box\\b", patient.b);
+  hive.hive->FindValue(patient.box, u"big", value);
+  patient.value = value.cell;
+  return patient;
+}
+
+Status Add(Editor& e, CellOffset parent, const UnicodeString& name) {
+  CellOffset key = NoCell;
+  return e.Create(parent, name, key);
+}
+
+/// Changes of the patient, each named by a letter.
+const std::map<char, Status (*)(Editor&, const Patient&)> Changes = {
+    {'R', [](Editor& e, const Patient& p) { return e.Erase(p.root); }},
+    {'B', [](Editor& e, const Patient& p) { return e.Erase(p.box); }},
+    {'A', [](Editor& e, const Patient& p) { return e.Erase(p.a); }},
+    {'N', [](Editor& e, const Patient&) { return e.Erase(NoCell); }},
+    {'V', [](Editor& e, const Patient& p) { return e.Erase(p.value); }},
+    {'b', [](Editor& e, const Patient& p) { return e.EraseValue(p.box, u"big"); }},
+    {'v', [](Editor& e, const Patient& p) { return e.EraseValue(p.box, u"V"); }},
+    {'?', [](Editor& e, const Patient& p) { return e.EraseValue(p.box, u"none"); }},
+    {'s',
+     [](Editor& e, const Patient& p) {
+       return e.Put(p.box, {u"big", REGT_SZ, Filled(9)});
+     }},
+    {'l',
+     [](Editor& e, const Patient& p) {
+       return e.Put(p.a, {Long, REGT_SZ, {}});
+     }},
+    {'n', [](Editor& e, const Patient& p) { return Add(e, p.box, u"x"); }},
+    {'m', [](Editor& e, const Patient& p) { return Add(e, p.a, u"x"); }},
+    {'o', [](Editor& e, const Patient& p) { return Add(e, p.a + 4, u"x"); }},
+    {'0', [](Editor& e, const Patient& p) { return Add(e, p.a, u""); }},
+    {'/', [](Editor& e, const Patient& p) { return Add(e, p.a, u"x\\y"); }},
+    {'L', [](Editor& e, const Patient& p) { return Add(e, p.a, Long.substr(0, 256)); }},
+    {'k', [](Editor& e, const Patient& p) { return e.SetClass(p.b, u""); }},
+    {'K', [](Editor& e, const Patient& p) { return e.SetClass(p.b, Long + Long + Long); }},
+    {'S', [](Editor& e, const Patient& p) { return e.SetSecurity(p.a, Filled(20)); }},
+    {'e', [](Editor& e, const Patient& p) { return e.SetSecurity(p.a, {}); }},
+    {'t', [](Editor& e, const Patient& p) { return e.SetTime(p.a + 8, 1); }}};
+
+struct RefusalRow {
+  const char* what;
+  void (*damage)(Patient&);
+  const char* problem;  ///< that the check names; empty when the hive is sound
+  std::string changes;  ///< each of which is refused
+  Status status = Corrupt;
+};
+
+const RefusalRow Refusals[] = {
+    {"nothing there", [](Patient&) {}, "", "?", Absent},
+    {"no keys", [](Patient&) {}, "", "NVot"},
+    {"not allowed", [](Patient& p) { p.At(p.a)[nk::Flags] |= KeyFlagNoDelete; }, "", "RBAl0/LKe",
+     Denied},
+    {"wild child", [](Patient& p) { Put32(p.List(), 4, 0x7FFFFFF8U); }, "subkeys are not those",
+     "BAn"},
+    {"wild grandchild", [](Patient& p) { Put32(p.At(p.b), nk::SubkeyList, 64); },
+     "Key \\Box\\b: its class, lists", "B"},
+    {"wild segment",
+     [](Patient& p) { Put32(p.At(p.Field(p.Field(p.value, vk::Data), db::List)), 4, 12); },
+     "values can't be read", "Bbs"},
+    {"data of another value",
+     [](Patient& p) {
+       const CellOffset other = Get32(p.At(p.Field(p.box, nk::ValueList)), 4);
+       Put32(p.At(p.value), vk::Data, p.Field(other, vk::Data));
+       Put32(p.At(p.value), vk::DataSize, 20);
+     },
+     "used twice", "Bbsv"},
+    {"class in the list",
+     [](Patient& p) {
+       Put32(p.At(p.b), nk::Class, p.Field(p.box, nk::SubkeyList));
+       Put16(p.At(p.b), nk::ClassSize, 4);
+     },
+     "used twice", "BAkn"},
+    {"no security", [](Patient& p) { Put32(p.At(p.a), nk::Security, p.b); },
+     "security can't be read", "ABmS"},
+};
+
+TEST(Editor, RefusesAndChangesNothing) {
+  for (const RefusalRow& row : Refusals) {
+    SCOPED_TRACE(row.what);
+    Patient patient = MakePatient();
+    row.damage(patient);
+    const std::string problems = ProblemsOf(patient.image);
+    EXPECT_EQ(problems.empty(), *row.problem == 0);
+    EXPECT_NE(problems.find(row.problem), std::string::npos) << problems;
+    const std::unique_ptr<Editor> editor = Edit(patient.image);
+    for (const char change : row.changes) {
+      EXPECT_EQ(Changes.at(change)(*editor, patient), row.status) << change;
+    }
+    EXPECT_FALSE(editor->Changed());
+    EXPECT_TRUE(std::ranges::equal(editor->View().Image(), patient.image));
+  }
+}
+
+TEST(DumpTree, ShowsEachDifference) {
+  std::vector<std::string> dumps;
+  const auto add = [&dumps](const char16_t* name, const RegValue& value, const auto& more) {
+    HiveBuilder builder;
+    const auto key = builder.Create(builder.Root(), name);
+    builder.SetValue(key, value);
+    more(builder, key);
+    dumps.push_back(DumpOf(builder.Build(), {.times = true}));
+  };
+  const auto nothing = [](HiveBuilder&, HiveBuilder::Key) {};
+  const RegValue value{u"v", REGT_SZ, Filled(300)};
+  for (const auto* name : {u"k", u"K", u"\xFFFD", u"\xD800"}) add(name, value, nothing);
+  for (const RegValue& other : {RegValue{u"V", REGT_SZ, Filled(300)},
+                                {u"v", 3, Filled(300)},
+                                {u"v", 1, Filled(300, 1)},
+                                {u"v", 1, Filled(30)},
+                                {u"v", 1, {}}}) {
+    add(u"k", other, nothing);
+  }
+  add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetClass(key, u"x"); });
+  add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetLink(key); });
+  add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetTime(key, 1); });
+  add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetSecurity(key, Filled(20)); });
+  std::ranges::sort(dumps);
+  EXPECT_EQ(std::ranges::adjacent_find(dumps), dumps.end());
+}
+
+TEST(Editor, ChangesAListThatIsOutOfOrder) {
+  Patient patient = MakePatient();
+  std::swap_ranges(patient.List().begin() + 4, patient.List().begin() + 12,
+                   patient.List().begin() + 12);
+  for (const CellOffset key : {patient.a, patient.b}) {
+    const std::unique_ptr<Editor> editor = Edit(patient.image);
+    EXPECT_EQ(editor->Erase(key), Ok);
+    EXPECT_EQ(Add(*editor, patient.box, u"d"), Ok);
+    EXPECT_EQ(ProblemsOf(editor->Finish()), "");
+  }
+}
+
+TEST(Editor, GoesNoDeeperThanTheReader) {
+  const std::unique_ptr<Editor> editor = Edit(HiveBuilder().Build());
+  CellOffset key = editor->View().Root();
+  for (int level = 0; level < Hive::MaxDepth; ++level) editor->Create(key, u"k", key);
+  EXPECT_EQ(editor->Create(key, u"k", key), Denied);
+  EXPECT_EQ(ProblemsOf(editor->Finish()), "");
+}
+
+struct FaultRow {
+  const char* what;
+  void (*damage)(Patient&);
+  const char* problem;
+  const char* refusal = "";  ///< to open an editor
+};
+
+const FaultRow Faults[] = {
+    {"checksum", [](Patient& p) { p.image[100] ^= 1; }, "first block", "not finished"},
+    {"unfinished", [](Patient& p) { Put32(p.image, base::Primary, 9); }, "not finished",
+     "not finished"},
+    {"newer",
+     [](Patient& p) {
+       Put32(p.image, base::Minor, 6);
+       SignBase(p.image);
+     },
+     "", "newer"},
+    {"bin", [](Patient& p) { p.image[BaseBlockSize + 8] ^= 1; }, "bin at 0x0", "hang together"},
+    {"cell", [](Patient& p) { Put32(p.image, BaseBlockSize + p.a, 4); }, "is damaged",
+     "hang together"},
+    {"ring", [](Patient& p) { Put32(p.At(p.Field(p.a, nk::Security)), sk::Next, p.a); },
+     "ring of security", "security"},
+    {"references", [](Patient& p) { Put32(p.At(p.Field(p.a, nk::Security)), sk::References, 9); },
+     "wrong number of keys"},
+    {"hash", [](Patient& p) { Put32(p.List(), 8, 1); }, "wrong hash"},
+    {"order", [](Patient& p) { p.At(p.a)[nk::Name] = 'x'; }, "out of order"},
+    {"count", [](Patient& p) { Put32(p.At(p.box), nk::SubkeyCount, 2); }, "that are counted"},
+    {"parent", [](Patient& p) { Put32(p.At(p.a), nk::Parent, p.root); }, "belong to nothing"},
+    {"longest name", [](Patient& p) { Put32(p.At(p.root), nk::MaxName, 1); }, "Key \\: a subkey"},
+    {"most data", [](Patient& p) { Put32(p.At(p.box), nk::MaxValueData, 1); }, "a value has"},
+    {"lost value", [](Patient& p) { Put32(p.At(p.box), nk::ValueCount, 1); }, "2 cells are in use"},
+    {"list without subkeys", [](Patient& p) { Put32(p.At(p.a), nk::SubkeyList, 32); },
+     "none are counted"},
+};
+
+TEST(CheckImage, NamesEachFault) {
+  for (const FaultRow& row : Faults) {
+    SCOPED_TRACE(row.what);
+    Patient patient = MakePatient();
+    row.damage(patient);
+    const std::string problems = ProblemsOf(patient.image);
+    EXPECT_EQ(problems.empty(), *row.problem == 0);
+    EXPECT_NE(problems.find(row.problem), std::string::npos) << problems;
+    const OpenedHive hive = Hive::FromBytes(patient.image, "/x/SYSTEM");
+    ASSERT_TRUE(hive.hive) << hive.error;
+    const OpenedEditor editor = Editor::Open(*hive.hive, "/x/SYSTEM", [] { return Now; });
+    EXPECT_EQ(editor.editor != nullptr, *row.refusal == 0) << editor.error;
+    EXPECT_NE(editor.error.find(row.refusal), std::string::npos) << editor.error;
+    EXPECT_EQ(editor.error.find("/x/SYSTEM can't be changed: "),
+              *row.refusal == 0 ? std::string::npos : 0);
+  }
+}
+
+TEST(Editor, FinishMarksTheFileAsWritten) {
+  const OpenedHive dirty = Hive::FromBytes(DirtyPrimary(), "d", {NewLog({0, 1})});
+  OpenedEditor opened = Editor::Open(*dirty.hive, "d", [] { return Now; });
+  ASSERT_TRUE(opened.editor) << opened.error;
+  EXPECT_FALSE(opened.editor->Changed());
+  for (const std::uint32_t log : {0U, 1000U}) {
+    const Bytes image = opened.editor->Finish(log);
+    const std::uint32_t sequence = std::max(log, dirty.hive->Facts().newestSequence) + 1;
+    EXPECT_EQ(Get32(image, base::Primary), sequence);
+    EXPECT_EQ(Get32(image, base::Secondary), sequence);
+    EXPECT_EQ(Get64(image, base::Time), Now);
+    EXPECT_EQ(Get64(image, BaseBlockSize + 20), Now);
+    EXPECT_EQ(ProblemsOf(image), "");
+  }
+}
+
+/// Changes all over a hive, without a model: a tenth of the keys and values go, some come. Only
+/// names that other readers take: they stop at a NUL or half a character.
+void ChangeAtRandom(Editor& editor) {
+  std::mt19937 random(7);
+  std::vector<CellOffset> keys;
+  std::vector<RegValue> values;
+  const Hive& hive = editor.View();
+  hive.Walk(hive.Root(), [&keys](const Subkey& key, int) { keys.push_back(key.key); });
+  KeyFacts facts;
+  for (const CellOffset key : keys) {
+    if (hive.Key(key, facts) != Ok) continue;  // went with a key above it
+    if (facts.subkeyCount < 50 && key != hive.Root() && random() % 10 == 0) {
+      EXPECT_EQ(editor.Erase(key), (facts.flags & KeyFlagNoDelete) != 0 ? Denied : Ok);
+      continue;
+    }
+    ASSERT_EQ(hive.Values(key, values), Ok);
+    Status status = Ok;
+    const auto rarely = [&](std::uint32_t odds) { return status == Ok && random() % odds == 0; };
+    for (const RegValue& value : values) {
+      if (rarely(10)) status = editor.EraseValue(key, value.name);
+    }
+    CellOffset child = NoCell;
+    if (rarely(20)) status = editor.Create(key, Names[random() % 2 * 3], child);
+    const std::size_t size = rarely(100) ? 20000 : 30;
+    if (rarely(20)) status = editor.Put(key, {u"new", REGT_BINARY, Filled(size)});
+    ASSERT_EQ(status, Ok);
+  }
+}
+
+void ExpectWitnesses(const Bytes& image) {
+  const TempFolder folder;
+  const std::string path = folder.Store("changed", image).string();
+  const OpenedHive hive = Hive::FromBytes(image, path);
+  ASSERT_TRUE(hive.hive) << hive.error;
+  std::size_t keys = 0;
+  EXPECT_EQ(hive.hive->Walk(hive.hive->Root(), [&keys](const Subkey&, int) { ++keys; }), Ok);
+  for (const Witness& witness : Witnesses) {
+    const std::string program = witness.program;
+    if (OutputOf("command -v " + program).empty()) continue;
+    EXPECT_EQ(CountOf(OutputOf(program + " " + path), witness.key), keys) << program;
+  }
+  if (const char* check = std::getenv("SCRUBWELL_HIVECHECK")) {
+    const std::string said = OutputOf(std::string("python3 ") + check + " " + path);
+    EXPECT_NE(said.find("'unreachable': 0,"), std::string::npos) << said;
+    EXPECT_NE(said.find("'errors': {}"), std::string::npos) << said;
+  }
+}
+
+TEST(Editor, RealHivesStayWhole) {
+  const char* data = std::getenv("SCRUBWELL_DATA");
+  if (data == nullptr) {
+    std::printf("[ NOTE     ] SCRUBWELL_DATA is not set\n");
+    return;
+  }
+  const auto unpack = [data](const std::string& name) {
+    const std::string text = OutputOf("xz -dc " + std::string(data) + "/hives/" + name + ".xz");
+    return Bytes(text.begin(), text.end());
+  };
+  for (const char* name :
+       {"100_sub_keys.hiv", "win10-dirty-NTUSER.DAT", "win7-NTUSER.DAT", "win7-SYSTEM",
+        "win81-UsrClass.dat", "winme-SOFTWARE", "winxp-NTUSER.DAT"}) {
+    SCOPED_TRACE(name);
+    const std::string base = name;
+    const OpenedHive hive =
+        Hive::FromBytes(unpack(base), base, {unpack(base + ".LOG1"), unpack(base + ".LOG2")});
+    ASSERT_TRUE(hive.hive) << hive.error;
+    const OpenedEditor editor = Editor::Open(*hive.hive, base, [] { return Now; });
+    ASSERT_TRUE(editor.editor) << editor.error;
+    ChangeAtRandom(*editor.editor);
+    const Bytes image = editor.editor->Finish();
+    EXPECT_EQ(ProblemsOf(image), "");
+    EXPECT_TRUE(DumpOf(image, {.times = true}) == DumpTree(editor.editor->View(), {.times = true}));
+    ExpectWitnesses(image);
+  }
+}
+
+}  // namespace
+}  // namespace scrubwell::regf
