@@ -49,6 +49,15 @@ Status MemoryShell::LinkTarget(UnicodeView linkFile, UnicodeString& out) {
   return out.empty() ? Status::Absent : Status::Ok;
 }
 
+Status MemoryShell::ItemListPath(const Bytes& list, UnicodeString& out) {
+  const Status status = shared_.faults.Pass(u"item list");
+  if (status != Status::Ok) return status;
+  const auto it = lists.find(list);
+  if (it == lists.end()) return Status::Unknown;
+  out = it->second;
+  return out.empty() ? Status::Absent : Status::Ok;
+}
+
 Status MemoryResources::StringResource(UnicodeView file, std::uint32_t id, UnicodeString& out) {
   const Status status = shared_.faults.Pass(file);
   if (status != Status::Ok) return status;

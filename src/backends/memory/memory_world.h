@@ -61,11 +61,14 @@ class MemoryShell final : public IShell {
  public:
   std::map<int, UnicodeString> folders;  ///< by CSIDL
   NameTable<UnicodeString> links;        ///< link file to target; an empty target is no file
+  std::map<Bytes, UnicodeString> lists;  ///< shell item list to path; an empty path is no file
 
   explicit MemoryShell(MemoryShared shared) : shared_(shared) {}
   Status SpecialFolder(int csidl, UnicodeString& out) override;
   /// Unknown for a link that was not told.
   Status LinkTarget(UnicodeView linkFile, UnicodeString& out) override;
+  /// Unknown for a list that was not told.
+  Status ItemListPath(const Bytes& list, UnicodeString& out) override;
 
  private:
   MemoryShared shared_;

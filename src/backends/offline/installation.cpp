@@ -72,6 +72,21 @@ bool MoveToOwnLetter(DriveTree& drives, char16_t letter, INotes& notes, Installa
   return true;
 }
 
+// Before Windows NT the version is kept elsewhere and in another form ("4.90.3000").
+void ReadVersionBeforeNT(Installation& out) {
+  static constexpr std::array<std::pair<UnicodeView, OsVersion>, 3> kVersions = {{
+      {u"4.00", OsVersion::Win95},
+      {u"4.10", OsVersion::Win98},
+      {u"4.90", OsVersion::WinME},
+  }};
+  const UnicodeString number = HiveText(out.software->Raw(), kWindowsKey, u"VersionNumber");
+  for (const auto& [version, os] : kVersions) {
+    if (!number.starts_with(version)) continue;
+    out.version = version;
+    out.os = os;
+  }
+}
+
 void ReadVersion(Installation& out) {
   const regf::Hive& software = out.software->Raw();
   UnicodeString build = HiveText(software, kNtKey, u"CurrentBuildNumber");
@@ -86,6 +101,7 @@ void ReadVersion(Installation& out) {
   out.productName = HiveText(software, kNtKey, u"ProductName");
   if (out.productName.empty()) out.productName = HiveText(software, kWindowsKey, u"ProductName");
   out.os = OsVersionOf(out.build, out.version);
+  if (out.build == 0 && out.version.empty()) ReadVersionBeforeNT(out);
   // 11 still calls itself 10 there.
   if (out.os == OsVersion::Win11) {
     out.productName = Replace(out.productName, u"Windows 10", u"Windows 11");
@@ -157,6 +173,11 @@ RegfHive* HiveStore::Open(UnicodeView path, Status& why, std::string& error) {
             (why == Status::Absent ? ": there is no such file" : ": the file can't be reached");
     return nullptr;
   }
+  for (const auto& hive : hives_) {
+    if (hive->File() == file) return hive.get();
+  }
+  const auto replacement = inPlaceOf_.find(file);
+  const std::string& source = replacement == inPlaceOf_.end() ? file : replacement->second;
   std::vector<std::filesystem::path> logs;
   for (const UnicodeView ending :
        {UnicodeView(u".LOG"), UnicodeView(u".LOG1"), UnicodeView(u".LOG2")}) {
@@ -165,7 +186,7 @@ RegfHive* HiveStore::Open(UnicodeView path, Status& why, std::string& error) {
       logs.emplace_back(log);
     }
   }
-  regf::OpenedHive opened = regf::Hive::Open(file, logs);
+  regf::OpenedHive opened = regf::Hive::Open(source, logs);
   if (opened.hive == nullptr) {
     why = Status::Corrupt;
     error = opened.error;
@@ -175,8 +196,14 @@ RegfHive* HiveStore::Open(UnicodeView path, Status& why, std::string& error) {
     notes_.Note(UnicodeString(path) +
                 u": was not closed properly and has no usable log; what is read may be stale");
   }
-  hives_.push_back(std::make_unique<RegfHive>(std::move(opened.hive)));
+  hives_.push_back(std::make_unique<RegfHive>(std::move(opened.hive), UnicodeString(path), file));
+  if (done_) hives_.back()->AllowChanges(done_);
   return hives_.back().get();
+}
+
+void HiveStore::AllowChanges(std::function<void(Status)> done) {
+  done_ = std::move(done);
+  for (const auto& hive : hives_) hive->AllowChanges(done_);
 }
 
 UnicodeString Installation::Config(UnicodeView hive) const {
@@ -222,6 +249,7 @@ bool FindInstallation(DriveTree& drives, char16_t letter, OfflineFiles& files, H
     error = "the drive letter of the installation is taken by another folder";
     return false;
   }
+  hives.SetLetter(out.Letter());
   files.SetRedirection({});  // forgets the answers under the former letter
   ReadVersion(out);
   ReadControlSet(out);

@@ -1,6 +1,8 @@
 // Where Windows lies on its volume, which Windows it is, and its hive files.
 #pragma once
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -15,13 +17,24 @@ namespace scrubwell::offline {
 class HiveStore {
  public:
   HiveStore(OfflineFiles& files, INotes& notes) : files_(files), notes_(notes) {}
-  /// Null and `why` and one sentence when the hive can't be read.
+  /// Null and `why` and one sentence when the hive can't be read. Each file is opened once.
   RegfHive* Open(UnicodeView path, Status& why, std::string& error);
+  /// Every hive, also those opened from now on, may be changed; `done` hears each outcome.
+  void AllowChanges(std::function<void(Status)> done);
+  /// Files to read in place of others: an interrupted clean's finished work.
+  void SetReplacements(std::map<std::string, std::string> files) { inPlaceOf_ = std::move(files); }
+  /// All hives opened so far lie on the drive that has got this letter.
+  void SetLetter(char16_t letter) {
+    for (const auto& hive : hives_) hive->SetLetter(letter);
+  }
+  [[nodiscard]] const std::vector<std::unique_ptr<RegfHive>>& All() const { return hives_; }
 
  private:
   OfflineFiles& files_;
   INotes& notes_;
   std::vector<std::unique_ptr<RegfHive>> hives_;
+  std::function<void(Status)> done_;
+  std::map<std::string, std::string> inPlaceOf_;
 };
 
 /// One Windows on a volume.

@@ -1,14 +1,8 @@
 #include "backends/offline/offline_backend.h"
 
-#include "backends/common/composed_registry.h"
-#include "backends/offline/offline_browser.h"
-#include "backends/offline/offline_profiles.h"
-#include "backends/offline/offline_resources.h"
-#include "backends/offline/offline_services.h"
-#include "backends/offline/offline_shell.h"
-#include "backends/offline/offline_tasks.h"
+#include "backends/offline/commit.h"
+#include "backends/offline/offline_parts.h"
 #include "backends/offline/registry_read.h"
-#include "backends/offline/text_services.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell {
@@ -22,16 +16,15 @@ constexpr unsigned kDefaultCodePage = 1252;
 // Hives that the running system has in the machine's root beside those that are always needed.
 constexpr UnicodeView kFurtherHives[] = {u"SAM", u"SECURITY", u"COMPONENTS", u"DRIVERS"};
 
-class Images final : public IImages {
- public:
-  UnicodeString FileName(int id, int) override { return u"icon" + IntToStr(id) + u".svg"; }
-};
+}  // namespace
 
-unsigned CodePageOf(const Installation& installation) {
+unsigned offline::CodePageOf(const Installation& installation) {
   const UnicodeString text = offline::HiveText(
       installation.system->Raw(), installation.controlSetKey + u"\\Control\\Nls\\CodePage", u"ACP");
   return static_cast<unsigned>(std::max(0, StrToIntDef(text, kDefaultCodePage)));
 }
+
+namespace {
 
 ComposedSettings SettingsOf(const Installation& installation, const UserProfile* user) {
   ComposedSettings settings;
@@ -43,56 +36,6 @@ ComposedSettings SettingsOf(const Installation& installation, const UserProfile*
 }
 
 }  // namespace
-
-// Built in two steps: what is needed to know the target, then the platform over it.
-struct OfflineBackend::Parts {
-  struct World {
-    World(Parts& parts, const ComposedSettings& settings)
-        : registry(settings),
-          system(registry, parts.installation, parts.user),
-          text(CodePageOf(parts.installation)),
-          shell(registry, system, parts.files, text.CodePage(), parts.user != nullptr),
-          resources(registry, parts.files),
-          profiles(registry, parts.files, text, parts.installation.systemRoot),
-          services(registry),
-          tasks(registry, system, parts.files),
-          firewall(registry, system, resources),
-          browser(registry, shell, parts.files, text, parts.notes),
-          platform{registry, parts.files, system,   text,    shell,  resources,   profiles,
-                   services, tasks,       firewall, browser, images, parts.notes, {}} {}
-
-    ComposedRegistry registry;
-    offline::OfflineSystem system;
-    offline::TextServices text;
-    offline::OfflineShell shell;
-    offline::OfflineResources resources;
-    offline::OfflineProfiles profiles;
-    offline::OfflineServices services;
-    offline::OfflineTasks tasks;
-    offline::OfflineFirewall firewall;
-    offline::OfflineBrowser browser;
-    Images images;
-    TPlatform platform;
-  };
-
-  bool AddDrives(const OfflineOptions& options, std::string& error);
-  bool PickUser(const std::string& wanted, std::string& error);
-  void MountHives();
-  void MountFile(UnicodeView place, const UnicodeString& path);
-  void MountUsers();
-  void NoteUnmappedDrives();
-  void DescribeTarget(const std::string& folder);
-
-  offline::DriveTree drives;
-  offline::OfflineFiles files{drives};
-  offline::NoteList notes;
-  offline::HiveStore hives{files, notes};
-  Installation installation;
-  std::vector<UserProfile> users;
-  const UserProfile* user = nullptr;
-  std::unique_ptr<World> world;
-  TargetFacts target;
-};
 
 bool OfflineBackend::Parts::AddDrives(const OfflineOptions& options, std::string& error) {
   for (const DriveOption& drive : options.drives) {
@@ -168,6 +111,12 @@ void OfflineBackend::Parts::MountHives() {
   world->registry.OpenKey({RootKey::CurrentUser, u"Software\\Classes"}, info);
 }
 
+std::string OfflineBackend::Parts::ConfigFolder() {
+  std::string folder;
+  files.LocalPath(installation.systemRoot + u"\\System32\\config", folder);
+  return folder;
+}
+
 void OfflineBackend::Parts::NoteUnmappedDrives() {
   static constexpr UnicodeView kPrefix = u"\\DosDevices\\";
   std::vector<RegValue> values;
@@ -204,7 +153,39 @@ void OfflineBackend::Parts::DescribeTarget(const std::string& folder) {
 }
 
 OfflineOpenResult OfflineBackend::Open(const OfflineOptions& options) {
+  OfflineOpenResult opened = Open(options, nullptr);
+  if (opened.backend == nullptr) return opened;
+  Parts& parts = *opened.backend->parts_;
+  const offline::PendingCommit pending = offline::FindPending(parts.ConfigFolder(), parts.drives);
+  if (pending.state == offline::PendingCommit::State::None) return opened;
+  if (pending.state == offline::PendingCommit::State::Preparing) {
+    parts.notes.Note(
+        u"An earlier clean was interrupted before it changed anything; its left-over "
+        u"files are to be removed with recover");
+    return opened;
+  }
+  FinishedState finished;
+  if (pending.state == offline::PendingCommit::State::Unreadable ||
+      !offline::FinishedView(pending, finished.hives, finished.files)) {
+    const std::string error = pending.error.empty()
+                                  ? options.folder +
+                                        ": an earlier clean was interrupted and can't "
+                                        "be finished"
+                                  : pending.error;
+    return {nullptr, OpenFailure::Unreadable, error};
+  }
+  opened = Open(options, &finished);
+  if (opened.backend == nullptr) return opened;
+  opened.backend->parts_->notes.Note(
+      u"An earlier clean was interrupted while it was written; what is shown is the state that "
+      u"recover brings about");
+  return opened;
+}
+
+OfflineOpenResult OfflineBackend::Open(const OfflineOptions& options,
+                                       const FinishedState* finished) {
   auto parts = std::make_unique<Parts>();
+  if (finished != nullptr) parts->hives.SetReplacements(finished->hives);
   std::string error;
   if (!parts->drives.Add(u'C', options.folder, DriveKind::Fixed, error) ||
       !offline::FindInstallation(parts->drives, u'C', parts->files, parts->hives, parts->notes,
@@ -214,6 +195,7 @@ OfflineOpenResult OfflineBackend::Open(const OfflineOptions& options) {
   if (!parts->AddDrives(options, error) || !parts->PickUser(options.user, error)) {
     return {nullptr, OpenFailure::WrongUse, std::move(error)};
   }
+  if (finished != nullptr) parts->files.SetChanges(finished->files);
   parts->world =
       std::make_unique<Parts::World>(*parts, SettingsOf(parts->installation, parts->user));
   if (!parts->world->text.IsExact()) {

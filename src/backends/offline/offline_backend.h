@@ -41,6 +41,9 @@ struct TargetFacts {
 };
 
 class OfflineBackend;
+namespace offline {
+struct BackendAccess;
+}
 
 enum class OpenFailure : std::uint8_t {
   None,
@@ -54,12 +57,14 @@ struct OfflineOpenResult {
   std::string error;  ///< one sentence, path and reason, without a final full stop
 };
 
-/// Everything is opened for reading only, and every request for a change is answered Denied.
+/// Everything is opened for reading only, and every request for a change is answered Denied; see
+/// CleanSession for changes.
 /// Not safe for use from several threads at once.
 class OfflineBackend {
  public:
   /// Finds the installation and its users and opens the hives. A damaged hive that the scan can do
-  /// without makes a note; its keys are then Unknown.
+  /// without makes a note; its keys are then Unknown. After an interrupted clean its finished state
+  /// is shown, with a note.
   static OfflineOpenResult Open(const OfflineOptions& options);
 
   ~OfflineBackend();
@@ -73,7 +78,10 @@ class OfflineBackend {
   [[nodiscard]] const std::vector<UnicodeString>& Notes() const;
 
  private:
+  friend struct offline::BackendAccess;
   struct Parts;
+  struct FinishedState;
+  static OfflineOpenResult Open(const OfflineOptions& options, const FinishedState* finished);
   explicit OfflineBackend(std::unique_ptr<Parts> parts);
   std::unique_ptr<Parts> parts_;
 };

@@ -40,6 +40,7 @@ void OfflineBrowser::ReadFile(UnicodeView file, TStringList& names, AddressIndex
     return;
   }
   index.status = Status::Ok;
+  if (&names == &index.visited) index.files.emplace_back(file);
   for (const msiecf::UrlRecord& record : records) {
     names.push_back(text_.FromAnsi(record.location));
   }
@@ -78,6 +79,10 @@ const AddressIndex& OfflineBrowser::Load() {
     index.status = Status::Unknown;
     notes_.Note(u"The browser keeps its addresses in a database; they are not checked");
   }
+  for (const UnicodeString& name : index.visited) {
+    const UnicodeView address = AddressOfName(name);
+    if (!address.empty()) index.addresses.emplace(address);
+  }
   return index;
 }
 
@@ -93,10 +98,9 @@ Status OfflineBrowser::Urls(TStringList& out) {
 }
 
 Status OfflineBrowser::QueryUrl(UnicodeView url) {
-  TStringList urls;
-  const Status status = Urls(urls);
-  if (status != Status::Ok) return status;
-  return std::find(urls.begin(), urls.end(), url) == urls.end() ? Status::Absent : Status::Ok;
+  const AddressIndex& index = Load();
+  if (index.status != Status::Ok) return index.status;
+  return index.addresses.contains(UnicodeString(url)) ? Status::Ok : Status::Absent;
 }
 
 Status OfflineBrowser::CacheNames(TStringList& out) {
@@ -106,8 +110,35 @@ Status OfflineBrowser::CacheNames(TStringList& out) {
   return index.status;
 }
 
-Status OfflineBrowser::RemoveUrl(UnicodeView) {
-  return Status::Denied;
+// Every record of the address goes, from whichever file holds it. All files are worked out before
+// the first is written, so that a damaged one leaves the others as they were.
+Status OfflineBrowser::RemoveUrl(UnicodeView url) {
+  const Status known = QueryUrl(url);
+  if (known != Status::Ok) return known;
+  std::vector<std::pair<UnicodeView, Bytes>> changed;
+  for (const UnicodeString& file : index_->files) {
+    Bytes bytes;
+    std::vector<msiecf::UrlRecord> records;
+    Status status = files_.Read(file, FsView::Physical, msiecf::kMaxFileSize, bytes);
+    if (status == Status::Ok) status = msiecf::ReadUrls(bytes, records);
+    if (status != Status::Ok) return status;
+    bool holds = false;
+    for (const msiecf::UrlRecord& record : records) {
+      if (AddressOfName(text_.FromAnsi(record.location)) != url) continue;
+      status = msiecf::EraseRecord(bytes, record.location);
+      if (status != Status::Ok) return status;
+      holds = true;
+    }
+    if (holds) changed.emplace_back(file, std::move(bytes));
+  }
+  for (const auto& [file, bytes] : changed) {
+    const Status status = files_.Write(file, bytes);
+    if (status != Status::Ok) return status;
+  }
+  std::erase_if(index_->visited,
+                [url](const UnicodeString& name) { return AddressOfName(name) == url; });
+  index_->addresses.erase(UnicodeString(url));
+  return changed.empty() ? Status::Absent : Status::Ok;
 }
 
 }  // namespace scrubwell::offline

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <unordered_set>
 
 #include "backends/offline/offline_shell.h"
 
@@ -10,12 +11,14 @@ namespace scrubwell::offline {
 /// What the address files of one user hold.
 struct AddressIndex {
   Status status = Status::Unknown;
-  TStringList visited;  ///< names in the history's files
-  TStringList cached;   ///< names in the cache's file
+  TStringList visited;                          ///< names in the history's files
+  TStringList cached;                           ///< names in the cache's file
+  TStringList files;                            ///< the history's files that could be read
+  std::unordered_set<UnicodeString> addresses;  ///< of the visited names
 };
 
 /// Reads the address files that the browser kept up to version 9. Later ones keep a database, which
-/// is not read: the history is then Unknown. Removal is Denied.
+/// is not read: the history is then Unknown.
 class OfflineBrowser final : public IBrowserHistory {
  public:
   OfflineBrowser(IRegistry& registry, OfflineShell& shell, OfflineFiles& files, ITextServices& text,

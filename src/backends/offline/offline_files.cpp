@@ -59,6 +59,16 @@ Status ReadAll(int fd, std::size_t size, Bytes& out) {
   return Status::Ok;
 }
 
+std::string LocalOf(const Found& found) {
+  const std::string relative =
+      found.isFolder ? found.folder->Relative() : found.folder->RelativeOf(found.entry);
+  return found.folder->Owner().canonical + (relative.empty() ? "" : "/" + relative);
+}
+
+bool IsThere(const FileChange& change) {
+  return change.kind == FileChange::Kind::Written || change.kind == FileChange::Kind::FolderMade;
+}
+
 }  // namespace
 
 void OfflineFiles::SetRedirection(RedirectionRules rules) {
@@ -105,7 +115,7 @@ Status OfflineFiles::Find(UnicodeView path, FsView view, Found& out) {
   return drives_.Resolve(cut, out);
 }
 
-OfflineFiles::Answer OfflineFiles::Look(UnicodeView path, FsView view) {
+OfflineFiles::Answer OfflineFiles::LookOnDisk(UnicodeView path, FsView view) {
   Answer answer;
   Found found;
   answer.status = Find(path, view, found);
@@ -119,6 +129,16 @@ OfflineFiles::Answer OfflineFiles::Look(UnicodeView path, FsView view) {
       answer.status = Status::Ok;
     }
   }
+  return answer;
+}
+
+OfflineFiles::Answer OfflineFiles::Look(UnicodeView path, FsView view) {
+  FileTarget target;
+  if (!OverlayTarget(path, view, target)) return LookOnDisk(path, view);
+  const FileChange& change = *ChangeOf(target.local);
+  Answer answer;
+  answer.status = target.exists ? Status::Ok : Status::Absent;
+  answer.info = {target.isFolder, change.data.size()};
   return answer;
 }
 
@@ -136,7 +156,7 @@ Status OfflineFiles::Stat(UnicodeView path, FsView view, FileInfo& out) {
   return known->second.status;
 }
 
-Status OfflineFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& out) {
+Status OfflineFiles::ListOnDisk(UnicodeView path, FsView view, std::vector<DirEntry>& out) {
   out.clear();
   Found found;
   const Status status = Find(path, view, found);
@@ -169,6 +189,15 @@ Status OfflineFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& 
 
 Status OfflineFiles::Read(UnicodeView path, FsView view, std::size_t limit, Bytes& out) {
   out.clear();
+  FileTarget target;
+  if (OverlayTarget(path, view, target)) {
+    if (!target.exists) return Status::Absent;
+    if (target.isFolder) return Status::Denied;
+    const FileChange& change = *ChangeOf(target.local);
+    if (change.data.size() > limit) return Status::Corrupt;
+    out = change.data;
+    return Status::Ok;
+  }
   Found found;
   const Status status = Find(path, view, found);
   if (status != Status::Ok) return status;
@@ -187,25 +216,184 @@ Status OfflineFiles::LocalPath(UnicodeView path, std::string& out, FsView view) 
   Found found;
   const Status status = Find(path, view, found);
   if (status != Status::Ok) return status;
-  const std::string relative =
-      found.isFolder ? found.folder->Relative() : found.folder->RelativeOf(found.entry);
-  out = found.folder->Owner().canonical + (relative.empty() ? "" : "/" + relative);
+  out = LocalOf(found);
+  const FileChange* const change = ChangeOf(out);
+  const bool gone = change != nullptr && (change->kind == FileChange::Kind::Erased ||
+                                          change->kind == FileChange::Kind::FolderErased);
+  return gone ? Status::Absent : Status::Ok;
+}
+
+const FileChange* OfflineFiles::ChangeOf(const std::string& local) const {
+  const auto it = changes_.find(local);
+  return it == changes_.end() ? nullptr : &it->second;
+}
+
+void OfflineFiles::SetChanges(FileChanges changes) {
+  changes_ = std::move(changes);
+  for (Answers& answers : answers_) answers.clear();
+}
+
+// This machine's path of a folder that is there, on the disk or among the changes.
+Status OfflineFiles::LocalFolder(const WinPath& path, std::string& local) {
+  Found found;
+  Status status = drives_.Resolve(path, found);
+  if (status == Status::Ok) {
+    if (!found.isFolder) return Status::Absent;
+    local = LocalOf(found);
+  } else if (status == Status::Absent && !path.parts.empty()) {
+    FileTarget target;
+    status = TargetOf(path, target);
+    if (status == Status::Ok && !target.isFolder) status = Status::Absent;
+    local = target.local;
+  }
+  if (status != Status::Ok) return status;
+  const FileChange* const change = ChangeOf(local);
+  return change != nullptr && !IsThere(*change) ? Status::Absent : Status::Ok;
+}
+
+Status OfflineFiles::TargetOf(const WinPath& path, FileTarget& out) {
+  if (path.parts.empty()) return Status::Denied;
+  out = {};
+  out.path = PathText(path);
+  WinPath parent = path;
+  parent.parts.pop_back();
+  std::string folder;
+  Status status = LocalFolder(parent, folder);
+  if (status != Status::Ok) return status;
+  Found found;
+  Found holder;
+  status = drives_.Resolve(path, found);
+  if (status == Status::Ok) {
+    std::vector<std::size_t> entries;
+    const UnicodeView name = StripComponent(path.parts.back(), true);
+    if (drives_.Resolve(parent, holder) != Status::Ok) return Status::Unknown;
+    if (holder.folder->Find(path.parts.back(), entries) != Status::Ok) {
+      holder.folder->Find(name, entries);
+    }
+    if (entries.size() != 1) return Status::Unknown;
+    if (holder.folder->Entries()[entries[0]].kind == Folder::Kind::Link) return Status::Denied;
+    out.local = LocalOf(found);
+    out.exists = true;
+    out.isFolder = found.isFolder;
+  } else if (status == Status::Absent) {
+    out.local = folder + "/" + ToUtf8(path.parts.back());
+  } else {
+    return status;
+  }
+  if (const FileChange* const change = ChangeOf(out.local)) {
+    out.exists = IsThere(*change);
+    out.isFolder = change->kind == FileChange::Kind::FolderMade;
+  }
   return Status::Ok;
 }
 
-// The disk of a switched-off system is not changed outside of a transaction, which this box does
-// not begin by itself.
-Status OfflineFiles::Write(UnicodeView, const Bytes&) {
-  return Status::Denied;
+Status OfflineFiles::Target(UnicodeView path, FileTarget& out) {
+  WinPath cut;
+  return ParsePath(path, cut) ? TargetOf(cut, out) : Status::Unknown;
 }
-Status OfflineFiles::EraseFile(UnicodeView) {
-  return Status::Denied;
+
+// True when the path names something that was changed.
+bool OfflineFiles::OverlayTarget(UnicodeView path, FsView view, FileTarget& out) {
+  WinPath cut;
+  if (changes_.empty() || !ParsePath(path, cut)) return false;
+  if (view == FsView::Redirected) Redirect(cut);
+  return TargetOf(cut, out) == Status::Ok && ChangeOf(out.local) != nullptr;
 }
-Status OfflineFiles::EraseFolder(UnicodeView) {
-  return Status::Denied;
+
+Status OfflineFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& out) {
+  if (changes_.empty()) return ListOnDisk(path, view, out);
+  out.clear();
+  WinPath cut;
+  if (!ParsePath(path, cut)) return Status::Unknown;
+  if (view == FsView::Redirected) Redirect(cut);
+  std::string local;
+  Status status = LocalFolder(cut, local);
+  if (status != Status::Ok) return status;
+  status = ListOnDisk(path, view, out);
+  if (status != Status::Ok && status != Status::Absent) return status;
+  const std::string below = local + "/";
+  for (auto it = changes_.lower_bound(below); it != changes_.end() && it->first.starts_with(below);
+       ++it) {
+    const std::string name = it->first.substr(below.size());
+    if (name.find('/') != std::string::npos) continue;
+    const UnicodeString entryName = FromUtf8(name);
+    std::erase_if(out, [&](const DirEntry& entry) { return SameText(entry.name, entryName); });
+    const bool isFolder = it->second.kind == FileChange::Kind::FolderMade;
+    if (IsThere(it->second)) out.push_back({entryName, isFolder, it->second.data.size()});
+  }
+  return Status::Ok;
 }
-Status OfflineFiles::Backup(UnicodeView) {
-  return Status::Denied;
+
+Status OfflineFiles::Change(JournalAction action, const FileTarget& target, FileChange change) {
+  const Bytes* const data = change.kind == FileChange::Kind::Written ? &change.data : nullptr;
+  if (!observer_->BeforeFileChange(action, target, data)) return Status::Denied;
+  change.path = target.path;
+  // A folder that is made again where one was to go just stays.
+  const FileChange* const before = ChangeOf(target.local);
+  if (change.kind == FileChange::Kind::FolderMade && before != nullptr) {
+    changes_.erase(target.local);
+  } else {
+    changes_[target.local] = std::move(change);
+  }
+  for (Answers& answers : answers_) answers.clear();
+  return Status::Ok;
+}
+
+void OfflineFiles::SetAttributes(const FileTarget& target, const FileAttributes& attributes) {
+  if (const auto it = changes_.find(target.local); it != changes_.end()) {
+    it->second.attributes = attributes;
+  }
+}
+
+Status OfflineFiles::Write(UnicodeView path, const Bytes& data) {
+  if (observer_ == nullptr) return Status::Denied;
+  FileTarget target;
+  const Status status = Target(path, target);
+  if (status != Status::Ok) return status;
+  if (target.exists && target.isFolder) return Status::Denied;
+  return Change(JournalAction::WriteFile, target, {FileChange::Kind::Written, {}, data, {}});
+}
+
+Status OfflineFiles::EraseFile(UnicodeView path) {
+  if (observer_ == nullptr) return Status::Denied;
+  FileTarget target;
+  const Status status = Target(path, target);
+  if (status != Status::Ok) return status;
+  if (!target.exists) return Status::Absent;
+  if (target.isFolder) return Status::Denied;
+  return Change(JournalAction::EraseFile, target, {FileChange::Kind::Erased, {}, {}, {}});
+}
+
+Status OfflineFiles::EraseFolder(UnicodeView path) {
+  if (observer_ == nullptr) return Status::Denied;
+  FileTarget target;
+  std::vector<DirEntry> entries;
+  Status status = Target(path, target);
+  if (status == Status::Ok && !target.exists) status = Status::Absent;
+  if (status == Status::Ok) status = List(path, FsView::Physical, entries);
+  if (status != Status::Ok) return status;
+  if (!target.isFolder || !entries.empty()) return Status::Denied;
+  return Change(JournalAction::EraseFolder, target, {FileChange::Kind::FolderErased, {}, {}, {}});
+}
+
+Status OfflineFiles::MakeFolder(UnicodeView path) {
+  if (observer_ == nullptr) return Status::Denied;
+  FileTarget target;
+  const Status status = Target(path, target);
+  if (status != Status::Ok || (target.exists && target.isFolder)) return status;
+  if (target.exists) return Status::Denied;
+  return Change(JournalAction::WriteFile, target, {FileChange::Kind::FolderMade, {}, {}, {}});
+}
+
+Status OfflineFiles::Backup(UnicodeView path) {
+  if (observer_ == nullptr) return Status::Denied;
+  FileTarget target;
+  const Status status = Target(path, target);
+  if (status != Status::Ok) return status;
+  if (!target.exists) return Status::Absent;
+  if (target.isFolder) return Status::Denied;
+  return observer_->BeforeFileChange(JournalAction::KeepFile, target, nullptr) ? Status::Ok
+                                                                               : Status::Denied;
 }
 
 }  // namespace scrubwell::offline

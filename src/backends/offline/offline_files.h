@@ -1,8 +1,12 @@
 // The files of the switched-off system.
 #pragma once
 
+#include <map>
+#include <optional>
 #include <unordered_map>
 
+#include "backends/offline/clean_session.h"
+#include "backends/offline/disk.h"
 #include "backends/offline/drive_tree.h"
 
 namespace scrubwell::offline {
@@ -15,7 +19,37 @@ struct RedirectionRules {
   UnicodeString systemRoot;  ///< "C:\Windows"
 };
 
-/// Answers are remembered: the disk does not change under a scan.
+/// A file or folder as it will be.
+struct FileChange {
+  enum class Kind : std::uint8_t { Written, Erased, FolderErased, FolderMade };
+  Kind kind = Kind::Written;
+  UnicodeString path;  ///< as Windows names it
+  Bytes data;
+  /// Attributes to give it; none: those of the file in its place.
+  std::optional<FileAttributes> attributes;
+};
+/// By this machine's path.
+using FileChanges = std::map<std::string, FileChange>;
+
+/// Where a change goes.
+struct FileTarget {
+  UnicodeString path;  ///< as Windows names it, all redirection done
+  std::string local;
+  bool exists = false;
+  bool isFolder = false;
+};
+
+/// Is told of each change before it is made.
+class IFileObserver {
+ public:
+  virtual ~IFileObserver() = default;
+  /// `data` is the new content where there is one. False makes the change Denied.
+  virtual bool BeforeFileChange(JournalAction action, const FileTarget& target,
+                                const Bytes* data) = 0;
+};
+
+/// Answers are remembered: the disk does not change under a scan. Changes are Denied until
+/// AllowChanges; from then on they are kept in memory, where all reading sees them.
 class OfflineFiles final : public IFiles {
  public:
   explicit OfflineFiles(DriveTree& drives) : drives_(drives) {}
@@ -30,6 +64,17 @@ class OfflineFiles final : public IFiles {
   Status EraseFolder(UnicodeView path) override;
   Status Backup(UnicodeView path) override;
 
+  void AllowChanges(IFileObserver& observer) { observer_ = &observer; }
+  [[nodiscard]] const FileChanges& Changes() const { return changes_; }
+  /// Takes changes over as if they had been made here.
+  void SetChanges(FileChanges changes);
+  /// The attributes that a written file gets in place of its own.
+  void SetAttributes(const FileTarget& target, const FileAttributes& attributes);
+  Status MakeFolder(UnicodeView path);
+  /// Absent when the folder that would hold it is; Denied for what must not be changed: a drive's
+  /// root, and links, which this machine shows where Windows has something else.
+  Status Target(UnicodeView path, FileTarget& out);
+
   /// This machine's path of a file or folder, free of links, for libraries that open by path.
   Status LocalPath(UnicodeView path, std::string& out, FsView view = FsView::Physical);
 
@@ -41,6 +86,13 @@ class OfflineFiles final : public IFiles {
   using Answers = std::unordered_map<UnicodeString, Answer>;
 
   Answer Look(UnicodeView path, FsView view);
+  Answer LookOnDisk(UnicodeView path, FsView view);
+  [[nodiscard]] const FileChange* ChangeOf(const std::string& local) const;
+  Status LocalFolder(const WinPath& path, std::string& local);
+  Status TargetOf(const WinPath& path, FileTarget& out);
+  bool OverlayTarget(UnicodeView path, FsView view, FileTarget& out);
+  Status Change(JournalAction action, const FileTarget& target, FileChange change);
+  Status ListOnDisk(UnicodeView path, FsView view, std::vector<DirEntry>& out);
   Status Find(UnicodeView path, FsView view, Found& out);
   void Redirect(WinPath& path) const;
   [[nodiscard]] bool IsShared(const std::vector<UnicodeString>& parts, std::size_t from) const;
@@ -48,6 +100,8 @@ class OfflineFiles final : public IFiles {
   DriveTree& drives_;
   RedirectionRules rules_;
   WinPath systemRoot_;
+  IFileObserver* observer_ = nullptr;
+  FileChanges changes_;
   Answers answers_[2];
   UnicodeString key_;  // kept so that a look-up that hits allocates nothing
 };

@@ -2,6 +2,7 @@
 
 #include "backends/offline/registry_read.h"
 #include "registry/Stringhelper.h"
+#include "registry/Zmregistry.h"
 
 namespace scrubwell::offline {
 namespace {
@@ -38,6 +39,7 @@ Status OfflineProfiles::ReadMapping(const UnicodeString& place, UnicodeView valu
   out = {};
   while (!text.empty() && UnicodeView(u"!#@").find(text.front()) != UnicodeView::npos) {
     if (text.front() == u'@') out.fileToo = false;
+    if (text.front() == u'!') out.both = true;
     text.remove_prefix(1);
   }
   UnicodeView prefix;
@@ -65,9 +67,13 @@ Status OfflineProfiles::FindMapping(UnicodeView file, UnicodeView section, Unico
   return status == Status::Absent ? Status::Ok : status;
 }
 
+UnicodeString OfflineProfiles::FullName(UnicodeView file) const {
+  return ExtractFilePath(file).empty() ? windowsDir_ + u"\\" + UnicodeString(file)
+                                       : UnicodeString(file);
+}
+
 OfflineProfiles::Document& OfflineProfiles::Open(UnicodeView file) {
-  UnicodeString path(file);
-  if (ExtractFilePath(file).empty()) path = windowsDir_ + u"\\" + path;
+  const UnicodeString path = FullName(file);
   const auto [it, isNew] = documents_.try_emplace(UpperCase(path));
   Document& document = it->second;
   if (!isNew) return document;
@@ -90,7 +96,11 @@ Status OfflineProfiles::Get(UnicodeView file, UnicodeView section, UnicodeView k
   if (mapping.mapped) {
     RegValue value;
     const Status status = registry_.GetValue({mapping.root, mapping.path}, key, value);
-    if (status == Status::Ok) return out = TextOf(value), Status::Ok;
+    if (status == Status::Ok) {
+      // A number or the like is no empty text.
+      if (!IsTextType(value.type)) return Status::Unknown;
+      return out = TextOf(value), Status::Ok;
+    }
     if (status != Status::Absent || !mapping.fileToo) return status;
   }
   const Document& document = Open(file);
@@ -115,11 +125,49 @@ Status OfflineProfiles::Entries(UnicodeView file, UnicodeView section, TStringLi
   return document.status != Status::Ok ? document.status : document.ini.Entries(section, out);
 }
 
-Status OfflineProfiles::Put(UnicodeView, UnicodeView, UnicodeView, UnicodeView) {
-  return Status::Denied;
+Status OfflineProfiles::Put(UnicodeView file, UnicodeView section, UnicodeView key,
+                            UnicodeView value) {
+  const auto inRegistry = [&](const KeyRef& place, const RegValue& old) {
+    const std::uint32_t type = old.type == REGT_EXPAND_SZ ? REGT_EXPAND_SZ : REGT_SZ;
+    return registry_.SetValue(place, {UnicodeString(key), type, TextData(value)});
+  };
+  return Change(file, section, key, inRegistry,
+                [&](ini::Document& document) { return document.Set(section, key, value); });
 }
-Status OfflineProfiles::Remove(UnicodeView, UnicodeView, UnicodeView) {
-  return Status::Denied;
+
+Status OfflineProfiles::Remove(UnicodeView file, UnicodeView section, UnicodeView key) {
+  const auto inRegistry = [&](const KeyRef& place, const RegValue&) {
+    return registry_.DeleteValue(place, key);
+  };
+  return Change(file, section, key, inRegistry,
+                [&](ini::Document& document) { return document.Remove(section, key); });
+}
+
+Status OfflineProfiles::Change(UnicodeView file, UnicodeView section, UnicodeView key,
+                               const RegistryEdit& inRegistry, const FileEdit& inFile) {
+  Mapping mapping;
+  if (const Status found = FindMapping(file, section, key, mapping); found != Status::Ok) {
+    return found;
+  }
+  if (!mapping.mapped) return ChangeFile(file, inFile);
+  const KeyRef place{mapping.root, mapping.path};
+  RegValue old;
+  Status status = registry_.GetValue(place, key, old);
+  if (status == Status::Absent && mapping.fileToo) return ChangeFile(file, inFile);
+  if (status == Status::Ok) status = inRegistry(place, old);
+  if (status != Status::Ok || !mapping.both) return status;
+  status = ChangeFile(file, inFile);
+  return status == Status::Absent ? Status::Ok : status;
+}
+
+Status OfflineProfiles::ChangeFile(UnicodeView file, const FileEdit& edit) {
+  Document& document = Open(file);
+  if (document.status != Status::Ok) return document.status;
+  ini::Document changed = document.ini;
+  if (const Status status = edit(changed); status != Status::Ok) return status;
+  const Status status = files_.Write(FullName(file), changed.Bytes());
+  if (status == Status::Ok) document.ini = std::move(changed);
+  return status;
 }
 
 }  // namespace scrubwell::offline

@@ -1,18 +1,19 @@
 // INI files of the switched-off system, those mapped to the registry included.
 #pragma once
 
+#include <functional>
 #include <map>
 
-#include "backends/offline/offline_files.h"
 #include "formats/ini/ini.h"
+#include "registry/platform.h"
 
 namespace scrubwell::offline {
 
-/// Reading only: changes are Denied. Files are read once.
+/// Files are read once. What is changed is changed where it was read: in the registry or in the
+/// file, in both where the mapping says so. A file that is not there is never created.
 class OfflineProfiles final : public IProfiles {
  public:
-  OfflineProfiles(IRegistry& registry, OfflineFiles& files, ITextServices& text,
-                  UnicodeString windowsDir)
+  OfflineProfiles(IRegistry& registry, IFiles& files, ITextServices& text, UnicodeString windowsDir)
       : registry_(registry), files_(files), text_(text), windowsDir_(std::move(windowsDir)) {}
 
   Status Get(UnicodeView file, UnicodeView section, UnicodeView key, UnicodeString& out) override;
@@ -29,6 +30,7 @@ class OfflineProfiles final : public IProfiles {
   struct Mapping {
     bool mapped = false;
     bool fileToo = true;  ///< what the registry does not hold is looked for in the file
+    bool both = false;    ///< what is written to the registry is written to the file as well
     RootKey root = RootKey::None;
     UnicodeString path;
   };
@@ -37,9 +39,15 @@ class OfflineProfiles final : public IProfiles {
   Status ReadMapping(const UnicodeString& place, UnicodeView value, UnicodeView below,
                      Mapping& out);
   Document& Open(UnicodeView file);
+  [[nodiscard]] UnicodeString FullName(UnicodeView file) const;
+  using FileEdit = std::function<Status(ini::Document&)>;
+  using RegistryEdit = std::function<Status(const KeyRef& place, const RegValue& old)>;
+  Status Change(UnicodeView file, UnicodeView section, UnicodeView key,
+                const RegistryEdit& inRegistry, const FileEdit& inFile);
+  Status ChangeFile(UnicodeView file, const FileEdit& edit);
 
   IRegistry& registry_;
-  OfflineFiles& files_;
+  IFiles& files_;
   ITextServices& text_;
   UnicodeString windowsDir_;
   std::map<UnicodeString, Document> documents_;

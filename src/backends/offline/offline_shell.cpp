@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backends/offline/registry_read.h"
+#include "formats/lnk/item_list.h"
 #include "formats/lnk/lnk.h"
 #include "registry/Stringhelper.h"
 
@@ -96,9 +97,25 @@ Status OfflineShell::LinkTarget(UnicodeView linkFile, UnicodeString& out) {
     if (!ParsePath(whole, path)) return Status::Unknown;
     out = PathText(path);
   } else if (link.source == lnk::Source::Environment) {
-    out = system_.All(View::Native).Expand(out);
+    out = ExpandedTarget(out);
   }
   return Status::Ok;
+}
+
+// A variable may mean two folders, one for 64-bit and one for 32-bit programs. The one that has the
+// file is meant; with neither the text keeps its variables, for what looks at it to try them all.
+UnicodeString OfflineShell::ExpandedTarget(const UnicodeString& text) {
+  const UnicodeString native = system_.All(View::Native).Expand(text);
+  const UnicodeString wide = system_.All(View::Bits64).Expand(text);
+  FileInfo info;
+  for (const UnicodeString& path : {native, wide}) {
+    if (files_.Stat(path, FsView::Physical, info) == Status::Ok) return path;
+  }
+  return native == wide ? native : text;
+}
+
+Status OfflineShell::ItemListPath(const Bytes& list, UnicodeString& out) {
+  return lnk::PathOfItemList(list, out);
 }
 
 }  // namespace scrubwell::offline

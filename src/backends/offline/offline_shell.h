@@ -19,8 +19,11 @@ class OfflineShell final : public IShell {
   /// resolved.
   Status SpecialFolder(int csidl, UnicodeString& out) override;
   Status LinkTarget(UnicodeView linkFile, UnicodeString& out) override;
+  Status ItemListPath(const Bytes& list, UnicodeString& out) override;
 
  private:
+  UnicodeString ExpandedTarget(const UnicodeString& text);
+
   IRegistry& registry_;
   OfflineSystem& system_;
   OfflineFiles& files_;

@@ -1,61 +1,96 @@
 #include "backends/offline/regf_hive.h"
 
+#include <chrono>
+
+#include "registry/Stringhelper.h"
+
 namespace scrubwell::offline {
+namespace {
+
+// Tenths of microseconds since 1601.
+std::uint64_t FileTimeNow() {
+  constexpr std::uint64_t kUnixStart = 116'444'736'000'000'000U;
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  const auto micro = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+  return kUnixStart + static_cast<std::uint64_t>(micro) * 10U;
+}
+
+}  // namespace
 
 Status RegfHive::Root(Key& out) {
-  out = hive_->Root();
+  out = Raw().Root();
   return Status::Ok;
 }
 
 Status RegfHive::Child(Key parent, UnicodeView name, Key& out) {
-  return hive_->Child(parent, name, out);
+  return Raw().Child(parent, name, out);
 }
 
 Status RegfHive::Info(Key key, KeyInfo& out) {
   regf::KeyFacts facts;
-  const Status status = hive_->Key(key, facts);
+  const Status status = Raw().Key(key, facts);
   out = {facts.subkeyCount, facts.valueCount};
   return status;
 }
 
 Status RegfHive::Subkeys(Key key, std::vector<Subkey>& out) {
   out.clear();
-  return hive_->ForEachSubkey(key, [&out](const regf::Subkey& subkey) {
+  return Raw().ForEachSubkey(key, [&out](const regf::Subkey& subkey) {
     out.push_back({subkey.facts.name.Text(), subkey.key});
   });
 }
 
 Status RegfHive::Values(Key key, std::vector<RegValue>& out) {
-  return hive_->Values(key, out);
+  return Raw().Values(key, out);
 }
 
 Status RegfHive::Value(Key key, UnicodeView name, RegValue& out) {
-  return hive_->Value(key, name, out);
+  return Raw().Value(key, name, out);
 }
 
 bool RegfHive::IsLink(Key key) {
   regf::KeyFacts facts;
-  return hive_->Key(key, facts) == Status::Ok && facts.IsLink();
+  return Raw().Key(key, facts) == Status::Ok && facts.IsLink();
 }
 
 Status RegfHive::Security(Key key, Bytes& out) {
   std::span<const std::uint8_t> bytes;
-  const Status status = hive_->Security(key, bytes);
+  const Status status = Raw().Security(key, bytes);
   out.assign(bytes.begin(), bytes.end());
   return status;
 }
 
-Status RegfHive::Create(Key, UnicodeView, Key&) {
-  return Status::Denied;
+regf::Editor* RegfHive::Edit(std::string& error) {
+  if (editor_ == nullptr && editError_.empty()) {
+    regf::OpenedEditor opened = regf::Editor::Open(*hive_, ToUtf8(path_), FileTimeNow);
+    editor_ = std::move(opened.editor);
+    editError_ = std::move(opened.error);
+  }
+  if (editor_ == nullptr) error = editError_;
+  return editor_.get();
 }
-Status RegfHive::Erase(Key) {
-  return Status::Denied;
+
+template <class Operation>
+Status RegfHive::Change(Operation&& operation) {
+  if (!done_) return Status::Denied;
+  std::string ignored;
+  regf::Editor* const editor = Edit(ignored);
+  const Status status = editor == nullptr ? Status::Denied : operation(*editor);
+  done_(status);
+  return status;
 }
-Status RegfHive::Put(Key, const RegValue&) {
-  return Status::Denied;
+
+Status RegfHive::Create(Key parent, UnicodeView name, Key& out) {
+  return Change([&](regf::Editor& editor) { return editor.Create(parent, name, out); });
 }
-Status RegfHive::EraseValue(Key, UnicodeView) {
-  return Status::Denied;
+Status RegfHive::Erase(Key key) {
+  return Change([&](regf::Editor& editor) { return editor.Erase(key); });
+}
+Status RegfHive::Put(Key key, const RegValue& value) {
+  return Change([&](regf::Editor& editor) { return editor.Put(key, value); });
+}
+Status RegfHive::EraseValue(Key key, UnicodeView name) {
+  return Change([&](regf::Editor& editor) { return editor.EraseValue(key, name); });
 }
 
 }  // namespace scrubwell::offline

@@ -1,16 +1,39 @@
 // A hive file as the composed registry wants it.
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "backends/common/hive.h"
-#include "formats/regf/hive.h"
+#include "formats/regf/editor.h"
 
 namespace scrubwell::offline {
 
-/// Reading only: every change is Denied.
+/// Reading only, every change Denied, until AllowChanges. Then the first change makes a private
+/// copy, which all further reading sees; the file is never written here.
 class RegfHive final : public IHive {
  public:
-  explicit RegfHive(std::unique_ptr<regf::Hive> hive) : hive_(std::move(hive)) {}
-  [[nodiscard]] const regf::Hive& Raw() const { return *hive_; }
+  RegfHive(std::unique_ptr<regf::Hive> hive, UnicodeString path, std::string file)
+      : hive_(std::move(hive)), path_(std::move(path)), file_(std::move(file)) {}
+
+  /// The hive as it is now. What it gives as views is good until the next change.
+  [[nodiscard]] const regf::Hive& Raw() const { return editor_ ? editor_->View() : *hive_; }
+  /// The hive as it is on the disk.
+  [[nodiscard]] const regf::Hive& Original() const { return *hive_; }
+  /// As Windows names the file.
+  [[nodiscard]] const UnicodeString& Path() const { return path_; }
+  void SetLetter(char16_t letter) { path_.front() = letter; }
+  /// This machine's name of the file.
+  [[nodiscard]] const std::string& File() const { return file_; }
+
+  /// `done` hears the outcome of every change.
+  void AllowChanges(std::function<void(Status)> done) { done_ = std::move(done); }
+  /// For what the interface below has no word for; null and one sentence when this hive can't be
+  /// changed.
+  regf::Editor* Edit(std::string& error);
+  [[nodiscard]] bool Changed() const { return editor_ != nullptr && editor_->Changed(); }
+  /// The new file's bytes; only when Changed.
+  Bytes Finish(std::uint32_t newestLogSequence) { return editor_->Finish(newestLogSequence); }
 
   Status Root(Key& out) override;
   Status Child(Key parent, UnicodeView name, Key& out) override;
@@ -26,7 +49,15 @@ class RegfHive final : public IHive {
   Status EraseValue(Key key, UnicodeView name) override;
 
  private:
+  template <class Operation>
+  Status Change(Operation&& operation);
+
   std::unique_ptr<regf::Hive> hive_;
+  UnicodeString path_;
+  std::string file_;
+  std::unique_ptr<regf::Editor> editor_;
+  std::string editError_;
+  std::function<void(Status)> done_;
 };
 
 }  // namespace scrubwell::offline

@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "registry/Stringhelper.h"
@@ -11,6 +12,11 @@ namespace {
 
 // The letters under the marks of U+00C0 to U+00DE, in upper case; "*" keeps its own place.
 constexpr std::string_view kBaseLetters = "AAAAAAACEEEEIIIIDNOOOOO*OUUUUYT";
+
+// A byte below it that has no character is a control character to Windows, any other one a unit of
+// private use, so that every byte comes back.
+constexpr unsigned kFirstPrintable = 0xA0;
+constexpr unsigned kPrivateUse = 0xF800;
 
 char16_t BaseLetter(char16_t unit) {
   const char16_t upper = UpCase(unit);
@@ -46,7 +52,31 @@ std::string Convert(void* converter, std::string_view input, std::size_t skip,
     in += step;
     inLeft -= step;
   }
+  // Some pages hold the last character back, for a mark might have followed.
+  char* out = buffer.data();
+  std::size_t outLeft = buffer.size();
+  ::iconv(converter, nullptr, nullptr, &out, &outLeft);
+  result.append(buffer.data(), buffer.size() - outLeft);
   return result;
+}
+
+// The one unit that a byte stands for by itself. False for the first of several bytes.
+bool UnitOfByte(void* converter, unsigned char byte, char16_t& unit) {
+  char input = static_cast<char>(byte);
+  char* in = &input;
+  std::size_t inLeft = 1;
+  std::array<char, 8> units{};
+  char* out = units.data();
+  std::size_t outLeft = units.size();
+  ::iconv(converter, nullptr, nullptr, nullptr, nullptr);
+  if (::iconv(converter, &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1)) {
+    unit = static_cast<char16_t>(byte < kFirstPrintable ? byte : kPrivateUse + byte);
+    return errno == EILSEQ;
+  }
+  ::iconv(converter, nullptr, nullptr, &out, &outLeft);
+  unit = static_cast<char16_t>(static_cast<unsigned char>(units[0]) |
+                               static_cast<unsigned char>(units[1]) << 8);
+  return units.size() - outLeft == 2;
 }
 
 }  // namespace
@@ -62,6 +92,17 @@ TextServices::TextServices(unsigned codePage) : codePage_(codePage) {
     fromAnsi_ = OpenConverter("UTF-16LE", name(codePage_));
   }
   toAnsi_ = OpenConverter(name(codePage_).c_str(), "UTF-16LE");
+  FillTable();
+}
+
+// Pages of several bytes a character are left to the converter.
+void TextServices::FillTable() {
+  if (fromAnsi_ == nullptr) return;
+  for (unsigned byte = 0; byte < table_.size(); ++byte) {
+    if (!UnitOfByte(fromAnsi_, static_cast<unsigned char>(byte), table_[byte]))
+      return bytes_.clear();
+    bytes_.emplace(table_[byte], static_cast<char>(byte));
+  }
 }
 
 TextServices::~TextServices() {
@@ -83,6 +124,10 @@ int TextServices::CompareText(UnicodeView a, UnicodeView b) {
 
 UnicodeString TextServices::FromAnsi(std::string_view bytes) {
   UnicodeString text;
+  if (!bytes_.empty()) {
+    for (const char byte : bytes) text += table_[static_cast<unsigned char>(byte)];
+    return text;
+  }
   if (fromAnsi_ == nullptr) return UnicodeString(bytes.size(), u'?');
   const std::string units = Convert(fromAnsi_, bytes, 1, std::string_view("?\0", 2));
   for (std::size_t i = 0; i + 1 < units.size(); i += 2) {
@@ -93,8 +138,15 @@ UnicodeString TextServices::FromAnsi(std::string_view bytes) {
 }
 
 std::string TextServices::ToAnsi(UnicodeView text) {
-  if (toAnsi_ == nullptr) return std::string(text.size(), '?');
   std::string units;
+  if (!bytes_.empty()) {
+    for (const char16_t unit : text) {
+      const auto known = bytes_.find(unit);
+      units += known == bytes_.end() ? '?' : known->second;
+    }
+    return units;
+  }
+  if (toAnsi_ == nullptr) return std::string(text.size(), '?');
   for (const char16_t unit : text) {
     units.push_back(static_cast<char>(unit & 0xFF));
     units.push_back(static_cast<char>(unit >> 8));

@@ -1,6 +1,9 @@
 // Text as the switched-off system's language settings have it.
 #pragma once
 
+#include <array>
+#include <unordered_map>
+
 #include "registry/platform.h"
 
 namespace scrubwell::offline {
@@ -21,13 +24,19 @@ class TextServices final : public ITextServices {
 
   int CompareText(UnicodeView a, UnicodeView b) override;
   UnicodeString FromAnsi(std::string_view bytes) override;
+  /// In a page of one byte a character all bytes come back from FromAnsi's text: those that stand
+  /// for nothing have a unit of their own.
   std::string ToAnsi(UnicodeView text) override;
 
  private:
+  void FillTable();
+
   unsigned codePage_;
   bool exact_ = true;
   void* fromAnsi_;
   void* toAnsi_;
+  std::array<char16_t, 256> table_{};
+  std::unordered_map<char16_t, char> bytes_;  ///< by unit; empty for pages of several bytes
 };
 
 }  // namespace scrubwell::offline

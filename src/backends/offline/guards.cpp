@@ -1,0 +1,121 @@
+#include "backends/offline/guards.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "registry/Stringhelper.h"
+
+namespace scrubwell::offline {
+namespace {
+
+constexpr std::uint32_t kNewestVersion = 5;
+constexpr std::size_t kPage = 4096;
+constexpr std::uint64_t kSlack = std::uint64_t{1} << 20U;
+
+bool BeginsWith(const Bytes& page, std::string_view text) {
+  return std::equal(text.begin(), text.end(), page.begin(),
+                    [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; });
+}
+
+// The kernel's NTFS driver tells in its own file of the volume; the user space driver refuses to
+// mount such a volume for writing by itself.
+bool IsMarkedDirty(const std::string& folder) {
+  struct stat info {};
+  if (::stat(folder.c_str(), &info) != 0) return false;
+  std::error_code ignored;
+  const std::string device = "/sys/dev/block/" + std::to_string(major(info.st_dev)) + ":" +
+                             std::to_string(minor(info.st_dev));
+  const std::string name = std::filesystem::canonical(device, ignored).filename().string();
+  if (ignored || name.empty()) return false;
+  std::ifstream volume("/proc/fs/ntfs3/" + name + "/volinfo");
+  for (std::string line; std::getline(volume, line);) {
+    if (line == "dirty") return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string WhyNotHibernated(OfflineFiles& files, UnicodeView systemDrive) {
+  const UnicodeString path = UnicodeString(systemDrive) + u"\\hiberfil.sys";
+  std::string local;
+  const Status status = files.LocalPath(path, local);
+  if (status == Status::Absent) return {};
+  const std::string name = ToUtf8(path);
+  Bytes page(kPage);
+  std::ifstream file(local, std::ios::binary);
+  file.read(reinterpret_cast<char*>(page.data()), static_cast<std::streamsize>(page.size()));
+  if (status != Status::Ok || (file.bad() || !file.gcount())) {
+    return name + ": can't be read, so it can't be told whether this Windows is hibernated";
+  }
+  if (static_cast<std::size_t>(file.gcount()) < kPage) {
+    return name +
+           ": this Windows is hibernated together with another volume; start it and shut "
+           "it down fully first";
+  }
+  const bool isSpent = BeginsWith(page, "wake") || BeginsWith(page, "WAKE") ||
+                       std::all_of(page.begin(), page.end(), [](auto byte) { return byte == 0; });
+  if (isSpent) return {};
+  return name +
+         ": this Windows is hibernated or was shut down for a fast start; start it and "
+         "shut it down fully first";
+}
+
+std::string WhyHiveUnfit(const RegfHive& hive) {
+  const regf::HiveFacts& facts = hive.Original().Facts();
+  const std::string name = ToUtf8(hive.Path());
+  if (facts.stale) {
+    return name + ": was not closed properly and has no usable log; start this Windows once first";
+  }
+  if (facts.minorVersion > kNewestVersion) {
+    return name + ": has a newer format (1." + std::to_string(facts.minorVersion) +
+           ") than can be written";
+  }
+  if (facts.transactionPending) {
+    return name + ": an update of the registry is under way; start this Windows once first";
+  }
+  return {};
+}
+
+std::string WhyFolderUnfit(const std::string& folder) {
+  struct statvfs info {};
+  if (::statvfs(folder.c_str(), &info) != 0) return folder + ": " + std::strerror(errno);
+  if ((info.f_flag & ST_RDONLY) != 0) return folder + ": the volume is mounted read-only";
+  if (::faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) != 0) {
+    return folder + ": the folder can't be written to";
+  }
+  if (IsMarkedDirty(folder)) {
+    return folder + ": the volume is marked as damaged; let Windows check it first";
+  }
+  return {};
+}
+
+std::string WhyTooFull(IDisk& disk, const std::string& folder, std::uint64_t needed) {
+  std::uint64_t there = 0;
+  const int error = disk.FreeSpace(folder, there);
+  if (error != 0) return folder + ": " + std::strerror(error);
+  if (there >= needed + kSlack) return {};
+  return folder + ": there is not enough room, " + std::to_string((needed + kSlack) >> 10U) +
+         " KiB are needed";
+}
+
+std::string LockFolder(const std::string& folder, UniqueFd& lock) {
+  lock = UniqueFd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!lock.Good()) return folder + ": " + std::strerror(errno);
+  if (::flock(lock.Get(), LOCK_EX | LOCK_NB) == 0) return {};
+  return errno == EWOULDBLOCK ? folder + ": another Scrubwell is at work on this Windows"
+                              : folder + ": " + std::strerror(errno);
+}
+
+}  // namespace scrubwell::offline

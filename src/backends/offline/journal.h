@@ -1,0 +1,66 @@
+// What a session changed, with all that is needed to put it back, as it lies in a file.
+#pragma once
+
+#include <optional>
+
+#include "backends/offline/clean_session.h"
+#include "backends/offline/disk.h"
+#include "formats/regf/hive.h"
+
+namespace scrubwell::offline {
+
+/// One key of a subtree that went. Parents stand before their children.
+struct KeyImage {
+  std::uint32_t level = 0;  ///< 0 for the key itself
+  UnicodeString name;
+  UnicodeString className;
+  Bytes security;
+  std::uint64_t time = 0;  ///< FILETIME
+  bool link = false;
+  std::vector<RegValue> values;
+};
+
+/// A change and the state before it.
+struct JournalEntry {
+  JournalItem item;
+  UnicodeString hive;              ///< path of the hive's file as Windows names it
+  UnicodeString path;              ///< of the key in that hive
+  std::vector<KeyImage> tree;      ///< DeleteKey
+  std::optional<RegValue> before;  ///< DeleteValue, SetValue; none where there was no value
+  RegValue after;                  ///< SetValue
+  bool existed = false;            ///< WriteFile: there was a file before
+  std::uint64_t hashBefore = 0;    ///< of a file's content
+  std::uint64_t hashAfter = 0;
+  FileAttributes attributes;  ///< of the file before
+  Bytes content;              ///< of the file before; the session keeps it in a file of its own
+};
+
+/// A whole session.
+struct Journal {
+  SessionInfo info;
+  UnicodeString identity;  ///< of the Windows it was made on
+  std::vector<JournalProblem> problems;
+  std::vector<JournalEntry> entries;
+};
+
+inline constexpr std::string_view kJournalFile = "/journal.jsonl";
+inline constexpr std::string_view kRecordFile = "/record.jsonl";
+inline constexpr std::string_view kCarriedOutFile = "/carried-out";
+inline constexpr std::string_view kUndoneFile = "/undone.jsonl";
+inline constexpr std::string_view kFilesFolder = "/files";
+inline constexpr std::string_view kHivesFolder = "/hives";
+
+/// Copies a key with all below it. Corrupt when any of it can't be read.
+Status TakeKeyImage(const regf::Hive& hive, regf::CellOffset key, std::vector<KeyImage>& out);
+
+std::string FormatJournal(const Journal& journal);
+/// Reads a session's folder; one sentence in `info.error` when the journal is not whole. Contents
+/// of files are left where they are.
+Journal LoadJournal(const std::string& folder);
+/// The file with the content that an entry's file had.
+std::string ContentFile(const std::string& folder, const JournalEntry& entry);
+
+/// The list of items put back so far, with some more.
+std::string FormatUndone(const Journal& journal, const std::vector<std::string>& more);
+
+}  // namespace scrubwell::offline

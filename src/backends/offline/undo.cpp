@@ -1,0 +1,441 @@
+// Putting back what a session changed, through a session of its own.
+#include <algorithm>
+#include <filesystem>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "backends/offline/guards.h"
+#include "backends/offline/session_parts.h"
+
+namespace scrubwell {
+
+using offline::JournalEntry;
+using offline::KeyImage;
+
+namespace {
+
+constexpr std::size_t kLargestFile = std::size_t{1} << 30U;
+
+UndoResult Failed(CleanFailure failure, std::string error) {
+  UndoResult result;
+  result.failure = failure;
+  result.error = std::move(error);
+  return result;
+}
+
+UnicodeString KeyMark(UnicodeView hive, UnicodeView path) {
+  return UpperCase(hive) + u'|' + UpperCase(path);
+}
+
+UnicodeString ValueMark(UnicodeView hive, UnicodeView path, UnicodeView name) {
+  return KeyMark(hive, path) + UnicodeString(u"\\\0", 2) + UpperCase(name);
+}
+
+UnicodeString Below(UnicodeView path, UnicodeView name) {
+  return path.empty() ? UnicodeString(name) : UnicodeString(path) + u'\\' + UnicodeString(name);
+}
+
+// Calls use(key, its path in the hive) for each key of a subtree that went.
+template <class Use>
+void ForEachKey(const JournalEntry& entry, Use&& use) {
+  std::vector<UnicodeString> paths;
+  for (const KeyImage& key : entry.tree) {
+    paths.resize(key.level);
+    paths.push_back(key.level == 0 ? entry.path : Below(paths.back(), key.name));
+    use(key, paths.back());
+  }
+}
+
+}  // namespace
+
+/// One undo under way.
+struct UndoRun {
+  UndoRun(CleanSession& session, const offline::Journal& from)
+      : parts(*session.parts_), journal(from) {
+    for (const JournalEntry& entry : journal.entries) Remember(entry);
+  }
+
+  void Remember(const JournalEntry& entry);
+  UndoItem Restore(const JournalEntry& entry);
+
+  CleanSession::Parts& parts;
+  const offline::Journal& journal;
+
+ private:
+  using Cell = regf::CellOffset;
+  struct Answer {
+    UndoOutcome outcome = UndoOutcome::Restored;
+    std::string why = {};
+  };
+
+  Answer RestoreRegistry(const JournalEntry& entry);
+  Answer RestoreKey(const JournalEntry& entry);
+  Answer RestoreValue(const JournalEntry& entry);
+  Answer TakeKeyAway(const JournalEntry& entry);
+  Answer RestoreFile(const JournalEntry& entry);
+  Answer RestoreFolder(const JournalEntry& entry);
+  Answer WriteContent(const JournalEntry& entry);
+  bool Conflicts(const JournalEntry& entry, bool& identical);
+  bool KeyConflicts(const KeyImage& key, const UnicodeString& path, Cell cell, bool& identical);
+  Status EnsureKey(const UnicodeString& path, Cell& out);
+  Status Dress(Cell cell, const KeyImage& key);
+  void Note(const JournalEntry& entry, JournalAction action);
+  static Answer Taken(const JournalEntry& entry);
+  static Answer Broken(const JournalEntry& entry, Status status);
+
+  offline::RegfHive* hive = nullptr;
+  regf::Editor* editor = nullptr;
+  UnicodeString hivePath;
+  std::unordered_map<UnicodeString, const KeyImage*> images;  // of every key that went
+  std::unordered_set<UnicodeString> touched;  // keys and values that the session itself changed
+};
+
+void UndoRun::Remember(const JournalEntry& entry) {
+  ForEachKey(entry, [&](const KeyImage& key, const UnicodeString& path) {
+    images[KeyMark(entry.hive, path)] = &key;
+    touched.insert(KeyMark(entry.hive, path));
+    for (const RegValue& value : key.values) {
+      touched.insert(ValueMark(entry.hive, path, value.name));
+    }
+  });
+  if (entry.item.action == JournalAction::CreateKey)
+    touched.insert(KeyMark(entry.hive, entry.path));
+  touched.insert(ValueMark(entry.hive, entry.path, entry.item.name));
+}
+
+UndoRun::Answer UndoRun::Taken(const JournalEntry& entry) {
+  std::string place = ToUtf8(entry.item.place);
+  const bool isValue = entry.item.action == JournalAction::DeleteValue ||
+                       entry.item.action == JournalAction::SetValue;
+  if (isValue) place += entry.item.name.empty() ? ", (Default)" : ", " + ToUtf8(entry.item.name);
+  return {UndoOutcome::Taken, place + ": its place has been taken since"};
+}
+
+UndoRun::Answer UndoRun::Broken(const JournalEntry& entry, Status status) {
+  const std::string why = status == Status::Corrupt  ? ": the place is damaged"
+                          : status == Status::Denied ? ": the place can't be changed"
+                                                     : ": the place can't be reached";
+  return {UndoOutcome::Failed, ToUtf8(entry.item.place) + why};
+}
+
+// The undo's own journal says what undo changes, so that its hives can be checked against it.
+void UndoRun::Note(const JournalEntry& entry, JournalAction action) {
+  JournalEntry note;
+  note.item.action = action;
+  note.item.place = entry.item.place;
+  note.item.name = entry.item.name;
+  note.hive = entry.hive;
+  note.path = entry.path;
+  note.after.name = entry.item.name;
+  if (action == JournalAction::DeleteKey) note.tree.push_back({});
+  RegValue now;
+  Cell key = regf::NoCell;
+  const bool isValue = action == JournalAction::SetValue || action == JournalAction::DeleteValue;
+  if (isValue && hive->Raw().Descend(hive->Raw().Root(), entry.path, key) == Status::Ok &&
+      hive->Raw().Value(key, entry.item.name, now) == Status::Ok) {
+    note.before = std::move(now);
+  }
+  parts.Add(std::move(note));
+}
+
+Status UndoRun::Dress(Cell cell, const KeyImage& key) {
+  Status status = Status::Ok;
+  if (!key.className.empty()) status = editor->SetClass(cell, key.className);
+  if (status == Status::Ok && !key.security.empty()) {
+    status = editor->SetSecurity(cell, key.security);
+  }
+  if (status == Status::Ok && key.link) status = editor->SetLink(cell, true);
+  return status;
+}
+
+// Keys on the way that went too come back as they were, without their values.
+Status UndoRun::EnsureKey(const UnicodeString& path, Cell& out) {
+  out = hive->Raw().Root();
+  for (std::size_t from = 0; from < path.size();) {
+    const std::size_t to = std::min(path.find(u'\\', from), path.size());
+    const UnicodeView name = UnicodeView(path).substr(from, to - from);
+    const Cell parent = out;
+    Status status = hive->Raw().Child(parent, name, out);
+    if (status == Status::Absent) {
+      JournalEntry created;
+      created.hive = hivePath;
+      created.path = path.substr(0, to);
+      created.item.place = hivePath + u": " + created.path;
+      Note(created, JournalAction::CreateKey);
+      const auto image = images.find(KeyMark(hivePath, created.path));
+      const bool known = image != images.end();
+      status = editor->Create(parent, known ? UnicodeView(image->second->name) : name, out);
+      if (status == Status::Ok && known) status = Dress(out, *image->second);
+    }
+    if (status != Status::Ok) return status;
+    from = to + 1;
+  }
+  return Status::Ok;
+}
+
+bool UndoRun::KeyConflicts(const KeyImage& key, const UnicodeString& path, Cell cell,
+                           bool& identical) {
+  std::vector<RegValue> values;
+  if (hive->Raw().Values(cell, values) != Status::Ok) return true;
+  std::unordered_map<UnicodeString, const RegValue*> mine;
+  for (const RegValue& value : key.values) mine[UpperCase(value.name)] = &value;
+  std::size_t same = 0;
+  for (const RegValue& value : values) {
+    const auto it = mine.find(UpperCase(value.name));
+    if (it == mine.end()) {
+      if (!touched.contains(ValueMark(hivePath, path, value.name))) return true;
+    } else if (value.type != it->second->type || value.data != it->second->data) {
+      return true;
+    } else {
+      ++same;
+    }
+  }
+  identical = identical && same == key.values.size();
+  bool foreign = false;
+  const Status status = hive->Raw().ForEachSubkey(cell, [&](const regf::Subkey& subkey) {
+    const UnicodeString name = subkey.facts.name.Text();
+    foreign = foreign || !touched.contains(KeyMark(hivePath, Below(path, name)));
+  });
+  return status != Status::Ok || foreign;
+}
+
+// Whether something is there that the session did not take away.
+bool UndoRun::Conflicts(const JournalEntry& entry, bool& identical) {
+  bool conflict = false;
+  identical = true;
+  const regf::Hive& raw = hive->Raw();
+  ForEachKey(entry, [&](const KeyImage& key, const UnicodeString& path) {
+    Cell cell = regf::NoCell;
+    const Status status = raw.Descend(raw.Root(), path, cell);
+    if (status == Status::Absent) {
+      identical = false;
+    } else {
+      conflict = conflict || status != Status::Ok || KeyConflicts(key, path, cell, identical);
+    }
+  });
+  return conflict;
+}
+
+UndoRun::Answer UndoRun::RestoreKey(const JournalEntry& entry) {
+  bool identical = false;
+  if (Conflicts(entry, identical)) return Taken(entry);
+  if (identical) return {UndoOutcome::AlreadyThere};
+  Note(entry, JournalAction::CreateKey);
+  std::vector<std::pair<Cell, std::uint64_t>> times;
+  Status status = Status::Ok;
+  ForEachKey(entry, [&](const KeyImage& key, const UnicodeString& path) {
+    Cell cell = regf::NoCell;
+    if (status == Status::Ok) status = EnsureKey(path, cell);
+    if (status == Status::Ok) status = Dress(cell, key);
+    for (const RegValue& value : key.values) {
+      if (status == Status::Ok) status = editor->Put(cell, value);
+    }
+    times.emplace_back(cell, key.time);
+  });
+  for (const auto& [cell, time] : times) {
+    if (status == Status::Ok) status = editor->SetTime(cell, time);
+  }
+  return status == Status::Ok ? Answer{} : Broken(entry, status);
+}
+
+UndoRun::Answer UndoRun::RestoreValue(const JournalEntry& entry) {
+  const UnicodeString& name = entry.item.name;
+  Cell key = regf::NoCell;
+  RegValue now;
+  Status status = hive->Raw().Descend(hive->Raw().Root(), entry.path, key);
+  if (status == Status::Ok) status = hive->Raw().Value(key, name, now);
+  if (status != Status::Ok && status != Status::Absent) return Broken(entry, status);
+  const bool isThere = status == Status::Ok;
+  const auto holds = [&](const RegValue& value) {
+    return value.type == now.type && value.data == now.data;
+  };
+  if (isThere ? entry.before && holds(*entry.before) : !entry.before) {
+    return {UndoOutcome::AlreadyThere};
+  }
+  const bool isOurs = entry.item.action == JournalAction::SetValue && holds(entry.after);
+  if (isThere && !isOurs) return Taken(entry);
+  status = EnsureKey(entry.path, key);
+  if (status != Status::Ok) return Broken(entry, status);
+  Note(entry, entry.before ? JournalAction::SetValue : JournalAction::DeleteValue);
+  status = entry.before ? editor->Put(key, *entry.before) : editor->EraseValue(key, name);
+  return status == Status::Ok ? Answer{} : Broken(entry, status);
+}
+
+// A key that the session made goes again when nobody has put anything in it.
+UndoRun::Answer UndoRun::TakeKeyAway(const JournalEntry& entry) {
+  Cell key = regf::NoCell;
+  regf::KeyFacts facts;
+  Status status = hive->Raw().Descend(hive->Raw().Root(), entry.path, key);
+  if (status == Status::Absent) return {UndoOutcome::AlreadyThere};
+  if (status == Status::Ok) status = hive->Raw().Key(key, facts);
+  if (status != Status::Ok) return Broken(entry, status);
+  if (facts.subkeyCount != 0 || facts.valueCount != 0) return Taken(entry);
+  Note(entry, JournalAction::DeleteKey);
+  status = editor->Erase(key);
+  return status == Status::Ok ? Answer{} : Broken(entry, status);
+}
+
+UndoRun::Answer UndoRun::RestoreRegistry(const JournalEntry& entry) {
+  Status why = Status::Ok;
+  std::string error;
+  hivePath = entry.hive;
+  hive = parts.World().hives.Open(entry.hive, why, error);
+  if (hive != nullptr) error = offline::WhyHiveUnfit(*hive);
+  editor = hive == nullptr || !error.empty() ? nullptr : hive->Edit(error);
+  if (editor == nullptr) return {UndoOutcome::Failed, error};
+  switch (entry.item.action) {
+    case JournalAction::DeleteKey:
+      return RestoreKey(entry);
+    case JournalAction::CreateKey:
+      return TakeKeyAway(entry);
+    default:
+      return RestoreValue(entry);
+  }
+}
+
+UndoRun::Answer UndoRun::WriteContent(const JournalEntry& entry) {
+  Bytes content;
+  if (offline::ReadWholeFile(offline::ContentFile(journal.info.folder, entry), content) != 0 ||
+      offline::ContentHash(content) != entry.hashBefore) {
+    return {UndoOutcome::Failed,
+            ToUtf8(entry.item.place) + ": the copy in the session's folder can't be used"};
+  }
+  offline::OfflineFiles& files = parts.World().files;
+  const Status status = files.Write(entry.item.place, content);
+  offline::FileTarget target;
+  if (status != Status::Ok || files.Target(entry.item.place, target) != Status::Ok) {
+    return Broken(entry, status);
+  }
+  files.SetAttributes(target, entry.attributes);
+  return {};
+}
+
+UndoRun::Answer UndoRun::RestoreFile(const JournalEntry& entry) {
+  offline::OfflineFiles& files = parts.World().files;
+  Bytes now;
+  const Status status = files.Read(entry.item.place, FsView::Physical, kLargestFile, now);
+  if (status != Status::Ok && status != Status::Absent) return Broken(entry, status);
+  const bool isThere = status == Status::Ok;
+  const std::uint64_t hash = offline::ContentHash(now);
+  if (isThere ? entry.existed && hash == entry.hashBefore : !entry.existed) {
+    return {UndoOutcome::AlreadyThere};
+  }
+  const bool isOurs = entry.item.action == JournalAction::WriteFile && hash == entry.hashAfter;
+  if (isThere && !isOurs) return Taken(entry);
+  if (entry.existed) return WriteContent(entry);
+  const Status erased = files.EraseFile(entry.item.place);
+  return erased == Status::Ok ? Answer{} : Broken(entry, erased);
+}
+
+UndoRun::Answer UndoRun::RestoreFolder(const JournalEntry& entry) {
+  offline::FileTarget target;
+  offline::OfflineFiles& files = parts.World().files;
+  Status status = files.Target(entry.item.place, target);
+  if (status == Status::Ok && target.exists) {
+    return target.isFolder ? Answer{UndoOutcome::AlreadyThere} : Taken(entry);
+  }
+  if (status == Status::Ok) status = files.MakeFolder(entry.item.place);
+  return status == Status::Ok ? Answer{} : Broken(entry, status);
+}
+
+UndoItem UndoRun::Restore(const JournalEntry& entry) {
+  const Answer answer = entry.item.action == JournalAction::EraseFolder ? RestoreFolder(entry)
+                        : entry.item.action >= JournalAction::WriteFile ? RestoreFile(entry)
+                                                                        : RestoreRegistry(entry);
+  return {entry.item, answer.outcome, answer.why};
+}
+
+namespace {
+
+bool IsChosen(const offline::Journal& journal, const JournalEntry& entry, const std::string& id) {
+  return entry.item.id == id || (entry.item.problem != JournalItem::NoProblem &&
+                                 journal.problems[entry.item.problem].id == id);
+}
+
+// Null for an id that the session does not know; it is then in `unknown`.
+std::vector<const JournalEntry*> Choose(const offline::Journal& journal,
+                                        const std::vector<std::string>& ids, std::string& unknown) {
+  std::vector<const JournalEntry*> chosen;
+  for (const std::string& id : ids) {
+    const bool known =
+        std::any_of(journal.entries.begin(), journal.entries.end(),
+                    [&](const JournalEntry& entry) { return IsChosen(journal, entry, id); });
+    if (!known) unknown = id;
+  }
+  for (auto entry = journal.entries.rbegin(); entry != journal.entries.rend(); ++entry) {
+    const bool wanted =
+        ids.empty() || std::any_of(ids.begin(), ids.end(), [&](const std::string& id) {
+          return IsChosen(journal, *entry, id);
+        });
+    if (wanted) chosen.push_back(&*entry);
+  }
+  return chosen;
+}
+
+// The list of items put back changes together with the hives.
+void AddUndoneMarks(const offline::Journal& journal, const std::vector<UndoItem>& items,
+                    std::vector<offline::CommitStep>& steps) {
+  std::vector<std::string> ids;
+  for (const UndoItem& item : items) {
+    if (item.outcome == UndoOutcome::Restored || item.outcome == UndoOutcome::AlreadyThere) {
+      ids.push_back(item.item.id);
+    }
+  }
+  const std::string text = offline::FormatUndone(journal, ids);
+  offline::CommitStep& step = steps.emplace_back();
+  step.kind = offline::CommitStep::Kind::Replace;
+  step.local = journal.info.folder + std::string(offline::kUndoneFile);
+  step.existed = offline::PathExists(step.local);
+  Bytes before;
+  if (step.existed && offline::ReadWholeFile(step.local, before) == 0) {
+    step.hashBefore = offline::ContentHash(before);
+  }
+  step.data.assign(text.begin(), text.end());
+  step.hashAfter = offline::ContentHash(step.data);
+  offline::ReadAttributes(journal.info.folder, step.attributes);
+  step.attributes.mode = 0600;
+  step.attributes.modifiedSeconds = step.attributes.modifiedNanoseconds = 0;
+}
+
+}  // namespace
+
+UndoResult Undo(const UndoOptions& options) {
+  SessionContent content = ReadSession(options.backupFolder, options.session);
+  if (content.failure != CleanFailure::None) return Failed(content.failure, content.error);
+  std::error_code ignored;
+  const std::string folder =
+      std::filesystem::weakly_canonical(content.info.folder, ignored).string();
+  const offline::Journal journal = offline::LoadJournal(folder);
+  std::string unknown;
+  const std::vector<const JournalEntry*> chosen = Choose(journal, options.items, unknown);
+  if (!unknown.empty()) {
+    return Failed(CleanFailure::WrongUse, unknown + ": there is no such item in this session");
+  }
+  CleanOptions clean{options.target, offline::FolderOf(folder), false, options.disk};
+  clean.target.user.clear();
+  CleanOpenResult opened = CleanSession::Open(clean);
+  if (opened.session == nullptr) return Failed(opened.failure, opened.error);
+  UndoRun run(*opened.session, journal);
+  if (run.parts.journal.identity != journal.identity) {
+    return Failed(CleanFailure::WrongUse, folder + ": the session is of another Windows");
+  }
+  // Opening may have finished this very session.
+  if (!offline::PathExists(folder + std::string(offline::kCarriedOutFile))) {
+    return Failed(CleanFailure::WrongUse, folder + ": the session's changes were never made");
+  }
+  UndoResult result;
+  result.session = journal.info.name;
+  for (const JournalEntry* entry : chosen) result.items.push_back(run.Restore(*entry));
+  run.parts.journal.info.undoes = journal.info.name;
+  AddUndoneMarks(journal, result.items, run.parts.furtherSteps);
+  CommitResult committed = opened.session->Commit();
+  result.failure = committed.failure;
+  result.error = std::move(committed.error);
+  for (const UnicodeString& note : opened.session->Backend().Notes()) {
+    result.notes.push_back(ToUtf8(note));
+  }
+  result.notes.insert(result.notes.end(), committed.notes.begin(), committed.notes.end());
+  return result;
+}
+
+}  // namespace scrubwell
