@@ -299,7 +299,11 @@ UnicodeString FileNameByID(int id, TZMGraphicsCategory category) {
 
 UnicodeString GetShellLinkTarget(UnicodeView linkFile, bool /*flag*/) {
   UnicodeString target;
-  if (Platform().shell.LinkTarget(PlainPath(linkFile), target) != Status::Ok) target.clear();
+  const Status status = Platform().shell.LinkTarget(PlainPath(linkFile), target);
+  if (status == Status::Corrupt) {
+    Platform().notes.Note(UnicodeString(linkFile) + u": the shortcut can't be read");
+  }
+  if (status != Status::Ok) target.clear();
   return target;
 }
 

@@ -112,6 +112,10 @@ class IShell {
   virtual Status LinkTarget(UnicodeView /*linkFile*/, UnicodeString& /*out*/) {
     return Status::Unknown;
   }
+  /// The path that a list of shell items spells. Absent when it names no file or folder.
+  virtual Status ItemListPath(const Bytes& /*list*/, UnicodeString& /*out*/) {
+    return Status::Unknown;
+  }
 };
 
 struct FileVersion {

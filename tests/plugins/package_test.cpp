@@ -29,9 +29,10 @@ TEST(Package, LoadsInOrderCounted) {
       // The firewall's plugin is ready as soon as it has asked for the service.
       EXPECT_EQ(plugin->FState, plugin->FPluginID == u"Firewall" ? rcpInited : rcpUnknown);
     }
-    EXPECT_EQ(ToUtf8(ids),
-              "ActiveXCOM AppMRU AppPaths Autostart Drivers FileTypes Firewall Fonts HelpFiles History "
-              "IniFiles ODBC SharedFiles SoftwareInstalled Sounds SystemAddOn Uninstall ");
+    EXPECT_EQ(
+        ToUtf8(ids),
+        "ActiveXCOM AppMRU AppPaths Autostart Drivers FileTypes Firewall Fonts HelpFiles History "
+        "IniFiles ODBC SharedFiles SoftwareInstalled Sounds SystemAddOn Uninstall ");
     UnloadPackage();
     ASSERT_NE(Plugins, nullptr);
     RealSweepErrorCount = 7;

@@ -1,0 +1,266 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "backends/memory/memory_backend.h"
+#include "registry/Stringhelper.h"
+#include "registry/Zmregistry.h"
+#include "registry/Zmtracecleaner.h"
+
+namespace scrubwell {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+const std::string kExplorer =
+    R"([HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\)";
+
+// Data as a registry text, built piece by piece.
+struct Data {
+  Bytes bytes;
+  Data& U32(std::uint32_t value) {
+    for (int shift = 0; shift < 32; shift += 8) {
+      bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+    }
+    return *this;
+  }
+  Data& Text(UnicodeView text) {
+    const Bytes data = TextData(text);
+    return Add(data);
+  }
+  Data& Add(const Bytes& data) {
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    return *this;
+  }
+  [[nodiscard]] std::string Hex() const {
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string out = "hex:";
+    for (const std::uint8_t byte : bytes) {
+      if (out.back() != ':') out += ",";
+      out += {digits[byte >> 4], digits[byte & 15]};
+    }
+    return out + "\n";
+  }
+};
+
+// A stand-in of a shell item: the platform of the test knows its name.
+Bytes Item(char letter) {
+  return {5, 0, 0x32, static_cast<std::uint8_t>(letter), 0};
+}
+
+// One entry of a menu's order, of both shapes.
+Bytes MenuPart(std::uint32_t position, char letter, bool augmented) {
+  Data data;
+  const Bytes item = Item(letter);
+  const auto size = static_cast<std::uint32_t>(8 + (augmented ? 16 : 0) + item.size() + 2);
+  data.U32(size).U32(position);
+  if (augmented) data.U32(size - 14).U32(0x4D677541).U32(2).U32(1);
+  return data.Add(item).Add({0, 0}).bytes;
+}
+
+Data Menu(const std::vector<Bytes>& parts) {
+  Data all;
+  for (const Bytes& part : parts) all.Add(part);
+  const auto size = static_cast<std::uint32_t>(all.bytes.size());
+  Data out;
+  out.U32(8).U32(2).U32(size + 12).U32(1).U32(static_cast<std::uint32_t>(parts.size()));
+  return out.Add(all.bytes);
+}
+
+class TraceCleaner : public ::testing::Test {
+ protected:
+  TraceCleaner() {
+    SetPlatform(&backend_.Platform());
+    for (const char letter : {'a', 'b', 'c'}) {
+      Bytes list(25);
+      const Bytes drive = {0x19, 0, 0x2F, 'C', ':', '\\'};
+      std::copy(drive.begin(), drive.end(), list.begin());
+      const Bytes item = Item(letter);
+      list.insert(list.end(), item.begin(), item.end());
+      list.insert(list.end(), 2, 0);
+      const auto name = static_cast<char16_t>(letter);
+      backend_.World().shell.lists[list] = UnicodeString(u"C:\\") + name + u".lnk";
+      backend_.World().shell.lists[{static_cast<std::uint8_t>(letter)}] =
+          UnicodeString(u"C:\\dir\\") + name + u".txt";
+    }
+  }
+  ~TraceCleaner() override { SetPlatform(nullptr); }
+
+  void Add(const std::string& text) { ASSERT_EQ(backend_.AddRegistry(text), "") << text; }
+
+  // Every trace of the application: value, target, source type and flags.
+  Lines Search(UnicodeView application) {
+    Lines lines;
+    found_.clear();
+    TZMMRU scanner(this);
+    scanner.OnScanTraceFound = [&](TTracePlugin& plugin, TTraceSourceType type,
+                                   const TTraceSourceData& data, TTraceTargetType,
+                                   TTraceFlags flags, const UnicodeString& target) {
+      EXPECT_TRUE(plugin.Holds(data, target));
+      EXPECT_FALSE(plugin.Holds(data, target + u"x"));
+      found_.emplace_back(data, target);
+      lines.push_back(ToUtf8(data.valueName + u"|" + target) + "|" + std::to_string(type) + "|" +
+                      std::to_string(flags));
+    };
+    Plugin(application).Search(scanner);
+    return lines;
+  }
+  static TTracePlugin& Plugin(UnicodeView application) {
+    const TTracePluginList& plugins = TracePlugins();
+    std::int32_t i = 0;
+    while (plugins.Get(i)->ApplicationName() != application) ++i;
+    return *plugins.Get(i);
+  }
+  // Notes the first trace found as removed and repairs.
+  void RemoveFirst(UnicodeView application, bool deleteValue) {
+    const auto& [data, target] = found_.front();
+    if (deleteValue) DeleteRegValue(data.root, data.key, data.valueName, {});
+    Plugin(application).NoteRemoval(data, target);
+    Plugin(application).Repair();
+    backend_.ClearJournal();
+    Plugin(application).Repair();
+    EXPECT_TRUE(backend_.Journal().empty()) << "what was repaired is forgotten";
+  }
+  Bytes ValueOf(const std::string& key, UnicodeView name) {
+    RegValue value;
+    const UnicodeString path = FromUtf8(key.substr(key.find('\\') + 1));
+    Platform().registry.GetValue({RootKey::CurrentUser, path, View::Native}, name, value);
+    return value.data;
+  }
+
+  MemoryBackend backend_;
+  std::vector<std::pair<TTraceSourceData, UnicodeString>> found_;
+};
+
+TEST_F(TraceCleaner, ListsOfShellItems) {
+  const std::string key = kExplorer + "ComDlg32\\OpenSavePidlMRU\\txt";
+  const auto order = Data().U32(1).U32(7).U32(0).U32(0xFFFFFFFF).U32(5);
+  Add(key + "]\n\"0\"=hex:61\n\"1\"=hex:62\n\"2\"=hex:ff\n\"01\"=hex:61\n\"x\"=hex:61\n" +
+      "\"MRUListEx\"=" + order.Hex());
+  EXPECT_EQ(Search(u"Windows"), (Lines{"0|C:\\dir\\a.txt|1|6", "1|C:\\dir\\b.txt|1|6"}));
+  RemoveFirst(u"Windows", true);
+  // Numbers of no value go as well, and what lies behind the end.
+  EXPECT_EQ(ValueOf(key, u"MRUListEx"), Data().U32(1).U32(0xFFFFFFFF).bytes);
+}
+
+TEST_F(TraceCleaner, RecentDocuments) {
+  const auto document = [](char letter) {
+    return Data().Text(u"some document").Add(Item(letter)).Add({0, 0}).Hex();
+  };
+  Add(kExplorer + "RecentDocs\\.txt]\n\"0\"=" + document('a') + "\"1\"=" + document('b') +
+      "\"2\"=" + document('c') + "\"3\"=" + document('x') + "\"4\"=hex:61,00,62\n" +
+      "\"5\"=" + Data().Text(u"cut").Add({9, 0, 0x32}).Hex());
+  const UnicodeString recent = u"C:\\Users\\tester\\AppData\\Roaming\\Microsoft\\Windows\\Recent\\";
+  backend_.Files().AddFile(recent + u"b.lnk");
+  backend_.Files().AddFile(recent + u"c.lnk");
+  backend_.World().shell.links[recent + u"b.lnk"] = u"\"D:\\b.txt\"";
+  // The link of the third names no file, the item of the fourth is not known.
+  EXPECT_EQ(Search(u"Windows"), (Lines{"0|" + ToUtf8(recent) + "a.lnk|1|6", "1|D:\\b.txt|1|6"}));
+}
+
+TEST_F(TraceCleaner, OrdersOfTheStartMenu) {
+  const std::string key = kExplorer + "MenuOrder\\Start Menu2\\Programme\\Dir\\Deep";
+  const std::vector<Bytes> parts = {MenuPart(2, 'a', true), MenuPart(0, 'b', false),
+                                    MenuPart(1, 'x', true), MenuPart(0x7FFFFFFF, 'c', false)};
+  Add(key + "]\n\"Order\"=" + Menu(parts).Hex());
+  Add(kExplorer + "MenuOrder\\Start Menu]\n\"Order\"=" + Menu({MenuPart(0, 'c', true)}).Hex());
+  Add(kExplorer + "MenuOrder\\Start Menu\\&P]\n\"Order\"=hex:01,02\n\"Other\"=hex:61\n");
+  const Lines found = {"Order|c.lnk|2|20", "Order|Dir\\Deep\\a.lnk|2|20",
+                       "Order|Dir\\Deep\\b.lnk|2|20", "Order|Dir\\Deep\\c.lnk|2|20"};
+  EXPECT_EQ(Search(u"Windows"), found);
+  found_.erase(found_.begin());
+  RemoveFirst(u"Windows", false);
+  // What can't be named stays, and positions close up.
+  EXPECT_EQ(ValueOf(key, u"Order"), Menu({MenuPart(0, 'b', false), MenuPart(1, 'x', true),
+                                          MenuPart(0x7FFFFFFF, 'c', false)})
+                                        .bytes);
+  EXPECT_EQ(Search(u"Windows").size(), 3U);
+}
+
+TEST_F(TraceCleaner, DamagedMenuOrders) {
+  const Bytes whole = Menu({MenuPart(0, 'a', false), MenuPart(1, 'b', true)}).bytes;
+  const std::string key = kExplorer + "MenuOrder\\Start Menu\\P";
+  // No truncation and no wrong size may do harm; a count that does not fit forbids the repair.
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    Data cut;
+    cut.Add(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+    Add(key + "]\n\"Order\"=" + cut.Hex());
+    const bool hasFirst = !Search(u"Windows").empty();
+    if (!hasFirst) continue;
+    RemoveFirst(u"Windows", false);
+    EXPECT_EQ(ValueOf(key, u"Order"), cut.bytes) << size;
+  }
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    Data wrong;
+    wrong.Add(whole);
+    wrong.bytes[at] = 0xFF;
+    Add(key + "]\n\"Order\"=" + wrong.Hex());
+    EXPECT_LE(Search(u"Windows").size(), 2U);
+  }
+}
+
+TEST_F(TraceCleaner, ListsInOneValue) {
+  const std::string key = R"([HKEY_CURRENT_USER\Software\7-Zip\FM)";
+  Add(key + "]\n\"FolderHistory\"=" +
+      Data().Text(u"C:\\gone").Text(u"").Text(u"C:\\here").Add({0x43, 0}).Hex());
+  EXPECT_EQ(Search(u"7-Zip"), (Lines{"FolderHistory|C:\\gone|2|4", "FolderHistory|C:\\here|2|4"}));
+  RemoveFirst(u"7-Zip", false);
+  EXPECT_EQ(ValueOf(key, u"FolderHistory"),
+            Data().Text(u"").Text(u"C:\\here").Add({0x43, 0}).bytes);
+}
+
+TEST_F(TraceCleaner, NumberedLists) {
+  const struct {
+    const char* names;
+    const char* left;  ///< after the first entry was removed
+  } rows[] = {
+      {"File1 File2 File3", "File1=File2 File2=File3"},
+      {"File1 File3 File10", "File1=File3 File2=File10"},
+      {"File9", ""},
+      // Not of the list: they stay.
+      {"File1 File0 File01 FileX File1234567890 Other",
+       "File01=File01 File0=File0 File1234567890=File1234567890 FileX=FileX Other=Other"},
+  };
+  const std::string key =
+      R"([HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Applets\Paint\Recent File List)";
+  const UnicodeString path = FromUtf8(key.substr(key.find('\\') + 1));
+  for (const auto& row : rows) {
+    std::string text = key + "]\n";
+    for (const UnicodeString& name : ParamXAll(FromUtf8(row.names), u' ')) {
+      text += "\"" + ToUtf8(name) + "\"=\"" + ToUtf8(name) + "\"\n";
+    }
+    DeleteRegKey(RootKey::CurrentUser, path, {});
+    backend_.Registry().ForgetDeletions();
+    Add(text);
+    ASSERT_FALSE(Search(u"Paint").empty());
+    RemoveFirst(u"Paint", true);
+    TStringList names;
+    TStringList data;
+    EnumRegValuesEx(RootKey::CurrentUser, path, names, data, {});
+    Lines left;
+    for (std::size_t i = 0; i < names.size(); ++i)
+      left.push_back(ToUtf8(names[i] + u"=" + data[i]));
+    std::ranges::sort(left);
+    std::string joined;
+    for (const std::string& line : left) joined += (joined.empty() ? "" : " ") + line;
+    EXPECT_EQ(joined, row.left) << row.names;
+  }
+}
+
+TEST_F(TraceCleaner, TableIsSound) {
+  const TTracePluginList& plugins = TracePlugins();
+  for (std::int32_t i = 0; i < plugins.Count(); ++i) {
+    const std::int32_t reference = plugins.ReferenceOf(*plugins.Get(i));
+    EXPECT_GT(reference, 0);
+    EXPECT_EQ(plugins.ByReference(reference), plugins.Get(i));
+    for (std::int32_t k = 0; k < i; ++k) {
+      EXPECT_NE(plugins.Get(k)->ApplicationName(), plugins.Get(i)->ApplicationName());
+    }
+  }
+  for (const std::int32_t none : {-1, 0, plugins.Count() + 1}) {
+    EXPECT_EQ(plugins.ByReference(none), nullptr);
+  }
+}
+
+}  // namespace
+}  // namespace scrubwell
