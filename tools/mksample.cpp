@@ -86,13 +86,113 @@ std::string Unescape(std::string_view text) {
   return result;
 }
 
+// A scheduled task that runs the application, in the file format of the 1.0 scheduler.
+std::string TaskContent(std::string_view application) {
+  constexpr std::size_t texts = 70;  // behind the fixed part and the number of running instances
+  std::string result(texts, '\0');
+  result[2] = 1;  // the format's version
+  result[20] = static_cast<char>(texts);
+  const auto put = [&result](std::size_t number) {
+    result += static_cast<char>(number & 0xFF);
+    result += static_cast<char>(number >> 8);
+  };
+  const scrubwell::UnicodeString units = scrubwell::FromUtf8(application);
+  put(units.size() + 1);
+  for (const char16_t unit : units) put(unit);
+  put(0);
+  // Parameters, folder, author, comment, user data and reserved data, all empty.
+  for (int i = 0; i < 6; ++i) put(0);
+  const std::size_t triggers = result.size();
+  result[22] = static_cast<char>(triggers & 0xFF);
+  result[23] = static_cast<char>(triggers >> 8);
+  put(0);
+  return result;
+}
+
+// A shortcut to a file on a fixed drive. The path is plain ASCII.
+std::string LinkContent(std::string_view path) {
+  std::string result;
+  const auto put = [&result](std::size_t number) {
+    for (int shift = 0; shift < 32; shift += 8) result += static_cast<char>(number >> shift & 0xFF);
+  };
+  constexpr std::size_t header = 0x4C;
+  constexpr std::size_t infoHeader = 0x1C;
+  constexpr std::size_t volume = 0x11;
+  put(header);
+  for (const std::size_t part : {0x00021401U, 0U, 0xC0U, 0x46000000U}) put(part);
+  put(2);  // all that follows is where the file lies
+  result.resize(header);
+  put(infoHeader + volume + path.size() + 2);
+  put(infoHeader);
+  put(1);  // on a local drive
+  put(infoHeader);
+  put(infoHeader + volume);
+  put(0);
+  put(infoHeader + volume + path.size() + 1);
+  for (const std::size_t part : {std::size_t{0x11}, std::size_t{3}, std::size_t{0}}) put(part);
+  put(0x10);
+  result += '\0';
+  result.append(path).append(2, '\0');
+  put(0);  // nothing more
+  return result;
+}
+
+// The browser's address history with these addresses, separated by blanks: a header with the map of
+// used blocks, one hash table, then a record of two blocks for each address.
+std::string HistoryContent(std::string_view addresses) {
+  constexpr std::size_t block = 128;
+  constexpr std::size_t table = 0x4000;
+  constexpr std::size_t tableBlocks = 32;
+  constexpr std::size_t records = table + tableBlocks * block;
+  constexpr std::size_t location = 104;
+  constexpr std::size_t most = 16;
+  std::string result(records + most * 2 * block, '\0');
+  const auto put = [&result](std::size_t at, std::size_t number) {
+    for (std::size_t i = 0; i < 4; ++i) result[at + i] = static_cast<char>(number >> 8 * i & 0xFF);
+  };
+  const auto text = [&result](std::size_t at, std::string_view what) {
+    result.replace(at, what.size(), what);
+  };
+  text(0, "Client UrlCache MMF Ver 5.2");
+  put(28, result.size());
+  put(32, table);
+  put(36, tableBlocks + most * 2);
+  text(table, "HASH");
+  put(table + 4, tableBlocks);
+  for (std::size_t at = table + 16; at < records; at += 4) put(at, 3);
+  std::size_t count = 0;
+  for (std::size_t from = 0; from < addresses.size() && count < most; ++count) {
+    const std::size_t to = std::min(addresses.find(' ', from), addresses.size());
+    const std::size_t at = records + count * 2 * block;
+    text(at, "URL ");
+    put(at + 4, 2);
+    put(at + 52, location);
+    put(at + 56, 0xFE);
+    text(at + location, "Visited: anna@" + std::string(addresses.substr(from, to - from)));
+    put(table + 16 + count * 8, 0x1240 + count * 0x40);
+    put(table + 20 + count * 8, at);
+    from = to + 1;
+  }
+  put(40, tableBlocks + count * 2);
+  for (std::size_t i = 0; i < tableBlocks + count * 2; ++i) {
+    result[0x250 + i / 8] = static_cast<char>(result[0x250 + i / 8] | 1 << i % 8);
+  }
+  return result;
+}
+
 std::string FileContent(std::string_view option) {
   constexpr std::string_view size = "size=";
   constexpr std::string_view text = "text=";
   if (option.empty()) return std::string(1, '\0');
   if (option.starts_with(size)) return std::string(std::stoul(std::string(option.substr(5))), '\0');
   if (option.starts_with(text)) return Unescape(option.substr(5));
-  throw SampleError(std::string(option) + ": is neither size= nor text=");
+  constexpr std::string_view task = "job=";
+  if (option.starts_with(task)) return TaskContent(option.substr(task.size()));
+  constexpr std::string_view link = "link=";
+  if (option.starts_with(link)) return LinkContent(option.substr(link.size()));
+  constexpr std::string_view history = "history=";
+  if (option.starts_with(history)) return HistoryContent(option.substr(history.size()));
+  throw SampleError(std::string(option) + ": is neither size=, text=, job=, link= nor history=");
 }
 
 void MakeFiles(const fs::path& list, const fs::path& target) {

@@ -143,10 +143,13 @@ void TRCPlugin::Clean() {
     if (problem.PluginID != FPluginID || !IsErrorSelectedForCleaning(i)) continue;
     if (StopSearch) return;
     ++FCleanItemsDone;
-    if (CleanError(problem))
+    if (OnBeforeRepair) OnBeforeRepair(*this, i, false);
+    const bool repaired = CleanError(problem);
+    if (repaired)
       SetFixedState(i, true);
     else
       ++FCleanFailures;
+    if (OnAfterRepair) OnAfterRepair(*this, i, repaired);
   }
 }
 

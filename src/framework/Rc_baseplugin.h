@@ -21,6 +21,11 @@ using TCleanProgressEvent =
     std::function<void(TRCPlugin& sender, std::int32_t promille, UnicodeView actionCaption,
                        UnicodeView subCaption, bool mustDisplay)>;
 
+/// Called on the cleaning thread just before and just after the repair of each problem, which is
+/// named by its index in SweepErrors, so that a host can tell which changes belong to which.
+using TCleanProblemEvent =
+    std::function<void(TRCPlugin& sender, std::int32_t index, bool repaired)>;
+
 /// What a plugin's constructor says of its category.
 struct TCategory {
   UnicodeView className;  ///< "TRCP" and the identifier
@@ -86,6 +91,8 @@ class TRCPlugin {
   std::int32_t CleanWeight = 0;
   std::int32_t GroupIndex = 0;
   bool StopRequested = false;
+  TCleanProblemEvent OnBeforeRepair;  ///< `repaired` is false
+  TCleanProblemEvent OnAfterRepair;   ///< `repaired` is what CleanError said
 
   /// The value part of a registry key item: the view, a colon, the full path. Throws
   /// std::logic_error for the native view: a problem must record which view it lies in.

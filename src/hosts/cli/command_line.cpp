@@ -1,6 +1,7 @@
 #include "hosts/cli/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -20,6 +21,19 @@ struct RawOptions {
   std::string format = "text";
   std::string output;
   std::string language;
+  bool all = false;
+  std::vector<std::string> ids;
+  bool dryRun = false;
+  bool yes = false;
+  bool untilClean = false;
+  std::string backup;
+  std::string session;
+  bool list = false;
+  std::string exportFile;
+  std::string action;
+  std::string id;
+  bool machine = false;
+  std::string reason;
 };
 
 // Looked for before the line is understood, so that its errors speak the right language already.
@@ -57,58 +71,171 @@ void AddLanguage(CLI::App& app, RawOptions& raw) {
   app.add_option("--lang", raw.language, Say(texts::LangOption))->type_name("de|en");
 }
 
-CLI::App* AddScan(CLI::App& app, RawOptions& raw) {
-  CLI::App* scan = app.add_subcommand("scan", Say(texts::ScanCommand));
-  Dress(*scan);
-  scan->group(Say(texts::CommandsLabel));
-  scan->footer(Say(texts::ExitCodes));
-  scan->add_option("--windows", raw.target.folder, Say(texts::WindowsOption))
-      ->type_name(Say(texts::FolderType))
-      ->required();
-  scan->add_option("--user", raw.target.user, Say(texts::UserOption))
+CLI::App* AddCommand(CLI::App& app, RawOptions& raw, const char* name, const TText& text) {
+  CLI::App* command = app.add_subcommand(name, Say(text));
+  Dress(*command);
+  command->group(Say(texts::CommandsLabel));
+  AddLanguage(*command, raw);
+  return command;
+}
+
+CLI::Option* AddTarget(CLI::App& app, RawOptions& raw, const TText& windows) {
+  app.add_option("--user", raw.target.user, Say(texts::UserOption))
       ->type_name(Say(texts::NameType));
-  scan->add_option("--drive", raw.drives, Say(texts::DriveOptionText))
+  app.add_option("--drive", raw.drives, Say(texts::DriveOptionText))
       ->type_name(Say(texts::DriveType))
       ->expected(1)
       ->take_all();
-  scan->add_option("--plugins", raw.plugins, Say(texts::PluginsOption))
+  return app.add_option("--windows", raw.target.folder, Say(windows))
+      ->type_name(Say(texts::FolderType));
+}
+
+void AddList(CLI::App& app, const char* name, std::vector<std::string>& list, const TText& text) {
+  app.add_option(name, list, Say(text))
       ->type_name("ID,...")
       ->expected(1)
       ->delimiter(',')
       ->take_all();
-  scan->add_option("--format", raw.format, Say(texts::FormatOption))->type_name("text|json");
-  scan->add_option("--output", raw.output, Say(texts::OutputOption))
-      ->type_name(Say(texts::FileType));
-  AddLanguage(*scan, raw);
+}
+
+void AddFormat(CLI::App& app, RawOptions& raw) {
+  app.add_option("--format", raw.format, Say(texts::FormatOption))->type_name("text|json");
+}
+
+void AddBackup(CLI::App& app, RawOptions& raw) {
+  app.add_option("--backup", raw.backup, Say(texts::BackupOption))
+      ->type_name(Say(texts::FolderType));
+}
+
+// What a scan and everything that begins with one understand.
+void AddScanOptions(CLI::App& app, RawOptions& raw) {
+  AddTarget(app, raw, texts::WindowsOption)->required();
+  AddList(app, "--plugins", raw.plugins, texts::PluginsOption);
+  AddFormat(app, raw);
+  app.add_option("--output", raw.output, Say(texts::OutputOption))->type_name(Say(texts::FileType));
+}
+
+CLI::App* AddScan(CLI::App& app, RawOptions& raw) {
+  CLI::App* scan = AddCommand(app, raw, "scan", texts::ScanCommand);
+  scan->footer(Say(texts::ExitCodes));
+  AddScanOptions(*scan, raw);
+  scan->add_flag("--all", raw.all, Say(texts::AllHiddenOption));
   return scan;
 }
 
-CLI::App* AddPlugins(CLI::App& app, RawOptions& raw) {
-  CLI::App* plugins = app.add_subcommand("plugins", Say(texts::PluginsCommand));
-  Dress(*plugins);
-  plugins->group(Say(texts::CommandsLabel));
-  AddLanguage(*plugins, raw);
-  return plugins;
+CLI::App* AddClean(CLI::App& app, RawOptions& raw) {
+  CLI::App* clean = AddCommand(app, raw, "clean", texts::CleanCommand);
+  clean->footer(Say(texts::CleanExitCodes));
+  AddScanOptions(*clean, raw);
+  clean->add_flag("--all", raw.all, Say(texts::AllOption));
+  AddList(*clean, "--select", raw.ids, texts::SelectOption);
+  clean->add_flag("--dry-run", raw.dryRun, Say(texts::DryRunOption));
+  clean->add_flag("--yes", raw.yes, Say(texts::YesOption));
+  clean->add_flag("--until-clean", raw.untilClean, Say(texts::UntilCleanOption));
+  AddBackup(*clean, raw);
+  return clean;
+}
+
+CLI::App* AddUndo(CLI::App& app, RawOptions& raw) {
+  CLI::App* undo = AddCommand(app, raw, "undo", texts::UndoCommand);
+  undo->footer(Say(texts::UndoExitCodes));
+  undo->add_option("SESSION", raw.session, Say(texts::SessionArgument));
+  AddTarget(*undo, raw, texts::UndoWindowsOption);
+  AddList(*undo, "--item", raw.ids, texts::ItemOption);
+  undo->add_flag("--list", raw.list, Say(texts::ListOption));
+  AddBackup(*undo, raw);
+  undo->add_option("--export", raw.exportFile, Say(texts::ExportOption))
+      ->type_name(Say(texts::FileType));
+  AddFormat(*undo, raw);
+  return undo;
+}
+
+CLI::App* AddRecover(CLI::App& app, RawOptions& raw) {
+  CLI::App* recover = AddCommand(app, raw, "recover", texts::RecoverCommand);
+  AddTarget(*recover, raw, texts::WindowsOption)->required();
+  return recover;
+}
+
+CLI::App* AddIgnore(CLI::App& app, RawOptions& raw) {
+  CLI::App* ignore = AddCommand(app, raw, "ignore", texts::IgnoreCommand);
+  ignore->add_option("ACTION", raw.action, Say(texts::ActionArgument))
+      ->type_name("add|list|remove")
+      ->required();
+  ignore->add_option("ID", raw.id, Say(texts::IdArgument));
+  AddTarget(*ignore, raw, texts::WindowsOption)->required();
+  AddList(*ignore, "--plugins", raw.plugins, texts::PluginsOption);
+  ignore->add_flag("--machine", raw.machine, Say(texts::MachineOption));
+  ignore->add_option("--reason", raw.reason, Say(texts::ReasonOption))->type_name("TEXT");
+  AddBackup(*ignore, raw);
+  return ignore;
 }
 
 ParsedCommand Fail(const TText& text, std::string_view value) {
   return {std::nullopt, Say(text, {value})};
 }
 
-ParsedCommand ScanFrom(RawOptions raw) {
-  ScanCommand scan;
+// The parts of the options that need more than to be copied. Nothing when all is well.
+std::optional<ParsedCommand> Convert(RawOptions& raw, ScanOptions& options) {
   const std::optional<ReportFormat> format = FormatByName(raw.format);
   if (!format) return Fail(texts::UnknownFormat, raw.format);
-  scan.format = *format;
+  options.format = *format;
   for (const std::string& text : raw.drives) {
     std::optional<DriveOption> drive = ParseDrive(text);
     if (!drive) return Fail(texts::BadDrive, text);
     raw.target.drives.push_back(std::move(*drive));
   }
-  for (const std::string& id : raw.plugins) scan.plugins.push_back(FromUtf8(id));
-  scan.target = std::move(raw.target);
-  scan.output = std::move(raw.output);
-  return {std::move(scan), {}};
+  for (const std::string& id : raw.plugins) options.plugins.push_back(FromUtf8(id));
+  options.target = std::move(raw.target);
+  options.output = std::move(raw.output);
+  return std::nullopt;
+}
+
+ParsedCommand ScanFrom(const RawOptions& raw, ScanOptions options) {
+  return {ScanCommand{std::move(options), raw.all}, {}};
+}
+
+ParsedCommand CleanFrom(const RawOptions& raw, ScanOptions options) {
+  if (raw.all == !raw.ids.empty()) return {std::nullopt, Say(texts::AllOrSelect)};
+  CleanCommand clean{std::move(options), {raw.all, raw.ids}, raw.dryRun, raw.yes,
+                     raw.untilClean,     raw.backup};
+  return {std::move(clean), {}};
+}
+
+ParsedCommand UndoFrom(const RawOptions& raw, ScanOptions options) {
+  UndoCommand undo{std::move(options.target),
+                   raw.backup,
+                   raw.session,
+                   raw.ids,
+                   raw.list,
+                   raw.exportFile,
+                   options.format};
+  return {std::move(undo), {}};
+}
+
+ParsedCommand RecoverFrom(const RawOptions&, ScanOptions options) {
+  return {RecoverCommand{std::move(options.target)}, {}};
+}
+
+ParsedCommand IgnoreFrom(const RawOptions& raw, ScanOptions options) {
+  static constexpr std::array<std::pair<std::string_view, IgnoreAction>, 3> actions = {{
+      {"add", IgnoreAction::Add},
+      {"list", IgnoreAction::List},
+      {"remove", IgnoreAction::Remove},
+  }};
+  const auto* action = std::find_if(actions.begin(), actions.end(),
+                                    [&](const auto& entry) { return entry.first == raw.action; });
+  if (action == actions.end()) return Fail(texts::UnknownAction, raw.action);
+  const bool takesId = action->second != IgnoreAction::List;
+  if (takesId && raw.id.empty()) return Fail(texts::MissingOption, "ID");
+  if (!takesId && !raw.id.empty()) return Fail(texts::UnknownArgument, raw.id);
+  IgnoreCommand ignore{action->second,  raw.id,      std::move(options.target),
+                       options.plugins, raw.machine, raw.reason,
+                       raw.backup};
+  return {std::move(ignore), {}};
+}
+
+ParsedCommand PluginsFrom(const RawOptions&, ScanOptions) {
+  return {PluginsCommand{}, {}};
 }
 
 // The parser library speaks English only; what users get to see of its complaints is said here.
@@ -160,8 +287,15 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
   app.set_version_flag("--version", "scrubwell " SCRUBWELL_VERSION, Say(texts::VersionFlag));
   app.require_subcommand(1);
   AddLanguage(app, raw);
-  const CLI::App* scan = AddScan(app, raw);
-  const CLI::App* plugins = AddPlugins(app, raw);
+  using Finish = ParsedCommand (*)(const RawOptions&, ScanOptions);
+  const std::pair<const CLI::App*, Finish> commands[] = {
+      {AddScan(app, raw), &ScanFrom},
+      {AddClean(app, raw), &CleanFrom},
+      {AddUndo(app, raw), &UndoFrom},
+      {AddRecover(app, raw), &RecoverFrom},
+      {AddIgnore(app, raw), &IgnoreFrom},
+      {AddCommand(app, raw, "plugins", texts::PluginsCommand), &PluginsFrom},
+  };
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -171,8 +305,12 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
   } catch (const CLI::ParseError& error) {
     return Complain(app, error);
   }
-  if (plugins->parsed()) return {PluginsCommand{}, {}};
-  return scan->parsed() ? ScanFrom(std::move(raw)) : Fail(texts::MissingCommand, {});
+  ScanOptions options;
+  if (auto complaint = Convert(raw, options)) return *complaint;
+  for (const auto& [command, finish] : commands) {
+    if (command->parsed()) return finish(raw, std::move(options));
+  }
+  return Fail(texts::MissingCommand, {});
 }
 
 }  // namespace scrubwell::cli

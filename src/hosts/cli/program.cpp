@@ -3,18 +3,16 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 
-#include "hosts/cli/command_line.h"
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/commands.h"
 #include "hosts/cli/host_texts.h"
 #include "hosts/cli/language.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/progress_line.h"
+#include "hosts/cli/stop_signals.h"
 #include "hosts/driver/null_platform.h"
-#include "plugins/package.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::cli {
@@ -25,42 +23,6 @@ namespace {
 constexpr std::size_t MaxWidth = 100;
 constexpr std::size_t PlainWidth = 80;
 
-int Fail(ExitCode code, std::string_view sentence) {
-  std::fprintf(stderr, "scrubwell: %.*s.\n", static_cast<int>(sentence.size()), sentence.data());
-  return code;
-}
-
-// The package, loaded for as long as this lives. The platform comes first and goes last.
-class LoadedPackage {
- public:
-  explicit LoadedPackage(TPlatform& platform) {
-    SetPlatform(&platform);
-    LoadPackage();
-  }
-  ~LoadedPackage() {
-    UnloadPackage();
-    SetPlatform(nullptr);
-  }
-  LoadedPackage(const LoadedPackage&) = delete;
-  LoadedPackage& operator=(const LoadedPackage&) = delete;
-};
-
-extern "C" void RequestStop(int) {
-  StopSearch = true;
-}
-static_assert(std::atomic<bool>::is_always_lock_free, "set from a signal handler");
-
-// The first signal stops the scan, so that what was found is still shown; a second one has its
-// usual effect.
-void CatchStopSignals() {
-  struct sigaction action {};
-  action.sa_handler = RequestStop;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
-}
-
 RunOutcome Scan() {
   ProgressLine line;
   ScanDriver driver([&line](const RunProgress& progress) { line.Show(progress); });
@@ -68,15 +30,29 @@ RunOutcome Scan() {
 }
 
 std::string Render(const ScanReport& report, const ScanCommand& command) {
-  if (command.format == ReportFormat::Json) return JsonReport(report);
-  const std::size_t columns =
-      command.output.empty() ? TerminalWidth(STDOUT_FILENO, PlainWidth) : PlainWidth;
-  return TextReport(report, std::min(columns, MaxWidth));
+  if (command.scan.format == ReportFormat::Json) return JsonReport(report);
+  return TextReport(report, ReportWidth(!command.scan.output.empty()), command.all);
+}
+
+}  // namespace
+
+int Fail(ExitCode code, std::string_view sentence) {
+  std::fprintf(stderr, "scrubwell: %.*s.\n", static_cast<int>(sentence.size()), sentence.data());
+  return code;
+}
+
+ExitCode CodeOf(CleanFailure failure) {
+  return failure == CleanFailure::WrongUse ? WrongUse : Unreadable;
+}
+
+std::size_t ReportWidth(bool toFile) {
+  return std::min(toFile ? PlainWidth : TerminalWidth(STDOUT_FILENO, PlainWidth), MaxWidth);
 }
 
 int Run(const ScanCommand& command) {
-  if (const auto error = CheckOutput(command.output)) return Fail(WrongUse, *error);
-  const OfflineOpenResult opened = OfflineBackend::Open(command.target);
+  const ScanOptions& options = command.scan;
+  if (const auto error = CheckOutput(options.output)) return Fail(WrongUse, *error);
+  const OfflineOpenResult opened = OfflineBackend::Open(options.target);
   if (!opened.backend) {
     return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
   }
@@ -86,12 +62,12 @@ int Run(const ScanCommand& command) {
   // and a signal just ends the program.
   CatchStopSignals();
   UnicodeString unknown;
-  if (!ChoosePlugins(command.plugins, unknown)) {
+  if (!ChoosePlugins(options.plugins, unknown)) {
     return Fail(WrongUse, Say(texts::UnknownPlugin, {ToUtf8(unknown)}));
   }
   const RunOutcome outcome = Scan();
   const ScanReport report{backend.Target(), outcome, backend.Notes()};
-  if (const auto error = WriteOutput(command.output, Render(report, command))) {
+  if (const auto error = WriteOutput(options.output, Render(report, command))) {
     return Fail(WrongUse, *error);
   }
   if (outcome == RunOutcome::Stopped) return Stopped;
@@ -116,8 +92,6 @@ int Run(const PluginsCommand&) {
   }
   return Run(PrintCommand{list});
 }
-
-}  // namespace
 
 int RunProgram(int argc, const char* const* argv) {
   try {

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "backends/offline/offline_backend.h"
+#include "hosts/cli/json_writer.h"
 #include "hosts/driver/scan_driver.h"
 
 namespace scrubwell::cli {
@@ -20,7 +22,8 @@ struct ScanReport {
 
 /// UTF-8 for people, wrapped at `width` columns; control characters from the registry are replaced,
 /// so that no entry can steer a terminal.
-std::string TextReport(const ScanReport& report, std::size_t width);
+/// With `showHidden` the problems on the ignore list are listed too; their number always is told.
+std::string TextReport(const ScanReport& report, std::size_t width, bool showHidden);
 
 /// UTF-8, docs/json.md describes it.
 std::string JsonReport(const ScanReport& report);
@@ -28,5 +31,20 @@ std::string JsonReport(const ScanReport& report);
 /// A text from the registry made harmless for a terminal: control characters, lone surrogates
 /// and marks that turn the writing direction become U+FFFD.
 std::string Printable(UnicodeView text);
+
+// ---- Parts that reports share ---------------------------------------------------------------
+
+/// The target in one line, without a line end.
+std::string TargetLine(const TargetFacts& target);
+
+/// Appends lines of at most `width` columns, indented. Broken at blanks; a word that is wider than
+/// the line (a path) stays whole, so that it can be copied.
+void AppendWrapped(std::string& out, std::string_view text, std::size_t indent, std::size_t width);
+
+/// The notes with their heading; nothing when there are none.
+void AppendNotes(std::string& out, const TStringList& notes, std::size_t width);
+
+/// The target as an object.
+void WriteTarget(JsonWriter& json, const TargetFacts& target);
 
 }  // namespace scrubwell::cli

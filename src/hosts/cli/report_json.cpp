@@ -21,20 +21,6 @@ std::string_view StateName(TRcpState state) {
   return "unknown";
 }
 
-void WriteTarget(JsonWriter& json, const TargetFacts& target) {
-  json.BeginObject();
-  json.Key("folder").Text(target.folder);
-  json.Key("product").Text(target.productName);
-  json.Key("version").Text(target.version);
-  json.Key("build").Number(target.build);
-  json.Key("is_64bit").Bool(target.is64Bit);
-  json.Key("user").Text(target.userName);
-  json.Key("user_sid").Text(target.userSid);
-  json.Key("system_root").Text(target.systemRoot);
-  json.Key("control_set").Number(target.controlSet);
-  json.EndObject();
-}
-
 void WritePlugin(JsonWriter& json, const TRCPlugin& plugin) {
   json.BeginObject();
   json.Key("id").Text(plugin.FPluginID);
@@ -72,6 +58,12 @@ void WriteProblem(JsonWriter& json, const std::string& id, const TSweepError& pr
   json.EndObject();
 }
 
+std::int64_t CountHidden() {
+  std::int64_t hidden = 0;
+  for (std::int32_t i = 0; i < SweepErrors->Count(); ++i) hidden += !(*SweepErrors)[i].Visible;
+  return hidden;
+}
+
 void WriteProblems(JsonWriter& json) {
   const std::vector<std::string> ids = ProblemIds(*SweepErrors);
   json.BeginArray();
@@ -82,6 +74,20 @@ void WriteProblems(JsonWriter& json) {
 }
 
 }  // namespace
+
+void WriteTarget(JsonWriter& json, const TargetFacts& target) {
+  json.BeginObject();
+  json.Key("folder").Text(target.folder);
+  json.Key("product").Text(target.productName);
+  json.Key("version").Text(target.version);
+  json.Key("build").Number(target.build);
+  json.Key("is_64bit").Bool(target.is64Bit);
+  json.Key("user").Text(target.userName);
+  json.Key("user_sid").Text(target.userSid);
+  json.Key("system_root").Text(target.systemRoot);
+  json.Key("control_set").Number(target.controlSet);
+  json.EndObject();
+}
 
 std::string JsonReport(const ScanReport& report) {
   std::string out;
@@ -98,6 +104,7 @@ std::string JsonReport(const ScanReport& report) {
   json.Key("counts").BeginObject();
   json.Key("real_sweep_errors").Number(RealSweepErrorCount);
   json.Key("category_errors").Number(CategoryErrors);
+  json.Key("hidden").Number(CountHidden());
   json.EndObject();
   json.Key("notes").BeginArray();
   for (const UnicodeString& note : report.notes) json.Text(note);

@@ -24,8 +24,54 @@ std::size_t Columns(std::string_view utf8) {
   }));
 }
 
-// Broken at blanks; a word that is wider than the line (a path) stays whole, so that it can be
-// copied.
+using ProblemGroups = std::unordered_map<UnicodeView, std::vector<std::int32_t>>;
+
+void AppendCategory(std::string& out, const TRCPlugin& plugin,
+                    const std::vector<std::int32_t>& problems, const std::vector<std::string>& ids,
+                    std::size_t width) {
+  out += '\n';
+  out += Printable(plugin.Caption) + " (" + std::to_string(problems.size()) + ")\n";
+  AppendWrapped(out, Printable(plugin.ShortDescription), 2, width);
+  for (const std::int32_t index : problems) {
+    const TSweepError& problem = (*SweepErrors)[index];
+    out += '\n';
+    out += "  " + ids[static_cast<std::size_t>(index)] + "  " + Printable(problem.Caption);
+    if (!problem.Visible) out += ' ' + Say(texts::HiddenMark);
+    out += '\n';
+    AppendWrapped(out, Printable(problem.ShortDescription), 16, width);
+  }
+}
+
+void AppendSummary(std::string& out, const ScanReport& report, std::size_t found,
+                   std::size_t hidden) {
+  out += '\n';
+  if (found == 0) out += Say(texts::FoundNone);
+  if (found == 1) out += Say(texts::FoundOne);
+  if (found > 1) out += Say(texts::FoundMany, {std::to_string(found)});
+  if (hidden == 0) out += ' ' + Say(texts::HiddenNone);
+  if (hidden == 1) out += ' ' + Say(texts::HiddenOne);
+  if (hidden > 1) out += ' ' + Say(texts::HiddenMany, {std::to_string(hidden)});
+  if (report.outcome == RunOutcome::Stopped) out += ' ' + Say(texts::ScanStopped);
+  if (ShouldReSearch) out += ' ' + Say(texts::ScanAgain);
+  out += '\n';
+}
+
+}  // namespace
+
+std::string Printable(UnicodeView text) {
+  UnicodeString clean(text);
+  for (std::size_t i = 0; i < clean.size(); ++i) {
+    const bool pair =
+        IsHighSurrogate(clean[i]) && i + 1 < clean.size() && IsLowSurrogate(clean[i + 1]);
+    if (pair) {
+      ++i;
+    } else if (SteersTerminal(clean[i]) || IsHighSurrogate(clean[i]) || IsLowSurrogate(clean[i])) {
+      clean[i] = char16_t{0xFFFD};
+    }
+  }
+  return ToUtf8(clean);
+}
+
 void AppendWrapped(std::string& out, std::string_view text, std::size_t indent, std::size_t width) {
   std::size_t column = 0;
   while (!text.empty()) {
@@ -65,59 +111,20 @@ std::string TargetLine(const TargetFacts& target) {
   return line;
 }
 
-using ProblemGroups = std::unordered_map<UnicodeView, std::vector<std::int32_t>>;
-
-void AppendCategory(std::string& out, const TRCPlugin& plugin,
-                    const std::vector<std::int32_t>& problems, const std::vector<std::string>& ids,
-                    std::size_t width) {
-  out += '\n';
-  out += Printable(plugin.Caption) + " (" + std::to_string(problems.size()) + ")\n";
-  AppendWrapped(out, Printable(plugin.ShortDescription), 2, width);
-  for (const std::int32_t index : problems) {
-    const TSweepError& problem = (*SweepErrors)[index];
-    out += '\n';
-    out += "  " + ids[static_cast<std::size_t>(index)] + "  " + Printable(problem.Caption) + '\n';
-    AppendWrapped(out, Printable(problem.ShortDescription), 16, width);
-  }
+void AppendNotes(std::string& out, const TStringList& notes, std::size_t width) {
+  if (notes.empty()) return;
+  out += '\n' + Say(texts::NotesHeading) + '\n';
+  for (const UnicodeString& note : notes) AppendWrapped(out, Printable(note), 2, width);
 }
 
-void AppendSummary(std::string& out, const ScanReport& report, std::size_t found,
-                   std::size_t hidden) {
-  out += '\n';
-  if (found == 0) out += Say(texts::FoundNone);
-  if (found == 1) out += Say(texts::FoundOne);
-  if (found > 1) out += Say(texts::FoundMany, {std::to_string(found)});
-  if (hidden == 1) out += ' ' + Say(texts::HiddenOne);
-  if (hidden > 1) out += ' ' + Say(texts::HiddenMany, {std::to_string(hidden)});
-  if (report.outcome == RunOutcome::Stopped) out += ' ' + Say(texts::ScanStopped);
-  if (ShouldReSearch) out += ' ' + Say(texts::ScanAgain);
-  out += '\n';
-}
-
-}  // namespace
-
-std::string Printable(UnicodeView text) {
-  UnicodeString clean(text);
-  for (std::size_t i = 0; i < clean.size(); ++i) {
-    const bool pair =
-        IsHighSurrogate(clean[i]) && i + 1 < clean.size() && IsLowSurrogate(clean[i + 1]);
-    if (pair) {
-      ++i;
-    } else if (SteersTerminal(clean[i]) || IsHighSurrogate(clean[i]) || IsLowSurrogate(clean[i])) {
-      clean[i] = char16_t{0xFFFD};
-    }
-  }
-  return ToUtf8(clean);
-}
-
-std::string TextReport(const ScanReport& report, std::size_t width) {
+std::string TextReport(const ScanReport& report, std::size_t width, bool showHidden) {
   ProblemGroups groups;
   std::size_t found = 0;
   std::size_t hidden = 0;
   for (std::int32_t i = 0; i < SweepErrors->Count(); ++i) {
     const TSweepError& problem = (*SweepErrors)[i];
     ++(problem.Visible ? found : hidden);
-    if (problem.Visible) groups[problem.PluginID].push_back(i);
+    if (problem.Visible || showHidden) groups[problem.PluginID].push_back(i);
   }
   const std::vector<std::string> ids = ProblemIds(*SweepErrors);
   std::string out = TargetLine(report.target) + '\n';
@@ -125,10 +132,7 @@ std::string TextReport(const ScanReport& report, std::size_t width) {
     const auto group = groups.find(plugin->FPluginID);
     if (group != groups.end()) AppendCategory(out, *plugin, group->second, ids, width);
   }
-  if (!report.notes.empty()) {
-    out += '\n' + Say(texts::NotesHeading) + '\n';
-    for (const UnicodeString& note : report.notes) AppendWrapped(out, Printable(note), 2, width);
-  }
+  AppendNotes(out, report.notes, width);
   AppendSummary(out, report, found, hidden);
   return out;
 }

@@ -1,79 +1,11 @@
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <set>
 
+#include "hosts/cli/program_run.h"
+
+namespace scrubwell::test {
 namespace {
 
-namespace fs = std::filesystem;
-using nlohmann::json;
-
-std::string Content(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void Put(const fs::path& path, std::string_view bytes) {
-  fs::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << bytes;
-}
-
-struct Result {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-// A fresh sample installation in a folder of its own, and the program run on it. In arguments "@"
-// stands for that folder.
-class Program : public testing::Test {
- protected:
-  void SetUp() override {
-    std::string name = (fs::temp_directory_path() / "scrubwell-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-    ASSERT_EQ(Shell(SCRUBWELL_MKSAMPLE " " SCRUBWELL_SOURCE_DIR "/samples @").status, 0);
-    config_ = folder_ / "C/Windows/System32/config";
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  Result Shell(std::string command) const {
-    for (std::size_t at = 0; (at = command.find('@', at)) != std::string::npos;) {
-      command.replace(at, 1, folder_.string());
-    }
-    const fs::path out = folder_ / "stdout";
-    const fs::path err = folder_ / "stderr";
-    command += " >" + out.string() + " 2>" + err.string() + " </dev/null";
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Content(out), Content(err)};
-  }
-  Result Run(const std::string& arguments, const std::string& environment = "LC_ALL=C") const {
-    return Shell("env -u LC_ALL -u LC_MESSAGES -u LANG " + environment + " " SCRUBWELL_PROGRAM " " +
-                 arguments);
-  }
-  json Scan(const std::string& more = "") const {
-    const Result result = Run("scan --windows @/C --format json " + more);
-    EXPECT_LE(result.status, 1) << result.err;
-    return json::parse(result.out);
-  }
-
-  fs::path folder_;
-  fs::path config_;
-};
-
-// Everything that a failing run must keep to: nothing on the standard output, one sentence.
-void ExpectComplaint(const Result& result, int status, const std::string& part) {
-  EXPECT_EQ(result.status, status);
-  EXPECT_EQ(result.out, "");
-  EXPECT_TRUE(result.err.starts_with("scrubwell: ")) << result.err;
-  EXPECT_TRUE(result.err.ends_with(".\n")) << result.err;
-  EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
-  EXPECT_NE(result.err.find(part), std::string::npos) << result.err;
-}
+using Program = ProgramRun;
 
 TEST_F(Program, AnswersToItsArguments) {
   const std::string scan = "scan --windows @/C ";
@@ -308,3 +240,4 @@ TEST_F(Program, HealthyInstallationHasNoProblems) {
 }
 
 }  // namespace
+}  // namespace scrubwell::test

@@ -66,7 +66,7 @@ TEST(HelpFiles, FindsAndCleans) {
            }},
   };
   CheckCases<TRCPHelpFiles>(rows);
-  for (const std::size_t row : {2, 3})
+  for (const std::size_t row : {2U, 3U})
     CheckFaults(rows[row], [](World& world) { world.Create<TRCPHelpFiles>(); });
 }
 

@@ -90,7 +90,7 @@ TEST(ODBC, FindsAndCleans) {
   };
   CheckCases<TRCPODBC>(rows);
   // Where a data source's own key or driver can't be told, its listing still can.
-  for (const std::size_t row : {2, 3, 4}) {
+  for (const std::size_t row : {2U, 3U, 4U}) {
     Case fault = rows[row];
     fault.problems.push_back(OfListing("4", row == 3 ? "a" : "b", "None"));
     fault.problems.push_back(OfListing("5", "a", "Bad"));

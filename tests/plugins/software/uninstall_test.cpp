@@ -141,7 +141,7 @@ TEST(Uninstall, FindsAndCleans) {
        .options = {.is64Bit = false, .version = OsVersion::WinNT4}},
   };
   CheckCases<TRCPUninstall>(rows);
-  for (const std::size_t row : {3, 4, 6, 10, 11, 12})
+  for (const std::size_t row : {3U, 4U, 6U, 10U, 11U, 12U})
     CheckFaults(rows[row], [](World& world) { world.Create<TRCPUninstall>(); });
 }
 

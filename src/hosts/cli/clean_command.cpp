@@ -1,0 +1,191 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <set>
+#include <tuple>
+
+#include "hosts/cli/clean_report.h"
+#include "hosts/cli/commands.h"
+#include "hosts/cli/host_texts.h"
+#include "hosts/cli/language.h"
+#include "hosts/cli/output_file.h"
+#include "hosts/cli/progress_line.h"
+#include "hosts/cli/stop_signals.h"
+#include "registry/Stringhelper.h"
+
+namespace scrubwell::cli {
+
+namespace {
+
+int SayStopped() {
+  return Fail(Stopped, Say(texts::NothingChanged));
+}
+
+int RefuseSelection(const SelectResult& selection) {
+  switch (selection.failure) {
+    case SelectFailure::Hidden:
+      return Fail(WrongUse, Say(texts::HiddenProblem, {selection.id}));
+    case SelectFailure::Ambiguous:
+      return Fail(WrongUse, Say(texts::AmbiguousProblem, {selection.id}));
+    default:
+      return Fail(WrongUse, Say(texts::UnknownProblem, {selection.id}));
+  }
+}
+
+// One pass of scan and clean over an installation. All changes stay in memory until Commit, and
+// are forgotten when this goes without one.
+class CleanPass {
+ public:
+  explicit CleanPass(const CleanCommand& command) : command_(command) {}
+
+  // Nothing, or the exit status when it has failed and said why.
+  std::optional<int> Run(const CleanSelection& selection, bool mayBeMissing) {
+    if (const auto code = Open()) return code;
+    ProgressLine line;
+    CleanDriver driver(Events(), [&line](const RunProgress& progress) { line.Show(progress); });
+    report_.result = driver.Run(selection, command_.untilClean, mayBeMissing);
+    if (report_.result.selection.failure != SelectFailure::None) {
+      return RefuseSelection(report_.result.selection);
+    }
+    if (report_.result.outcome == RunOutcome::Stopped || StopRequested()) return SayStopped();
+    report_.target = session_->Backend().Target();
+    report_.notes = session_->Backend().Notes();
+    report_.journal = session_->Problems();
+    report_.items = session_->Items();
+    report_.dryRun = command_.dryRun;
+    return std::nullopt;
+  }
+
+  std::optional<int> Commit() {
+    if (report_.items.empty()) return std::nullopt;
+    const UnstoppableSection section;
+    // A request that came in up to here still counts.
+    if (StopRequested()) return SayStopped();
+    report_.commit = session_->Commit();
+    if (report_.commit.failure == CleanFailure::None) return std::nullopt;
+    return Fail(CodeOf(report_.commit.failure), report_.commit.error);
+  }
+
+  [[nodiscard]] const CleanReport& Report() const { return report_; }
+
+ private:
+  std::optional<int> Open() {
+    CleanOptions options;
+    options.target = command_.scan.target;
+    options.backupFolder = command_.backup;
+    options.dryRun = command_.dryRun;
+    CleanOpenResult opened = CleanSession::Open(options);
+    if (!opened.session) return Fail(CodeOf(opened.failure), opened.error);
+    session_ = std::move(opened.session);
+    package_ = std::make_unique<LoadedPackage>(session_->Backend().Platform());
+    CatchStopSignals();
+    UnicodeString unknown;
+    if (ChoosePlugins(command_.scan.plugins, unknown)) return std::nullopt;
+    return Fail(WrongUse, Say(texts::UnknownPlugin, {ToUtf8(unknown)}));
+  }
+
+  CleanEvents Events() {
+    CleanSession& session = *session_;
+    return {
+        [&session] { session.BeginRound(); },
+        [&session](const CleanedProblem& problem) {
+          session.BeginProblem({problem.id, problem.plugin, problem.kind, problem.caption, false});
+        },
+        [&session](const CleanedProblem&, bool repaired) { session.EndProblem(repaired); }};
+  }
+
+  const CleanCommand& command_;
+  CleanReport report_;
+  std::unique_ptr<CleanSession> session_;
+  std::unique_ptr<LoadedPackage> package_;  // stands on the session's platform
+};
+
+using Change = std::tuple<JournalAction, UnicodeString, UnicodeString, std::uint64_t, std::uint64_t,
+                          std::uint64_t>;
+
+Change Key(const JournalItem& item) {
+  return {item.action, item.place, item.name, item.subkeys, item.values, item.bytes};
+}
+
+// Whether nothing goes that the user has not agreed to.
+bool KeepsTo(const CleanReport& plan, const CleanReport& report) {
+  std::set<Change> agreed;
+  for (const JournalItem& item : plan.items) agreed.insert(Key(item));
+  return std::all_of(report.items.begin(), report.items.end(),
+                     [&](const JournalItem& item) { return agreed.contains(Key(item)); });
+}
+
+// Plan and question go where the user looks, and not between the lines of a report.
+bool UserAgrees(const CleanReport& plan, const CleanCommand& command) {
+  const bool plain = command.scan.format == ReportFormat::Text && command.scan.output.empty();
+  std::FILE* stream = plain ? stdout : stderr;
+  const std::string text = PlanText(plan, ReportWidth(!plain));
+  std::fwrite(text.data(), 1, text.size(), stream);
+  std::fflush(stream);
+  std::fprintf(stderr, "\n%s", Say(texts::Ask).c_str());
+  char answer[64] = "";
+  if (std::fgets(answer, sizeof answer, stdin) == nullptr) return false;
+  const UnicodeString word(Trim(FromUtf8(answer)));
+  for (const UnicodeView yes : {u"y", u"yes", u"j", u"ja"}) {
+    if (SameText(word, yes)) return true;
+  }
+  return false;
+}
+
+int Finish(const CleanReport& report, const CleanCommand& command, bool planShown) {
+  const bool json = command.scan.format == ReportFormat::Json;
+  const std::size_t width = ReportWidth(!command.scan.output.empty());
+  std::string text;
+  if (json) {
+    text = CleanJson(report);
+  } else if (report.dryRun) {
+    text = PlanText(report, width);
+  } else {
+    text = ResultText(report, width, !planShown);
+  }
+  if (const auto error = WriteOutput(command.scan.output, text)) return Fail(WrongUse, *error);
+  return report.result.Left() > 0 ? ProblemsFound : NoProblems;
+}
+
+// The user is shown what a pass over the installation has come to, and it is forgotten. Then a new
+// pass takes up the same problems, however long the answer took: what is no longer broken is left
+// alone, and nothing may go that was not in the plan.
+int CleanAfterAsking(const CleanCommand& command) {
+  CleanReport plan;
+  {
+    CleanPass pass(command);
+    if (const auto code = pass.Run(command.selection, false)) return *code;
+    plan = pass.Report();
+  }
+  if (plan.items.empty()) return Finish(plan, command, false);
+  const bool agreed = UserAgrees(plan, command);
+  if (StopRequested()) return SayStopped();
+  if (!agreed) return Fail(ProblemsFound, Say(texts::NothingChanged));
+  CleanSelection selection;
+  for (const CleanedProblem& problem : plan.result.problems) selection.ids.push_back(problem.id);
+  CleanPass pass(command);
+  if (const auto code = pass.Run(selection, true)) return *code;
+  if (!KeepsTo(plan, pass.Report())) return Fail(ProblemsFound, Say(texts::PlanOutdated));
+  if (const auto code = pass.Commit()) return *code;
+  const bool plain = command.scan.format == ReportFormat::Text && command.scan.output.empty();
+  return Finish(pass.Report(), command, plain);
+}
+
+}  // namespace
+
+int Run(const CleanCommand& command) {
+  const bool ask = !command.yes && !command.dryRun;
+  if (ask && ::isatty(STDIN_FILENO) != 1) return Fail(WrongUse, Say(texts::NeedsYes));
+  if (const auto error = CheckOutput(command.scan.output)) return Fail(WrongUse, *error);
+  if (ask) return CleanAfterAsking(command);
+  CleanPass pass(command);
+  if (const auto code = pass.Run(command.selection, false)) return *code;
+  if (!command.dryRun) {
+    if (const auto code = pass.Commit()) return *code;
+  }
+  return Finish(pass.Report(), command, false);
+}
+
+}  // namespace scrubwell::cli

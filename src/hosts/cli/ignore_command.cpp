@@ -1,0 +1,115 @@
+#include <memory>
+
+#include "hosts/cli/commands.h"
+#include "hosts/cli/host_texts.h"
+#include "hosts/cli/language.h"
+#include "hosts/cli/progress_line.h"
+#include "hosts/cli/stop_signals.h"
+#include "hosts/driver/problem_id.h"
+#include "registry/Stringhelper.h"
+
+namespace scrubwell::cli {
+
+namespace {
+
+RootKey ListRoot(bool machine) {
+  return machine ? Platform().product.root : HKEY_CURRENT_USER;
+}
+
+// The list changes through the same transaction as everything else, so that this too can be put
+// back.
+int Commit(CleanSession& session) {
+  const UnstoppableSection section;
+  if (StopRequested()) return Fail(Stopped, Say(texts::NothingChanged));
+  const CommitResult result = session.Commit();
+  return result.failure == CleanFailure::None ? NoProblems
+                                              : Fail(CodeOf(result.failure), result.error);
+}
+
+int Add(const IgnoreCommand& command, CleanSession& session) {
+  UnicodeString unknown;
+  if (!ChoosePlugins(command.plugins, unknown)) {
+    return Fail(WrongUse, Say(texts::UnknownPlugin, {ToUtf8(unknown)}));
+  }
+  RunOutcome outcome = RunOutcome::Complete;
+  {
+    ProgressLine line;
+    outcome = ScanDriver([&line](const RunProgress& progress) { line.Show(progress); }).Scan();
+  }
+  if (outcome == RunOutcome::Stopped) return Fail(Stopped, Say(texts::NothingChanged));
+  std::int32_t index = -1;
+  const SelectFailure failure = FindProblem(command.id, index);
+  if (failure == SelectFailure::Ambiguous) {
+    return Fail(WrongUse, Say(texts::AmbiguousProblem, {command.id}));
+  }
+  // One that is hidden already may be put on the other list, or get another reason.
+  if (index < 0) return Fail(WrongUse, Say(texts::UnknownProblem, {command.id}));
+  const TSweepError& problem = (*SweepErrors)[index];
+  const UnicodeString reason =
+      command.reason.empty() ? problem.ShortDescription : FromUtf8(command.reason);
+  const UnicodeString data = BuildIgnoredProblemData(BuildErrorIdentificationString(problem),
+                                                     problem.PluginID, problem.Caption, reason);
+  const std::string id = ProblemIds(*SweepErrors)[static_cast<std::size_t>(index)];
+  const UnicodeString key = IgnoredProblemsKey();
+  const Status status = Platform().registry.SetValue({ListRoot(command.machine), key, View::Native},
+                                                     {FromUtf8(id), REGT_SZ, TextData(data)});
+  if (status != Status::Ok) return Fail(Unreadable, Say(texts::IgnoreNotStored, {command.id}));
+  return Commit(session);
+}
+
+int Remove(const IgnoreCommand& command, CleanSession& session) {
+  const UnicodeString key = IgnoredProblemsKey();
+  const Status status = Platform().registry.DeleteValue(
+      {ListRoot(command.machine), key, View::Native}, FromUtf8(command.id));
+  if (status == Status::Absent) return Fail(WrongUse, Say(texts::NotIgnored, {command.id}));
+  if (status != Status::Ok) return Fail(Unreadable, Say(texts::IgnoreNotStored, {command.id}));
+  return Commit(session);
+}
+
+void AppendList(std::string& out, bool machine) {
+  TStringList names;
+  TStringList data;
+  EnumRegValuesEx(ListRoot(machine), IgnoredProblemsKey(), names, data, {});
+  for (std::size_t i = 0; i < names.size() && i < data.size(); ++i) {
+    ClearIgnoredProblems();
+    AddIgnoredProblem(names[i], data[i]);
+    const auto* entry = static_cast<const TIgnoredProblem*>(IgnoredProblems->First());
+    if (entry == nullptr) continue;
+    out += Printable(entry->StoredName) + "  " + Printable(entry->Text1) + "  " +
+           Printable(entry->Text2);
+    if (machine) out += ' ' + Say(texts::OnMachineList);
+    out += '\n';
+    if (!entry->Text3.empty()) AppendWrapped(out, Printable(entry->Text3), 4, ReportWidth(false));
+  }
+  ClearIgnoredProblems();
+}
+
+int List(const IgnoreCommand& command) {
+  const OfflineOpenResult opened = OfflineBackend::Open(command.target);
+  if (!opened.backend) {
+    return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
+  }
+  const LoadedPackage package(opened.backend->Platform());
+  std::string out;
+  if (!command.machine) AppendList(out, false);
+  AppendList(out, true);
+  if (out.empty()) out = Say(texts::NoIgnored) + '\n';
+  return Run(PrintCommand{out});
+}
+
+}  // namespace
+
+int Run(const IgnoreCommand& command) {
+  if (command.action == IgnoreAction::List) return List(command);
+  CleanOptions options;
+  options.target = command.target;
+  options.backupFolder = command.backup;
+  const CleanOpenResult opened = CleanSession::Open(options);
+  if (!opened.session) return Fail(CodeOf(opened.failure), opened.error);
+  const LoadedPackage package(opened.session->Backend().Platform());
+  CatchStopSignals();
+  return command.action == IgnoreAction::Add ? Add(command, *opened.session)
+                                             : Remove(command, *opened.session);
+}
+
+}  // namespace scrubwell::cli

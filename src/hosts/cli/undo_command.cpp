@@ -1,0 +1,79 @@
+#include <algorithm>
+
+#include "hosts/cli/clean_report.h"
+#include "hosts/cli/commands.h"
+#include "hosts/cli/host_texts.h"
+#include "hosts/cli/language.h"
+#include "hosts/cli/output_file.h"
+#include "hosts/cli/stop_signals.h"
+
+namespace scrubwell::cli {
+
+namespace {
+
+int Print(const std::string& text) {
+  return Run(PrintCommand{text});
+}
+
+int ListSessionsOf(const UndoCommand& command) {
+  const bool json = command.format == ReportFormat::Json;
+  if (command.session.empty()) {
+    const std::vector<SessionInfo> sessions = ListSessions(command.backup);
+    return Print(json ? SessionsJson(sessions) : SessionsText(sessions));
+  }
+  const SessionContent content = ReadSession(command.backup, command.session);
+  if (content.failure != CleanFailure::None) return Fail(CodeOf(content.failure), content.error);
+  return Print(json ? SessionJson(content) : SessionText(content));
+}
+
+int Export(const UndoCommand& command) {
+  if (const auto error = CheckOutput(command.exportFile)) return Fail(WrongUse, *error);
+  const ExportResult result = ExportSession(command.backup, command.session);
+  if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
+  if (const auto error = WriteOutput(command.exportFile, result.bytes)) {
+    return Fail(WrongUse, *error);
+  }
+  return NoProblems;
+}
+
+}  // namespace
+
+int Run(const UndoCommand& command) {
+  if (command.list) return ListSessionsOf(command);
+  if (!command.exportFile.empty()) return Export(command);
+  UndoOptions options;
+  options.target = command.target;
+  options.backupFolder = command.backup;
+  options.session = command.session;
+  options.items = command.items;
+  if (options.target.folder.empty()) {
+    const SessionContent content = ReadSession(command.backup, command.session);
+    if (content.failure != CleanFailure::None) return Fail(CodeOf(content.failure), content.error);
+    options.target.folder = content.info.target;
+    options.session = content.info.name;
+  }
+  const UnstoppableSection section;
+  const UndoResult result = Undo(options);
+  if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
+  const bool json = command.format == ReportFormat::Json;
+  const int code = Print(json ? UndoJson(result) : UndoText(result, ReportWidth(false)));
+  const bool whole = std::all_of(result.items.begin(), result.items.end(), [](const auto& entry) {
+    return entry.outcome == UndoOutcome::Restored || entry.outcome == UndoOutcome::AlreadyThere;
+  });
+  return code == NoProblems && !whole ? ProblemsFound : code;
+}
+
+int Run(const RecoverCommand& command) {
+  const UnstoppableSection section;
+  const RecoverResult result = Recover(command.target);
+  if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
+  using Outcome = RecoverResult::Outcome;
+  std::string text = Say(texts::RecoverNothing);
+  if (result.outcome == Outcome::Completed) text = Say(texts::RecoverCompleted);
+  if (result.outcome == Outcome::RolledBack) text = Say(texts::RecoverRolledBack);
+  text += '\n';
+  for (const std::string& note : result.notes) text += note + '\n';
+  return Print(text);
+}
+
+}  // namespace scrubwell::cli

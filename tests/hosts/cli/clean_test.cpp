@@ -1,0 +1,221 @@
+#include <map>
+#include <set>
+
+#include "hosts/cli/program_run.h"
+
+namespace scrubwell::test {
+namespace {
+
+const std::string Where = " --windows @/C --backup @/backup ";
+const std::string Json = " --format json ";
+
+class Clean : public ProgramRun {
+ protected:
+  // Every file of the installation with its content.
+  [[nodiscard]] std::map<std::string, std::string> Disk() const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(folder_ / "C")) {
+      if (entry.is_regular_file()) files[entry.path().string()] = Content(entry.path());
+    }
+    return files;
+  }
+  [[nodiscard]] std::set<std::string> Found(const std::string& more = "") const {
+    std::set<std::string> ids;
+    const json report = Scan(more);
+    for (const json& problem : report.at("problems")) {
+      if (problem.at("visible").get<bool>()) ids.insert(problem.at("id").get<std::string>());
+    }
+    return ids;
+  }
+  // The id of a problem, by a part of its data.
+  [[nodiscard]] std::string Id(const std::string& part) const {
+    const json report = Scan();
+    for (const json& problem : report.at("problems")) {
+      if (problem.at("data").dump().find(part) != std::string::npos) return problem.at("id");
+    }
+    ADD_FAILURE() << part;
+    return {};
+  }
+  [[nodiscard]] json Report(const std::string& arguments, int status) const {
+    const Result result = Run(arguments + Json);
+    EXPECT_EQ(result.status, status) << arguments << ": " << result.err;
+    return result.out.empty() ? json() : json::parse(result.out);
+  }
+};
+
+TEST_F(Clean, PlansCleansAndPutsBack) {
+  const std::string shared = "--plugins SharedFiles ";
+  const auto disk = Disk();
+  const std::set<std::string> before = Found();
+  const std::set<std::string> ours = Found(shared);
+  const json plan = Report("clean --all --dry-run " + shared + Where, 0);
+  EXPECT_EQ(Disk(), disk);
+  EXPECT_FALSE(fs::exists(folder_ / "backup"));
+  EXPECT_EQ(plan["session"], "");
+  EXPECT_EQ(plan["changes"].size(), 5U);
+  for (const json& change : plan["changes"]) {
+    EXPECT_EQ(change["action"], "delete_value");
+    EXPECT_TRUE(ours.contains(change["problem"]));
+  }
+
+  json done = Report("clean --all --yes " + shared + Where, 0);
+  EXPECT_EQ(done["changes"], plan["changes"]) << "what was planned is what was done";
+  EXPECT_EQ(done["problems"], plan["problems"]);
+  for (const json& problem : done["problems"]) EXPECT_EQ(problem["outcome"], "fixed");
+  EXPECT_NE(Disk(), disk);
+  EXPECT_EQ(Found(shared), std::set<std::string>());
+  EXPECT_EQ(Found().size(), before.size() - ours.size());
+
+  // First one problem's, then what is left.
+  const std::string session = done["session"];
+  const std::string one = *ours.begin();
+  EXPECT_EQ(Report("undo --backup @/backup --item " + one, 0)["changes"].size(), 1U);
+  EXPECT_EQ(Found(shared), std::set<std::string>{one});
+  EXPECT_EQ(Report("undo " + session + Where, 0)["changes"].size(), 5U);
+  EXPECT_EQ(Found(), before);
+  const json listed = Report("undo --list " + session + " --backup @/backup", 0);
+  EXPECT_EQ(listed["session"]["undone"], 5);
+  EXPECT_EQ(listed["changes"].size(), 5U);
+  EXPECT_EQ(Report("undo --list --backup @/backup", 0)["sessions"].size(), 3U);
+  EXPECT_EQ(Run("undo --export @/x.reg --backup @/backup " + session).status, 0);
+  EXPECT_TRUE(Content(folder_ / "x.reg").starts_with("\xFF\xFE"));
+}
+
+TEST_F(Clean, CleansUntilNothingIsLeftAndSaysWhatIs) {
+  const std::size_t found = Found().size();
+  const json once = Report("clean --all --dry-run" + Where, 1);
+  EXPECT_EQ(once["rounds"], 1);
+  EXPECT_EQ(once["problems"].size(), found);
+  EXPECT_TRUE(once["should_research"].get<bool>());
+  bool parents = false;
+  for (const json& change : once["changes"]) parents |= change["emptied"].get<bool>();
+  EXPECT_TRUE(parents);
+
+  const json done = Report("clean --all --yes --until-clean" + Where, 1);
+  EXPECT_GT(done["rounds"], 1);
+  EXPECT_FALSE(done["should_research"].get<bool>());
+  std::set<std::string> left;
+  for (const json& problem : done["problems"]) {
+    if (problem["outcome"] != "fixed" && problem["outcome"] != "gone") left.insert(problem["id"]);
+  }
+  EXPECT_EQ(done["counts"]["left"], left.size());
+  EXPECT_EQ(Found(), left) << "a new scan finds exactly what was said to be left";
+}
+
+TEST_F(Clean, WrongUseChangesNothing) {
+  const std::string spell = Id("aqspell.dll");
+  const std::string hidden = Id("aqhyph.dll");
+  ASSERT_EQ(Run("ignore add " + hidden + Where).status, 0);
+  ASSERT_EQ(Run("clean --yes --select " + Id("brightcore.dll") + Where).status, 0);
+  Put(folder_ / "file", "");
+  const std::string clean = "clean --yes --windows @/C --select " + spell + " --backup @/backup ";
+  struct Row {
+    std::string arguments;
+    int status;
+    std::string part;
+  };
+  const Row rows[] = {
+      {"clean --yes" + Where, 2, "--all"},
+      {"clean --yes --all --select " + spell + Where, 2, "--all"},
+      {"clean --all" + Where, 2, "--yes"},
+      {"clean --yes --select 0123456789ab" + Where, 2, "0123456789ab"},
+      {"clean --yes --select " + spell + ",0123456789ab" + Where, 2, "0123456789ab"},
+      {"clean --yes --select " + spell.substr(0, 11) + Where, 2, spell.substr(0, 11)},
+      {"clean --yes --select " + hidden + Where, 2, "hidden"},
+      {clean + "--plugins nix", 2, "nix"},
+      {clean + "--plugins Fonts", 2, spell},
+      {clean + "--user berta", 2, "berta"},
+      {clean + "--output @/none/x", 2, "/none/x"},
+      {"clean --yes --all --windows @/C --backup @/file", 2, "/file"},
+      {"clean --yes --all --windows @/none", 3, "/none"},
+      {"undo nosuch" + Where, 2, "nosuch"},
+      {"undo --item 999" + Where, 2, "999"},
+      {"undo --list nosuch" + Where, 2, "nosuch"},
+      {"undo --export @/none/x.reg" + Where, 2, "/none/x.reg"},
+      {"undo --windows @/none --backup @/backup", 3, "/none"},
+      {"undo --backup @/none", 2, ""},
+      {"recover --windows @/none", 3, "/none"},
+      {"recover", 2, "--windows"},
+      {"ignore" + Where, 2, "ACTION"},
+      {"ignore wash" + Where, 2, "wash"},
+      {"ignore add" + Where, 2, "ID"},
+      {"ignore add 0123456789ab" + Where, 2, "0123456789ab"},
+      {"ignore remove 0123456789ab" + Where, 2, "0123456789ab"},
+      {"ignore remove --machine " + hidden + Where, 2, hidden},
+      {"ignore list x --windows @/C", 2, "x"},
+  };
+  const auto disk = Disk();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.arguments);
+    ExpectComplaint(Run(row.arguments), row.status, row.part);
+    EXPECT_TRUE(Disk() == disk);
+  }
+}
+
+TEST_F(Clean, IgnoresForGood) {
+  const std::string mine = Id("aqspell.dll");
+  const std::string all = Id("aqhyph.dll");
+  const std::size_t found = Found().size();
+  EXPECT_EQ(Run("ignore add " + mine + " --reason 'kept: 100% = mine'" + Where).status, 0);
+  EXPECT_EQ(Run("ignore add " + all + " --machine --plugins SharedFiles" + Where).status, 0);
+  EXPECT_EQ(Found().size(), found - 2);
+  EXPECT_EQ(Scan().at("counts").at("hidden"), 2);
+
+  const std::string scan = "scan --plugins SharedFiles --windows @/C ";
+  struct Row {
+    std::string arguments;
+    std::string part;
+    bool isThere;
+  };
+  const Row rows[] = {
+      {scan, "2 more are hidden", true},
+      {scan, mine, false},
+      {scan + "--all", mine, true},
+      {scan + "--all", "(hidden)", true},
+      {"ignore list --windows @/C", "kept: 100% = mine", true},
+      {"ignore list --windows @/C", mine + "  SharedFiles", true},
+      {"ignore list --windows @/C", all + "  SharedFiles", true},
+      {"ignore list --machine --windows @/C", mine, false},
+      {"clean --all --dry-run" + Where, mine, false},
+      {"clean --all --dry-run" + Where, "Hidden: 2", false},
+  };
+  for (const Row& row : rows) {
+    const Result result = Run(row.arguments);
+    EXPECT_EQ(result.out.find(row.part) != std::string::npos, row.isThere)
+        << row.arguments << row.part << result.out << result.err;
+  }
+  EXPECT_EQ(Run("ignore remove " + mine + Where).status, 0);
+  EXPECT_EQ(Run("ignore remove --machine " + all + Where).status, 0);
+  EXPECT_EQ(Found().size(), found);
+  EXPECT_EQ(Scan().at("counts").at("hidden"), 0);
+  EXPECT_NE(Run(scan).out.find("None is hidden"), std::string::npos);
+  // Taking the removal back hides it again.
+  EXPECT_EQ(Run("undo" + Where).status, 0);
+  EXPECT_EQ(Found().size(), found - 1);
+}
+
+TEST_F(Clean, JournalsMustBeWholeAndFit) {
+  const json done = Report("clean --all --yes --plugins SharedFiles" + Where, 0);
+  const fs::path journal = fs::path(done["backup"].get<std::string>()) / "journal.jsonl";
+  const std::string whole = Content(journal);
+  ASSERT_FALSE(whole.empty());
+  const auto disk = Disk();
+  for (const std::size_t size : {whole.size() - 1, whole.size() / 2, std::size_t{0}}) {
+    Put(journal, whole.substr(0, size));
+    ExpectComplaint(Run("undo" + Where + done["session"].get<std::string>()), 3, "");
+  }
+  Put(journal, whole);
+  // Another installation: the same sample with a number of its own.
+  ASSERT_EQ(Shell("cp -r " SCRUBWELL_SOURCE_DIR "/samples @/samples && "
+                  "find @/samples/registry -type f -exec sed -i "
+                  "'s/^\"ProductName\"=.*/&\\n\"ProductId\"=\"other\"/' {} + && " SCRUBWELL_MKSAMPLE
+                  " @/samples @/other")
+                .status,
+            0);
+  ExpectComplaint(Run("undo --windows @/other/C --backup @/backup"), 2, "");
+  EXPECT_TRUE(Disk() == disk);
+  EXPECT_EQ(Run("undo" + Where).status, 0) << "the whole journal still does";
+}
+
+}  // namespace
+}  // namespace scrubwell::test
