@@ -37,6 +37,8 @@ std::string Render(const ScanReport& report, const ScanCommand& command) {
 }  // namespace
 
 int Fail(ExitCode code, std::string_view sentence) {
+  // Some sentences come complete from where they arose.
+  if (sentence.ends_with('.')) sentence.remove_suffix(1);
   std::fprintf(stderr, "scrubwell: %.*s.\n", static_cast<int>(sentence.size()), sentence.data());
   return code;
 }

@@ -191,7 +191,7 @@ TEST(History, ListsOfTheRegistry) {
 }
 
 TEST(History, RecentDocuments) {
-  const auto links = [](World& world) {
+  const auto setLinks = [](World& world) {
     auto& links = world.Windows().shell.links;
     const UnicodeString recent = FromUtf8(kRecent);
     links[recent + u"here.lnk"] = u"C:\\here.doc";
@@ -222,7 +222,7 @@ TEST(History, RecentDocuments) {
                         "backup " + office, "erase file " + office,
                         "erase folder " + kHome + "Microsoft\\Office\\Zuletzt",
                         "erase folder " + kHome + "Microsoft\\Office"},
-       .setup = links},
+       .setup = setLinks},
       {.name = "a folder is spared only in the form that is compared",
        .registry = Keys("E\\Shell Folders : Start Menu = c:\\users\\tester\\appdata\\roaming\\"
                         "microsoft\\windows\\recent\\\n"
@@ -232,7 +232,7 @@ TEST(History, RecentDocuments) {
        .problems = {"10|existingfile:" + kRecent +
                     "gone.LNK|missingfile:C:\\gone.doc|caption:gone"},
        .journal = Lines{"backup " + kRecent + "gone.LNK", "erase file " + kRecent + "gone.LNK"},
-       .setup = links},
+       .setup = setLinks},
       {.name = "damaged, or not to be told",
        .files = kRecent + "broken.lnk\n" + kRecent + "other.lnk | size=0"},
   };
