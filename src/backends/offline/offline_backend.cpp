@@ -1,6 +1,7 @@
 #include "backends/offline/offline_backend.h"
 
 #include "backends/offline/commit.h"
+#include "backends/offline/mounted_devices.h"
 #include "backends/offline/offline_parts.h"
 #include "backends/offline/registry_read.h"
 #include "registry/Stringhelper.h"
@@ -117,7 +118,7 @@ std::string OfflineBackend::Parts::ConfigFolder() {
   return folder;
 }
 
-void OfflineBackend::Parts::NoteUnmappedDrives() {
+void OfflineBackend::Parts::MapMountedDevices() {
   static constexpr UnicodeView kPrefix = u"\\DosDevices\\";
   std::vector<RegValue> values;
   world->registry.EnumValues({RootKey::LocalMachine, u"SYSTEM\\MountedDevices"}, values);
@@ -129,6 +130,12 @@ void OfflineBackend::Parts::NoteUnmappedDrives() {
     if (!SameText(UnicodeView(value.name).substr(0, kPrefix.size()), kPrefix)) continue;
     const char16_t letter = UpCase(value.name[kPrefix.size()]);
     if (drives.Get(letter) != nullptr) continue;
+    const std::string folder = offline::MountFolderOf(value.data);
+    std::string error;
+    if (!folder.empty() && drives.Add(letter, folder, DriveKind::Fixed, error)) {
+      notes.Note(UnicodeString(1, letter) + u": is mounted on " + FromUtf8(folder));
+      continue;
+    }
     if (!letters.empty()) letters += u", ";
     letters += letter;
     letters += u':';
@@ -202,7 +209,7 @@ OfflineOpenResult OfflineBackend::Open(const OfflineOptions& options,
     parts->notes.Note(u"The system's code page is not known here; 1252 is used in its place");
   }
   parts->MountHives();
-  parts->NoteUnmappedDrives();
+  parts->MapMountedDevices();
   parts->DescribeTarget(options.folder);
   return {
       std::unique_ptr<OfflineBackend>(new OfflineBackend(std::move(parts))), OpenFailure::None, {}};

@@ -63,7 +63,7 @@ struct OfflineBackend::Parts {
   void MountHives();
   void MountFile(UnicodeView place, const UnicodeString& path);
   void MountUsers();
-  void NoteUnmappedDrives();
+  void MapMountedDevices();
   /// This machine's name of the folder of the machine's hives.
   std::string ConfigFolder();
   void DescribeTarget(const std::string& folder);
