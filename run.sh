@@ -7,7 +7,9 @@ root=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
 build="$root/build"
 
 "$root/scripts/install-deps.sh"
-if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
+if command -v ccache >/dev/null; then
+  export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR="$root"
+fi
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

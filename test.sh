@@ -23,7 +23,9 @@ while [ $# -gt 0 ]; do
 done
 
 "$root/scripts/install-deps.sh" --test
-if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
+if command -v ccache >/dev/null; then
+  export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR="$root"
+fi
 
 cd "$root"
 log=$(mktemp)
