@@ -1,6 +1,7 @@
 #include "registry/TraceForms.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include "registry/Shelllink.h"
@@ -39,9 +40,11 @@ std::optional<UnicodeString> TextAt(Span data, std::size_t& at) {
 UnicodeString NameOfItem(Span item) {
   static constexpr std::uint8_t drive[] = {0x19, 0, 0x2F, 'C', ':', '\\', 0, 0, 0, 0, 0, 0, 0,
                                            0,    0, 0,    0,   0,   0,    0, 0, 0, 0, 0, 0};
-  Bytes list(std::begin(drive), std::end(drive));
-  list.insert(list.end(), item.begin(), item.end());
-  list.insert(list.end(), 2, 0);
+  Bytes list;
+  list.reserve(std::size(drive) + item.size() + 2);
+  std::copy(std::begin(drive), std::end(drive), std::back_inserter(list));
+  std::copy(item.begin(), item.end(), std::back_inserter(list));
+  list.resize(list.size() + 2);  // the end of the list
   UnicodeString path;
   if (Platform().shell.ItemListPath(list, path) != Status::Ok) return {};
   if (!path.starts_with(kDriveOfItem)) return {};

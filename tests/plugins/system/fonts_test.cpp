@@ -90,7 +90,7 @@ TEST(Fonts, FindsAndCleans) {
            }},
   };
   CheckCases<TRCPFonts>(rows);
-  for (const std::size_t row : {2, 4})
+  for (const std::size_t row : {2U, 4U})
     CheckFaults(rows[row], [](World& world) { world.Create<TRCPFonts>(); });
 }
 

@@ -60,7 +60,7 @@ TEST(SystemAddOn, FindsAndCleans) {
        .options = bits32},
   };
   CheckCases<TRCPSystemAddOn>(rows);
-  for (const std::size_t row : {2, 4})
+  for (const std::size_t row : {2U, 4U})
     CheckFaults(rows[row], [](World& world) { world.Create<TRCPSystemAddOn>(); });
 }
 
