@@ -93,7 +93,7 @@ std::int32_t TBrowserHelperObjects::GetCount() {
   return static_cast<std::int32_t>(FObjects.size());
 }
 
-TBrowserHelperObject* TBrowserHelperObjects::GetBHObject(std::int32_t index) const {
+TBrowserHelperObject* TBrowserHelperObjects::GetObject(std::int32_t index) const {
   const auto at = static_cast<std::size_t>(index);
   return index >= 0 && at < FObjects.size() ? FObjects[at].get() : nullptr;
 }

@@ -44,7 +44,7 @@ class TBrowserHelperObjects {
   /// Loads the list first when it never was.
   virtual std::int32_t GetCount();
   /// Null when there is no such object.
-  [[nodiscard]] virtual TBrowserHelperObject* GetBHObject(std::int32_t index) const;
+  [[nodiscard]] virtual TBrowserHelperObject* GetObject(std::int32_t index) const;
 
  private:
   void ClearBHObjects() { FObjects.clear(); }

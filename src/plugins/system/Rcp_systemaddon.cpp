@@ -81,7 +81,7 @@ bool TRCPSystemAddOn::CheckKeyForMissingFiles(std::int32_t kind, const KeyPlace&
 
 void TRCPSystemAddOn::CheckBrowserHelperObjects() {
   for (std::int32_t i = 0; i < FObjects.GetCount(); ++i) {
-    const TBrowserHelperObject& object = *FObjects.GetBHObject(i);
+    const TBrowserHelperObject& object = *FObjects.GetObject(i);
     if (object.IsValid()) continue;
     const TZmRegOptions opts = object.Is64BitEntry() ? kView64 : kView32;
     const UnicodeString classKey = u"HKEY_CLASSES_ROOT\\CLSID\\" + object.CLSID;
@@ -110,7 +110,7 @@ bool TRCPSystemAddOn::CleanError(const TSweepError& error) {
 // been loaded anew since, the object there may be another, healthy one: it must be the problem's.
 void TRCPSystemAddOn::Clean_BrowserHelperObject(const TSweepError& error) {
   const std::int32_t index = StrToIntDef(InsertData(u"#item#", error.Data), -1);
-  TBrowserHelperObject* const object = FObjects.GetBHObject(index);
+  TBrowserHelperObject* const object = FObjects.GetObject(index);
   if (object == nullptr) return;
   const UnicodeString path = object->GetRegKeyPath();
   const UnicodeString entry = BuildErrorRegKeyParameter(path, object->Options);

@@ -93,12 +93,12 @@ TEST(BrowserHelperObjects, TellsSwitchesAndDeletes) {
       CLSID\{A}\InprocServer32 =  a.dll
       W\CLSID\{A} = Name)"));
   TBrowserHelperObjects objects;
-  EXPECT_EQ(objects.GetBHObject(0), nullptr);  // only the count loads the list
+  EXPECT_EQ(objects.GetObject(0), nullptr);  // only the count loads the list
   ASSERT_EQ(objects.GetCount(), 2);
-  EXPECT_EQ(objects.GetBHObject(2), nullptr);
-  EXPECT_EQ(objects.GetBHObject(-1), nullptr);
-  TBrowserHelperObject& narrow = *objects.GetBHObject(0);
-  TBrowserHelperObject& wide = *objects.GetBHObject(1);
+  EXPECT_EQ(objects.GetObject(2), nullptr);
+  EXPECT_EQ(objects.GetObject(-1), nullptr);
+  TBrowserHelperObject& narrow = *objects.GetObject(0);
+  TBrowserHelperObject& wide = *objects.GetObject(1);
   EXPECT_TRUE(wide.Is64BitEntry() && !narrow.Is64BitEntry());
   EXPECT_TRUE(wide.IsValid() && narrow.IsValid());
   EXPECT_EQ(narrow.GetDisplayName(), u"Name");
@@ -122,7 +122,7 @@ TEST(BrowserHelperObjects, TellsSwitchesAndDeletes) {
   EXPECT_EQ(objects.GetCount(), 2);
   objects.Reload();
   ASSERT_EQ(objects.GetCount(), 1);
-  EXPECT_FALSE(objects.GetBHObject(0)->Is64BitEntry());
+  EXPECT_FALSE(objects.GetObject(0)->Is64BitEntry());
 }
 
 }  // namespace
