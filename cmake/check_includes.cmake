@@ -18,10 +18,11 @@ set(allowed_backends/memory      registry/ formats/ backends/common/)
 set(allowed_backends/offline     registry/ formats/ backends/common/)
 set(allowed_backends/windows     registry/ formats/ backends/common/)
 set(allowed_hosts/driver         plugins/ framework/ registry/ texts/)
-set(allowed_hosts/cli            hosts/driver/ backends/ plugins/ framework/ registry/ texts/)
-set(allowed_hosts/web            hosts/driver/ backends/ plugins/ framework/ registry/ texts/)
+set(allowed_hosts/report         hosts/driver/ backends/common/ plugins/ framework/ registry/ texts/)
+set(allowed_hosts/cli            hosts/report/ hosts/driver/ backends/ plugins/ framework/ registry/
+                                 texts/)
 set(boxes texts registry framework plugins formats backends/common backends/memory
-          backends/offline backends/windows hosts/driver hosts/cli hosts/web)
+          backends/offline backends/windows hosts/driver hosts/report hosts/cli)
 
 set(breaches "")
 

@@ -53,6 +53,7 @@ scrubwell_tests(backends/memory)
 scrubwell_tests(backends/contract backends/memory backends/offline)
 scrubwell_tests(backends/offline)
 scrubwell_tests(hosts/driver backends/memory)
+scrubwell_tests(hosts/report)
 scrubwell_tests(hosts/cli)
 
 add_test(NAME include_directions

@@ -8,14 +8,14 @@
 
 #include "hosts/cli/clean_report.h"
 #include "hosts/cli/commands.h"
-#include "hosts/cli/host_texts.h"
-#include "hosts/cli/language.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/progress_line.h"
 #include "hosts/cli/stop_signals.h"
+#include "hosts/report/host_texts.h"
+#include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -188,4 +188,4 @@ int Run(const CleanCommand& command) {
   return Finish(pass.Report(), command, false);
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

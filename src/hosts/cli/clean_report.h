@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "backends/offline/clean_session.h"
-#include "hosts/cli/report.h"
 #include "hosts/driver/clean_driver.h"
+#include "hosts/report/report.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 /// One pass over an installation, with everything that its platform had to tell.
 struct CleanReport {
@@ -43,4 +43,4 @@ std::vector<bool> EmptiedParents(const std::vector<JournalItem>& items);
 /// The id of the problem that the change was made for; empty when there is none.
 std::string ProblemOf(const JournalItem& item, const std::vector<JournalProblem>& problems);
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

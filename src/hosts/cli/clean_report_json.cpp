@@ -1,9 +1,9 @@
 #include <array>
 
 #include "hosts/cli/clean_report.h"
-#include "hosts/cli/json_writer.h"
+#include "hosts/report/json_writer.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -168,4 +168,4 @@ std::string UndoJson(const UndoResult& result) {
   return out += '\n';
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

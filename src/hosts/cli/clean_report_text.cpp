@@ -5,11 +5,11 @@
 #include <unordered_set>
 
 #include "hosts/cli/clean_report.h"
-#include "hosts/cli/host_texts.h"
-#include "hosts/cli/language.h"
+#include "hosts/report/host_texts.h"
+#include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -248,4 +248,4 @@ std::string UndoText(const UndoResult& result, std::size_t width) {
   return out;
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

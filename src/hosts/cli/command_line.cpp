@@ -5,11 +5,11 @@
 #include <array>
 #include <utility>
 
-#include "hosts/cli/host_texts.h"
-#include "hosts/cli/language.h"
+#include "hosts/report/host_texts.h"
+#include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -313,4 +313,4 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
   return Fail(texts::MissingCommand, {});
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "backends/offline/clean_session.h"
-#include "hosts/cli/report.h"
 #include "hosts/driver/clean_driver.h"
+#include "hosts/report/report.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 /// What to look at, and where the result goes.
 struct ScanOptions {
@@ -89,4 +89,4 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv);
 /// for folders may hold colons.
 std::optional<DriveOption> ParseDrive(std::string_view text);
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -9,7 +9,7 @@
 #include "plugins/package.h"
 #include "registry/platform.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 int Run(const ScanCommand& command);
 int Run(const CleanCommand& command);
@@ -43,4 +43,4 @@ class LoadedPackage {
   LoadedPackage& operator=(const LoadedPackage&) = delete;
 };
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -1,7 +1,7 @@
 // What the program's exit status says.
 #pragma once
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 enum ExitCode : int {
   NoProblems = 0,     ///< also: the command did what it was asked for
@@ -11,4 +11,4 @@ enum ExitCode : int {
   Stopped = 130,      ///< ended early by the user
 };
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

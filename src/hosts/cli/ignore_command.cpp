@@ -1,14 +1,14 @@
 #include <memory>
 
 #include "hosts/cli/commands.h"
-#include "hosts/cli/host_texts.h"
-#include "hosts/cli/language.h"
 #include "hosts/cli/progress_line.h"
 #include "hosts/cli/stop_signals.h"
 #include "hosts/driver/problem_id.h"
+#include "hosts/report/host_texts.h"
+#include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -112,4 +112,4 @@ int Run(const IgnoreCommand& command) {
                                              : Remove(command, *opened.session);
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -1,5 +1,5 @@
 #include "hosts/cli/program.h"
 
 int main(int argc, char** argv) {
-  return scrubwell::cli::RunProgram(argc, argv);
+  return scrubwell::hosts::RunProgram(argc, argv);
 }

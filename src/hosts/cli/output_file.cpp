@@ -9,10 +9,10 @@
 #include <memory>
 #include <system_error>
 
-#include "hosts/cli/host_texts.h"
-#include "hosts/cli/language.h"
+#include "hosts/report/host_texts.h"
+#include "hosts/report/language.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -120,4 +120,4 @@ std::optional<std::string> WriteOutput(const std::string& path, std::string_view
   return std::nullopt;
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

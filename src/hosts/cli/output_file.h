@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 /// Tests whether WriteOutput could write to the path, and leaves everything as it was. Empty means
 /// the standard output. The result is one sentence saying why not, nothing when it could.
@@ -15,4 +15,4 @@ std::optional<std::string> CheckOutput(const std::string& path);
 /// and after a failure nothing is left behind. A device or pipe is written to directly.
 std::optional<std::string> WriteOutput(const std::string& path, std::string_view bytes);
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -7,15 +7,15 @@
 #include <exception>
 
 #include "hosts/cli/commands.h"
-#include "hosts/cli/host_texts.h"
-#include "hosts/cli/language.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/progress_line.h"
 #include "hosts/cli/stop_signals.h"
 #include "hosts/driver/null_platform.h"
+#include "hosts/report/host_texts.h"
+#include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -105,4 +105,4 @@ int RunProgram(int argc, const char* const* argv) {
   }
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "hosts/cli/report.h"
+#include "hosts/report/report.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -44,4 +44,4 @@ void ProgressLine::Show(const RunProgress& progress) {
   std::fprintf(stderr, "\r\033[K%3d %%  %s", progress.promille / 10, Printable(label).c_str());
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

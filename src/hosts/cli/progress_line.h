@@ -5,7 +5,7 @@
 
 #include "hosts/driver/scan_driver.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 /// Shows itself on the standard error output when that is a terminal, else does nothing. The line
 /// is gone again when the object is.
@@ -27,4 +27,4 @@ class ProgressLine {
 /// Columns of the terminal behind a file descriptor, `fallback` when there is none.
 std::size_t TerminalWidth(int fd, std::size_t fallback);
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

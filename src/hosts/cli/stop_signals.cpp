@@ -5,7 +5,7 @@
 
 #include "framework/Rc_common.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -49,4 +49,4 @@ UnstoppableSection::~UnstoppableSection() {
   Install(SIG_DFL, 0);
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -1,7 +1,7 @@
 // Ctrl-C and the like: a request to end early.
 #pragma once
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 /// From now on the first signal sets StopSearch and is remembered; a second one has its usual
 /// effect. Not before the package is loaded, which clears the stop request. A request that came in
@@ -21,4 +21,4 @@ class UnstoppableSection {
   UnstoppableSection& operator=(const UnstoppableSection&) = delete;
 };
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -2,12 +2,12 @@
 
 #include "hosts/cli/clean_report.h"
 #include "hosts/cli/commands.h"
-#include "hosts/cli/host_texts.h"
-#include "hosts/cli/language.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/stop_signals.h"
+#include "hosts/report/host_texts.h"
+#include "hosts/report/language.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -76,4 +76,4 @@ int Run(const RecoverCommand& command) {
   return Print(text);
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

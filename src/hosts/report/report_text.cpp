@@ -1,14 +1,14 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "hosts/cli/host_texts.h"
-#include "hosts/cli/language.h"
-#include "hosts/cli/report.h"
-#include "hosts/cli/surrogates.h"
 #include "hosts/driver/problem_id.h"
+#include "hosts/report/host_texts.h"
+#include "hosts/report/language.h"
+#include "hosts/report/report.h"
+#include "hosts/report/surrogates.h"
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -137,4 +137,4 @@ std::string TextReport(const ScanReport& report, std::size_t width, bool showHid
   return out;
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -5,11 +5,11 @@
 #include <string_view>
 #include <vector>
 
-#include "backends/offline/offline_backend.h"
-#include "hosts/cli/json_writer.h"
+#include "backends/common/target_facts.h"
 #include "hosts/driver/scan_driver.h"
+#include "hosts/report/json_writer.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 enum class ReportFormat : std::uint8_t { Text, Json };
 
@@ -47,4 +47,4 @@ void AppendNotes(std::string& out, const TStringList& notes, std::size_t width);
 /// The target as an object.
 void WriteTarget(JsonWriter& json, const TargetFacts& target);
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

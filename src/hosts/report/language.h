@@ -8,7 +8,7 @@
 
 #include "texts/text.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 /// "de" or "en"; nothing for any other name.
 std::optional<TLanguage> LanguageByName(std::string_view name);
@@ -20,4 +20,4 @@ TLanguage EnvironmentLanguage();
 /// A text in the package's language as UTF-8, its "%s" filled in order.
 std::string Say(const TText& text, std::initializer_list<std::string_view> values = {});
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

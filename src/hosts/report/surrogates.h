@@ -1,7 +1,7 @@
 // The two halves of characters beyond 16 bits.
 #pragma once
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 constexpr bool IsHighSurrogate(char16_t unit) {
   return unit >= 0xD800 && unit <= 0xDBFF;
@@ -10,4 +10,4 @@ constexpr bool IsLowSurrogate(char16_t unit) {
   return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

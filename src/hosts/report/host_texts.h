@@ -3,7 +3,7 @@
 
 #include "texts/text.h"
 
-namespace scrubwell::cli::texts {
+namespace scrubwell::hosts::texts {
 
 // ---- Help -----------------------------------------------------------------------------------
 inline constexpr TText Program(
@@ -226,4 +226,4 @@ inline constexpr TText RecoverRolledBack(u"Die unterbrochene Änderung ist zurü
 inline constexpr TText NoIgnored(u"Keine Probleme sind ausgeblendet.", u"No problems are hidden.");
 inline constexpr TText OnMachineList(u"(für alle Benutzer)", u"(all users)");
 
-}  // namespace scrubwell::cli::texts
+}  // namespace scrubwell::hosts::texts

@@ -1,10 +1,10 @@
-#include "hosts/cli/language.h"
+#include "hosts/report/language.h"
 
 #include <cstdlib>
 
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 std::optional<TLanguage> LanguageByName(std::string_view name) {
   if (name == "de") return TLanguage::German;
@@ -40,4 +40,4 @@ std::string Say(const TText& text, std::initializer_list<std::string_view> value
   return result.append(pattern, from);
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -1,9 +1,9 @@
-#include "hosts/cli/json_writer.h"
+#include "hosts/report/json_writer.h"
 
-#include "hosts/cli/surrogates.h"
+#include "hosts/report/surrogates.h"
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -120,4 +120,4 @@ void JsonWriter::Close(char bracket) {
   first_ = false;
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -1,9 +1,9 @@
-#include "hosts/cli/json_writer.h"
-#include "hosts/cli/report.h"
 #include "hosts/driver/problem_id.h"
+#include "hosts/report/json_writer.h"
+#include "hosts/report/report.h"
 #include "registry/Stringhelper.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 namespace {
 
@@ -114,4 +114,4 @@ std::string JsonReport(const ScanReport& report) {
   return out;
 }
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts

@@ -8,7 +8,7 @@
 
 #include "registry/types.h"
 
-namespace scrubwell::cli {
+namespace scrubwell::hosts {
 
 /// Appends to a text that outlives it. Calls must nest as JSON does; Key comes before each member
 /// of an object.
@@ -38,4 +38,4 @@ class JsonWriter {
   bool afterKey_ = false;  // the next value belongs to a key
 };
 
-}  // namespace scrubwell::cli
+}  // namespace scrubwell::hosts
