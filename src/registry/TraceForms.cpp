@@ -96,6 +96,24 @@ UnicodeString RecentTarget(Span data) {
   return ZMFileExists(link) ? RemoveQuotationMarks(GetShellLinkTarget(link)) : link;
 }
 
+// The bytes behind the name of the program; empty when no NUL ends it.
+Span BehindProgram(Span data) {
+  std::size_t at = 0;
+  return TextAt(data, at) ? data.subspan(at) : Span();
+}
+
+UnicodeString LastFolder(Span data) {
+  std::size_t at = 0;
+  const std::optional<UnicodeString> folder = TextAt(BehindProgram(data), at);
+  return folder ? *folder : UnicodeString();
+}
+
+UnicodeString PathOfItems(Span list) {
+  UnicodeString path;
+  const Bytes bytes(list.begin(), list.end());
+  return Platform().shell.ItemListPath(bytes, path) == Status::Ok ? path : UnicodeString();
+}
+
 // ---- Usage counters -----------------------------------------------------------------------
 
 struct KnownPlace {
@@ -263,7 +281,13 @@ void ReadTargets(const TTraceSource& source, UnicodeView key, const RegValue& va
       target.name = LocalPath(text);
       break;
     case TraceForm::ItemList:
-      if (Platform().shell.ItemListPath(value.data, target.name) != Status::Ok) return;
+      target.name = PathOfItems(value.data);
+      break;
+    case TraceForm::ProgramFolder:
+      target.name = LastFolder(value.data);
+      break;
+    case TraceForm::ProgramItems:
+      target.name = PathOfItems(BehindProgram(value.data));
       break;
     case TraceForm::RecentDocument:
       target.name = RecentTarget(value.data);

@@ -76,6 +76,12 @@ constexpr TTraceSource kSources[] = {
             u"#", Form::ItemList, Order::Numbers),
     Windows(u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\OpenSavePidlMRU\\*",
             u"#", Form::ItemList, Order::Numbers),
+    Windows(u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\LastVisitedMRU",
+            u"?", Form::ProgramFolder, Order::Letters),
+    // Also the list of the older dialogs, which has "Legacy" at its end.
+    Windows(
+        u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\LastVisitedPidlMRU*",
+        u"#", Form::ProgramItems, Order::Numbers),
     Windows(u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RunMRU", u"?", Form::Command,
             Order::Letters),
     Windows(u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\RecentDocs", u"#",

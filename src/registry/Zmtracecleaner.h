@@ -56,6 +56,8 @@ enum class TraceForm : std::uint8_t {
   Command,         ///< a command line, "\1" at its end
   Address,         ///< a path or an address, of which only those of local files count
   ItemList,        ///< a shell item list
+  ProgramFolder,   ///< a program's name, then the path of the folder that it looked into last
+  ProgramItems,    ///< the same with the folder as a shell item list
   RecentDocument,  ///< a document's name, then the shell item of its link in the Recent folder
   MenuOrder,       ///< the order of a Start menu folder: many shell items
   UsageCount,      ///< a counter whose value name is the target, letters turned by 13

@@ -20,6 +20,8 @@ C:\Windows\IsUninst.exe
 C:\Windows\System32\rundll32.exe
 C:\Windows\System32\regsvr32.exe
 C:\Windows\System32\cmd.exe
+C:\Windows\System32\control.exe
+C:\Windows\System32\javaw.exe
 C:\Windows\System32\msiexec.exe
 C:\Windows\System32\wscript.exe
 C:\Windows\System32\shell32.dll
@@ -129,6 +131,11 @@ constexpr Row kRows[] = {
     {u"cmd /c del C:\\Gone\\x.txt", 0},
     {u"cmd.exe /c start \"\" \"C:\\Gone\\x.exe\" -a", 2},
     {u"cmd /c C:\\Gone\\x.exe && echo", 0},
+    {u"cmd /s /c C:\\Gone\\x.exe", 2},
+    {u"control.exe C:\\Gone\\x.cpl,@2", 2},
+    {u"control.exe appearance", 0},
+    {u"javaw.exe -Xmx1g -jar \"C:\\Gone\\x.jar\" a", 2},
+    {u"javaw.exe Main", 0},
     {u"cmd /k \"C:\\Program Files\\App\\app.exe\"", 0},
     {u"wscript //B \"C:\\Gone\\s.vbs\"", 2},
     {u"wscript s.vbs", 0},

@@ -1,9 +1,13 @@
 // Registered classes as short lines, for tests of what lies below the classes root.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <string>
 
+#include "framework/Rc_common.h"
+#include "registry/Zmregistry.h"
 #include "support/world.h"
 
 namespace scrubwell::test {
@@ -50,6 +54,45 @@ inline Lines Full(Lines lines) {
     line = ReplaceAll(line, " C\\", " HKLM\\SOFTWARE\\Classes\\");
   }
   return lines;
+}
+
+/// A case below the classes root, as lines for Classes and Full.
+struct ClassRow {
+  const char* name;
+  std::string classes;
+  Lines problems{};
+  Lines journal{};
+  Lines left{};
+  const char* files = nullptr;  ///< instead of those of all rows
+  MemoryOptions options{};
+  std::function<void(World&)> setup{};
+};
+
+inline Case AsCase(const ClassRow& row, const char* files) {
+  return {.name = row.name,
+          .registry = Classes(row.classes),
+          .files = row.files != nullptr ? row.files : files,
+          .problems = Full(row.problems),
+          .journal = Full(row.journal),
+          .left = Full(row.left),
+          .options = row.options,
+          .setup = row.setup};
+}
+
+/// Runs the rows; those whose name ends with "(!)" must advise a new scan after the cleaning.
+template <class Plugin>
+void CheckClasses(std::span<const ClassRow> rows, const char* files) {
+  std::vector<Case> cases;
+  for (const ClassRow& row : rows) cases.push_back(AsCase(row, files));
+  CheckCases<Plugin>(cases);
+  for (const Case& row : cases) {
+    World world(row.registry, row.files, row.options);
+    if (row.setup) row.setup(world);
+    world.Run<Plugin>();
+    world.CleanAll();
+    EXPECT_FALSE(ForceRegDelete);
+    EXPECT_EQ(ShouldReSearch, std::string_view(row.name).ends_with("(!)")) << row.name;
+  }
 }
 
 }  // namespace scrubwell::test

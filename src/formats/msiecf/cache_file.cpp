@@ -10,6 +10,9 @@ constexpr std::string_view kVersion = "5.2";
 constexpr std::uint64_t kFileSizeAt = 28;
 constexpr std::uint64_t kFirstHashAt = 32;
 constexpr std::uint64_t kBlockCountAt = 36;
+constexpr std::uint64_t kFolderCountAt = 72;
+constexpr std::uint64_t kFoldersAt = 76;
+constexpr std::uint64_t kFolderSize = 12;
 constexpr std::uint64_t kBitmapAt = 0x250;
 constexpr std::uint64_t kBitmapBlocks = (kFirstBlock - kBitmapAt) * 8;
 
@@ -58,6 +61,8 @@ Status CacheFile::Open(Span file) {
   if (Chars(file, kSignaturePrefix.size(), kVersion.size()) != kVersion) return Status::Unknown;
   const std::uint64_t size = U32(file, kFileSizeAt);
   if (size < kFirstBlock || size > file.size()) return Status::Corrupt;
+  // The library takes room for as many cache folders as the header says.
+  if (U32(file, kFolderCountAt) > (kBitmapAt - kFoldersAt) / kFolderSize) return Status::Corrupt;
   file_ = file.first(size);
   blockCount_ = std::min(
       {std::uint64_t{U32(file, kBlockCountAt)}, (size - kFirstBlock) / kBlockSize, kBitmapBlocks});

@@ -1,5 +1,3 @@
-#include "formats/msiecf/msiecf.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -7,58 +5,11 @@
 #include <fstream>
 #include <iterator>
 
+#include "formats/msiecf/msiecf_samples.h"
+#include "support/witness.h"
+
 namespace scrubwell::msiecf {
 namespace {
-
-constexpr std::size_t kTable = 0x4000;
-constexpr std::size_t kTableBlocks = 32;
-constexpr std::size_t kRecords = kTable + kTableBlocks * 128;
-constexpr std::size_t kBlocks = 64;
-
-void Set(Bytes& file, std::size_t at, std::size_t value, std::size_t size = 4) {
-  for (std::size_t i = 0; i < size; ++i) file[at + i] = static_cast<std::uint8_t>(value >> 8 * i);
-}
-std::size_t Get(const Bytes& file, std::size_t at) {
-  return file[at] | std::size_t{file[at + 1]} << 8 | std::size_t{file[at + 2]} << 16;
-}
-void SetText(Bytes& file, std::size_t at, std::string_view text) {
-  std::copy(text.begin(), text.end(), file.begin() + static_cast<std::ptrdiff_t>(at));
-}
-std::size_t HashItem(std::size_t index) {
-  return kTable + 16 + index * 8;
-}
-std::size_t Record(std::size_t index) {
-  return kRecords + index * 256;
-}
-
-/// A file with these locations, two blocks each, side by side in one group of the hash table.
-Bytes BuildFile(std::initializer_list<std::string_view> locations) {
-  Bytes file(0x4000 + kBlocks * 128);
-  SetText(file, 0, "Client UrlCache MMF Ver 5.2");
-  Set(file, 28, file.size());
-  Set(file, 32, kTable);
-  Set(file, 36, kBlocks);
-  const std::size_t used = kTableBlocks + locations.size() * 2;
-  Set(file, 40, used);
-  for (std::size_t i = 0; i < used; ++i) {
-    file[0x250 + i / 8] = static_cast<std::uint8_t>(file[0x250 + i / 8] | 1U << i % 8);
-  }
-  SetText(file, kTable, "HASH");
-  Set(file, kTable + 4, kTableBlocks);
-  for (std::size_t i = 0; i < 510; ++i) Set(file, HashItem(i), 3), Set(file, HashItem(i) + 4, 3);
-  std::size_t index = 0;
-  for (const std::string_view location : locations) {
-    const std::size_t at = Record(index);
-    SetText(file, at, "URL ");
-    Set(file, at + 4, 2);
-    Set(file, at + 52, 104);
-    file[at + 56] = 0xFE;
-    SetText(file, at + 104, location);
-    Set(file, HashItem(index), 0x1240 + index * 0x40);
-    Set(file, HashItem(index++) + 4, at);
-  }
-  return file;
-}
 
 std::vector<std::string> Locations(const Bytes& file) {
   std::vector<UrlRecord> records;
@@ -100,6 +51,7 @@ TEST(Msiecf, ChangesNothingInDoubt) {
       {"table off the blocks", 32, 0x4001, 4, Status::Corrupt, Status::Corrupt},
       {"tables in a ring", kTable + 8, kTable, 4, Status::Corrupt, Status::Corrupt},
       {"no blocks at all", 36, 0, 4, Status::Corrupt, Status::Corrupt},
+      {"endless cache folders", 72, 0xFFFA0000, 4, Status::Corrupt, Status::Corrupt},
       {"cached file", Record(0) + 60, 110, 4, Status::Denied, Status::Ok},
       {"foreign block", 0x254, 0x0D, 1, Status::Corrupt, Status::Ok},
       {"count too small", 40, 1, 4, Status::Corrupt, Status::Ok},
@@ -126,14 +78,21 @@ TEST(Msiecf, EmptiesRealFilesRecordByRecord) {
     std::printf("without SCRUBWELL_DATA no real files\n");
     return;
   }
+  const bool witness = test::HasWitness("msiecfexport");
   const std::pair<const char*, std::size_t> kFiles[] = {{"History.IE5-index.dat", 15},
                                                         {"MSHist012013031020130311-index.dat", 23}};
   for (const auto& [name, count] : kFiles) {
-    std::ifstream in(std::string(data) + "/artefacts/index.dat/" + name, std::ios::binary);
+    const std::string path = std::string(data) + "/artefacts/index.dat/" + name;
+    std::ifstream in(path, std::ios::binary);
     Bytes file{std::istreambuf_iterator<char>(in), {}};
     const std::size_t allocated = Get(file, 40);
     Texts expected = Locations(file);
     ASSERT_EQ(expected.size(), count) << name;
+    if (witness) {
+      std::string told;
+      for (const std::string& location : expected) told += location + "\n";
+      EXPECT_EQ(test::OutputOf("msiecfexport '" + path + "' | sed -n 's/^Location\t*: //p'"), told);
+    }
     std::size_t freed = 0;
     std::vector<UrlRecord> records;
     EXPECT_EQ(ReadUrls(file, records), Status::Ok);

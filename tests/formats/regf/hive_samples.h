@@ -15,6 +15,7 @@
 #include "formats/regf/hive_builder.h"
 #include "formats/regf/log.h"
 #include "registry/Stringhelper.h"
+#include "support/witness.h"
 
 namespace scrubwell::regf {
 
@@ -43,15 +44,7 @@ class TempFolder {
   std::filesystem::path path_;
 };
 
-/// What a shell command prints; empty when there is no such program.
-inline std::string OutputOf(const std::string& command) {
-  std::string text;
-  FILE* pipe = ::popen((command + " 2>/dev/null").c_str(), "r");
-  char part[4096];
-  while (const std::size_t size = std::fread(part, 1, sizeof part, pipe)) text.append(part, size);
-  ::pclose(pipe);
-  return text;
-}
+using test::OutputOf;
 
 inline std::size_t CountOf(const std::string& text, const std::vector<const char*>& marks) {
   std::size_t count = 0;

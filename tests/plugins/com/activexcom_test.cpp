@@ -8,40 +8,7 @@
 namespace scrubwell::test {
 namespace {
 
-struct Row {
-  const char* name;
-  std::string classes;
-  Lines problems{};
-  Lines journal{};
-  Lines left{};
-  std::string files = "C:\\x\\here.dll\nC:\\x\\folder\\\n";
-  MemoryOptions options{};
-  std::function<void(World&)> setup{};
-};
-
-Case AsCase(const Row& row) {
-  Case made{.name = row.name, .registry = Classes(row.classes), .files = row.files};
-  made.problems = Full(row.problems);
-  made.journal = Full(row.journal);
-  made.left = Full(row.left);
-  made.options = row.options;
-  made.setup = row.setup;
-  return made;
-}
-
-// Runs the rows; those whose name ends with "(!)" must advise a new scan after the cleaning.
-void CheckRows(std::span<const Row> rows) {
-  std::vector<Case> cases;
-  for (const Row& row : rows) cases.push_back(AsCase(row));
-  CheckCases<TRCPActiveXCOM>(cases);
-  for (const Case& row : cases) {
-    World world(row.registry, row.files, row.options);
-    if (row.setup) row.setup(world);
-    world.Run<TRCPActiveXCOM>();
-    world.CleanAll();
-    EXPECT_EQ(ShouldReSearch, std::string_view(row.name).ends_with("(!)")) << row.name;
-  }
-}
+const char* const kFiles = "C:\\x\\here.dll\nC:\\x\\folder\\\n";
 
 const MemoryOptions kBits32{.is64Bit = false};
 
@@ -52,7 +19,7 @@ TEST(ActiveXCOM, Servers) {
     return "1|servertype:" + server + "|existingkey:" + key + "\\" + server +
            "|caption:{A}|missingfile:" + file;
   };
-  const Row rows[] = {
+  const ClassRow rows[] = {
       {"healthy forms of a server",
        R"(W\CLSID\{A}\InprocServer32 = mscoree.dll
          W\CLSID\{B}\InprocServer32 = %SystemRoot%\system32\only32.dll
@@ -132,7 +99,7 @@ TEST(ActiveXCOM, Servers) {
              u"HKLM\\SOFTWARE\\Classes\\Wow6432Node\\CLSID\\{A}\\InprocServer32");
        }},
   };
-  CheckRows(rows);
+  CheckClasses<TRCPActiveXCOM>(rows, kFiles);
 }
 
 const char* const kClassParts = R"(W\CLSID\{A} = Class A
@@ -157,7 +124,7 @@ const char* const kClassParts = R"(W\CLSID\{A} = Class A
   W\CLSID\{B}\AutoConvertTo
   W\CLSID\{B}\TreatAs)";
 
-Row ClassPartsRow() {
+ClassRow ClassPartsRow() {
   const std::string a = "existingkey:32:HKCR\\CLSID\\{A}\\", b = "existingkey:32:HKCR\\CLSID\\{B}";
   const std::string name = "|caption:Class A", gone = "|missingkey:HKCR\\CLSID\\{GONE}";
   const std::string w = "delete key W\\CLSID\\{A}\\", x = "delete key W\\CLSID\\{B}\\";
@@ -210,7 +177,7 @@ TEST(ActiveXCOM, ClassParts) {
   const std::string treatAs =
       "3|existingkey:32:HKCR\\CLSID\\{A}\\TreatAs|caption:{A}|missingkey:32:HKCR\\CLSID\\{GONE}";
   const std::string handlers = "existingkey:32:HKCR\\CLSID\\{A}\\ShellEx\\";
-  const Row rows[] = {
+  const ClassRow rows[] = {
       {"healthy parts of a class",
        R"(W\CLSID\{A} : AppID = {X}
          AppID\{X}
@@ -280,12 +247,12 @@ TEST(ActiveXCOM, ClassParts) {
        {"delete key W\\CLSID\\{A}\\DefaultIcon", "delete key W\\CLSID\\{A}",
         "delete key C\\CLSID\\{A}\\DefaultIcon", "delete key C\\CLSID\\{A}"}},
   };
-  CheckRows(rows);
+  CheckClasses<TRCPActiveXCOM>(rows, kFiles);
 }
 
 TEST(ActiveXCOM, InterfacesAndTypeLibs) {
   const std::string i = "existingkey:32:HKCR\\Interface\\{I}\\", t = "HKCR\\TypeLib\\{T}\\1.0\\";
-  const Row rows[] = {
+  const ClassRow rows[] = {
       {"healthy", R"(W\Interface\{I} = IThing
          W\Interface\{I}\ProxyStubClsid = {00000320-0000-0000-c000-000000000046}
          W\Interface\{I}\ProxyStubClsid32 = {B}
@@ -353,11 +320,11 @@ TEST(ActiveXCOM, InterfacesAndTypeLibs) {
        "",
        kBits32},
   };
-  CheckRows(rows);
+  CheckClasses<TRCPActiveXCOM>(rows, kFiles);
 }
 
 TEST(ActiveXCOM, Faults) {
-  Row row = ClassPartsRow();
+  ClassRow row = ClassPartsRow();
   row.classes = ReplaceAll(row.classes, "{A} = Class A", "{A}") + R"(
     W\Interface\{I}\ProxyStubClsid32 = {B}
     W\Interface\{I}\BaseInterface = {I}
@@ -366,7 +333,7 @@ TEST(ActiveXCOM, Faults) {
     TypeLib\{T}\1.0\0\win32 = C:\x\here.dll
     TypeLib\{T}\1.0\HELPDIR = C:\x\folder)";
   for (std::string& line : row.problems) line = ReplaceAll(line, "Class A", "{A}");
-  CheckFaults(AsCase(row), [](World& world) { world.Create<TRCPActiveXCOM>(); });
+  CheckFaults(AsCase(row, kFiles), [](World& world) { world.Create<TRCPActiveXCOM>(); });
 }
 
 TEST(ActiveXCOM, Captions) {

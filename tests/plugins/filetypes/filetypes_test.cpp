@@ -6,50 +6,15 @@
 namespace scrubwell::test {
 namespace {
 
-struct Row {
-  const char* name;
-  std::string classes;
-  Lines problems{};
-  Lines journal{};
-  Lines left{};
-  std::function<void(World&)> setup{};
-  MemoryOptions options{};
-};
-
 const char* const kFiles =
     "C:\\x\\here.exe\nC:\\Windows\\System32\\rundll32.exe\n"
     "C:\\Program Files\\Viewer\\view.dll\n";
-
-Case AsCase(const Row& row) {
-  Case made{.name = row.name, .registry = Classes(row.classes), .files = kFiles};
-  made.problems = Full(row.problems);
-  made.journal = Full(row.journal);
-  made.left = Full(row.left);
-  made.options = row.options;
-  made.setup = row.setup;
-  return made;
-}
-
-// Runs the rows; those whose name ends with "(!)" must advise a new scan after the cleaning.
-void CheckRows(std::span<const Row> rows) {
-  std::vector<Case> cases;
-  for (const Row& row : rows) cases.push_back(AsCase(row));
-  CheckCases<TRCPFileTypes>(cases);
-  for (const Case& row : cases) {
-    World world(row.registry, row.files, row.options);
-    if (row.setup) row.setup(world);
-    world.Run<TRCPFileTypes>();
-    world.CleanAll();
-    EXPECT_FALSE(ForceRegDelete);
-    EXPECT_EQ(ShouldReSearch, std::string_view(row.name).ends_with("(!)")) << row.name;
-  }
-}
 
 TEST(FileTypes, ExtensionsAndTypes) {
   const std::string gone =
       "1|caption:Text (*.txt)|existingkey:32:HKCR\\txtfile\\shell\\open"
       "\\command|missingfile:C:\\gone.exe %1";
-  const Row rows[] = {
+  const ClassRow rows[] = {
       {"healthy", R"(.txt = txtfile
          .log = TXTFILE
          txtfile = Text
@@ -136,7 +101,7 @@ TEST(FileTypes, ExtensionsAndTypes) {
         "delete key C\\B\\DefaultIcon", "delete key C\\B",
         "delete key HKCU\\Software\\Classes\\C\\CLSID", "delete key HKCU\\Software\\Classes\\C"}},
   };
-  CheckRows(rows);
+  CheckClasses<TRCPFileTypes>(rows, kFiles);
 }
 
 TEST(FileTypes, OtherPlaces) {
@@ -147,7 +112,7 @@ TEST(FileTypes, OtherPlaces) {
   const auto empty = [&](const std::string& name) {
     return "12|existingkey:32:HKEY_CURRENT_USER\\" + shown + name + "|caption:" + shown + name;
   };
-  const Row rows[] = {
+  const ClassRow rows[] = {
       {"an application's missing program: the command alone goes, and the verb is next",
        "Applications\\x.exe\\shell\\open\\command = C:\\gone.exe\n"
        "Applications\\y.exe\\shell\nApplications\\z.exe\\shell\\a\n"
@@ -177,6 +142,8 @@ TEST(FileTypes, OtherPlaces) {
         "8|existingkey:32:HKCR\\EmptyType|caption:EmptyType"},
        {"delete key C\\.no", "delete key C\\EmptyType"},
        {},
+       {},
+       {},
        [](World& world) {
          world.Backend().DenyWrite(u"HKLM\\SOFTWARE\\Classes\\.no");
          world.Backend().DenyDelete(u"HKLM\\SOFTWARE\\Classes\\.skip");
@@ -190,12 +157,12 @@ TEST(FileTypes, OtherPlaces) {
        {},
        {.is64Bit = false}},
   };
-  CheckRows(rows);
+  CheckClasses<TRCPFileTypes>(rows, kFiles);
 }
 
 TEST(FileTypes, Faults) {
-  Row row{"faults",
-          R"(.txt = txtfile
+  ClassRow row{"faults",
+               R"(.txt = txtfile
     txtfile\shell\open\command = C:\x\here.exe
     txtfile\ShellEx\IconHandler = {G}
     txtfile\ShellEx\ContextMenuHandlers\{G}
@@ -208,10 +175,10 @@ TEST(FileTypes, Faults) {
     SystemFileAssociations\.y : a = b
     CLSID\{G}\x
     HKEY_USERS\S-1-5-21-1-2-3-1001\Software\Microsoft\Windows\CurrentVersion\Explorer\FileExts\.d\x : a = b)",
-          {"1|caption:x.exe|existingkey:32:HKCR\\Applications\\x.exe\\shell\\open\\command"
-           "|missingfile:C:\\gone.exe",
-           "2|existingkey:32:HKCR\\.g|missingkey:32:HKCR\\goner|caption:.G-Datei (*.g)"}};
-  CheckFaults(AsCase(row), [](World& world) { world.Create<TRCPFileTypes>(); });
+               {"1|caption:x.exe|existingkey:32:HKCR\\Applications\\x.exe\\shell\\open\\command"
+                "|missingfile:C:\\gone.exe",
+                "2|existingkey:32:HKCR\\.g|missingkey:32:HKCR\\goner|caption:.G-Datei (*.g)"}};
+  CheckFaults(AsCase(row, kFiles), [](World& world) { world.Create<TRCPFileTypes>(); });
 }
 
 TEST(FileTypes, Captions) {
