@@ -61,6 +61,8 @@ class TRCPlugin {
   TRCPlugin(const TRCPlugin&) = delete;
   TRCPlugin& operator=(const TRCPlugin&) = delete;
 
+  /// What the plugin says of each kind of problem, before any data is put in.
+  [[nodiscard]] std::span<const TProblemKind> Kinds() const { return FKinds; }
   /// Repairs one problem; true on success.
   virtual bool CleanError(const TSweepError& error) = 0;
   /// Counts the work and prepares lists; ends in rcpInited.

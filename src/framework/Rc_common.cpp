@@ -63,8 +63,9 @@ std::size_t HashProblem(UnicodeView pluginID, std::int32_t errorType,
                         std::span<const UnicodeString> data) {
   const std::hash<UnicodeView> hash;
   std::size_t h = hash(pluginID) + static_cast<std::uint32_t>(errorType);
-  // Odd factor: the order of the items counts.
-  for (const UnicodeString& item : data) h = h * 1099511628211U + hash(item);
+  // Odd in either width: the order of the items counts.
+  constexpr auto kFactor = static_cast<std::size_t>(1099511628211U);
+  for (const UnicodeString& item : data) h = h * kFactor + hash(item);
   return h;
 }
 
@@ -176,6 +177,11 @@ UnicodeString GetErrorStringValue(const TStringList& data, UnicodeView name) {
 }
 
 bool DataItemHasName(UnicodeView item, UnicodeView name, UnicodeView& value) {
+  // Names hold no colon, so the usual question is answered without a search for the item's first.
+  if (!name.empty() && item.size() > name.size() && item[name.size()] != u':') {
+    value = {};
+    return false;
+  }
   const std::size_t colon = item.find(u':');
   // An item without a colon has an empty name and is all value.
   const bool bare = colon == UnicodeView::npos;

@@ -164,6 +164,9 @@ bool FindItem(const TStringList& data, UnicodeView name, UnicodeView& value) {
 
 UnicodeString InsertData(UnicodeView pattern, const TStringList& data) {
   UnicodeString result;
+  // Most texts grow by one name or path; growing in steps would copy them several times.
+  constexpr std::size_t usualGrowth = 80;
+  if (pattern.find(u'#') != UnicodeView::npos) result.reserve(pattern.size() + usualGrowth);
   std::size_t from = 0;
   for (;;) {
     const std::size_t open = pattern.find(u'#', from);

@@ -31,6 +31,8 @@ Memory& Remembered() {
   return memory;
 }
 
+ITrace* g_trace = nullptr;
+
 const std::optional<UnicodeString>& Variable(UnicodeView name, View view) {
   auto& known = Remembered().variables[static_cast<std::size_t>(view)];
   const UnicodeString key = UpperCase(name);
@@ -127,7 +129,9 @@ Status ProbeAppPath(UnicodeView name, UnicodeString& found) {
 Status ProbeSearchOrder(UnicodeView name, Want want, UnicodeString& found) {
   Verdict verdict;
   bool complete = true;
-  for (const UnicodeString& folder : SearchFolders(complete)) {
+  const TStringList& folders = SearchFolders(complete);
+  if (g_trace != nullptr) g_trace->Searched(name, folders);
+  for (const UnicodeString& folder : folders) {
     if (verdict.Add(Probe(folder + u"\\" + UnicodeString(name), want, found))) return Status::Ok;
   }
   if (!complete) verdict.Add(Status::Unknown);
@@ -162,9 +166,11 @@ TStringList Expansions(UnicodeView text) {
     }
   };
   add(View::Native);
-  if (text.find(u'%') == UnicodeView::npos || !Platform().system.IsWow64()) return out;
-  add(View::Bits32);
-  add(View::Bits64);
+  if (text.find(u'%') != UnicodeView::npos && Platform().system.IsWow64()) {
+    add(View::Bits32);
+    add(View::Bits64);
+  }
+  if (g_trace != nullptr) g_trace->Expanded(text, out);
   return out;
 }
 
@@ -244,6 +250,10 @@ Lookup Resolve(UnicodeView text, Want want) {
   if (known.size() >= kMostCached) known.clear();
   known.emplace(text, result);
   return result;
+}
+
+void SetTrace(ITrace* trace) {
+  g_trace = trace;
 }
 
 void ForgetLookups() {

@@ -62,6 +62,18 @@ Status ProbeName(UnicodeView name, Want want, UnicodeString& found);
 /// Resolves a path or command line, launchers and their file included.
 Lookup Resolve(UnicodeView text, Want want);
 
+/// Hears how texts are turned into paths. Called on the thread that resolves them.
+class ITrace {
+ public:
+  virtual ~ITrace() = default;
+  /// What the text means once its variables are expanded; nothing where one is not known.
+  virtual void Expanded(UnicodeView text, const TStringList& meanings) = 0;
+  /// A name without a folder is looked for in these, one after the other.
+  virtual void Searched(UnicodeView name, const TStringList& folders) = 0;
+};
+/// Null, which costs nothing, takes the listener off again. Borrowed.
+void SetTrace(ITrace* trace);
+
 /// Forgets what was looked up. To be called when files or variables may have changed.
 void ForgetLookups();
 

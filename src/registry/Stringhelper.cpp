@@ -9,6 +9,12 @@ namespace {
 
 constexpr UnicodeView kPathDelimiters = u"\\/:";
 
+// Nearly all units are ASCII: those are folded here, without a call.
+char16_t Upper(char16_t unit) {
+  if (unit < 0x80) return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
+  return UpCase(unit);
+}
+
 bool IsDigit(char16_t c) {
   return c >= u'0' && c <= u'9';
 }
@@ -128,7 +134,7 @@ std::string PercentBytes(UnicodeView text) {
 
 UnicodeString UpperCase(UnicodeView text) {
   UnicodeString out(text);
-  for (char16_t& c : out) c = UpCase(c);
+  for (char16_t& c : out) c = Upper(c);
   return out;
 }
 
@@ -141,15 +147,15 @@ UnicodeString LowerCase(UnicodeView text) {
 bool SameText(UnicodeView a, UnicodeView b) {
   return a.size() == b.size() &&
          std::equal(a.begin(), a.end(), b.begin(),
-                    [](char16_t x, char16_t y) { return x == y || UpCase(x) == UpCase(y); });
+                    [](char16_t x, char16_t y) { return x == y || Upper(x) == Upper(y); });
 }
 
 int CompareUpCase(UnicodeView a, UnicodeView b) {
   const std::size_t n = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < n; ++i) {
     if (a[i] == b[i]) continue;
-    const char16_t x = UpCase(a[i]);
-    const char16_t y = UpCase(b[i]);
+    const char16_t x = Upper(a[i]);
+    const char16_t y = Upper(b[i]);
     if (x != y) return x < y ? -1 : 1;
   }
   if (a.size() == b.size()) return 0;

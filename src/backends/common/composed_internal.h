@@ -73,13 +73,14 @@ struct ComposedRegistry::Trail {
 class ComposedRegistry::Cache {
  public:
   static constexpr std::size_t kFirstSlots = 1U << 8;
-  static constexpr std::size_t kMaxSlots = 1U << 14;
+  static constexpr std::size_t kMaxSlots = 1U << 10;
 
   struct Probe {
     std::uint64_t hash = 0;
     RootKey root = RootKey::None;
     bool bits32 = false;
   };
+  static Probe ProbeFor(RootKey root, bool bits32, UnicodeView path);
   const Place* Find(const Probe& probe, UnicodeView path) const;
   void Store(const Probe& probe, UnicodeView path, const Place& place);
   void Clear() { ++generation_; }
@@ -88,7 +89,7 @@ class ComposedRegistry::Cache {
   struct Slot {
     std::uint64_t generation = 0;
     Probe probe;
-    UnicodeString path;  // upper-cased
+    UnicodeString path;
     Place place;
   };
   std::vector<Slot> slots_ = std::vector<Slot>(kFirstSlots);

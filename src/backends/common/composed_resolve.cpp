@@ -1,6 +1,7 @@
 // From a key's name to the physical keys behind it.
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "backends/common/composed_internal.h"
 
@@ -17,11 +18,6 @@ constexpr UnicodeView kLinkValue = u"SymbolicLinkValue";
 constexpr UnicodeView kMachineHives[] = {u"SOFTWARE",    u"SYSTEM",     u"SAM",
                                          u"SECURITY",    u"COMPONENTS", u"DRIVERS",
                                          u"BCD00000000", u"HARDWARE",   u"SCHEMA"};
-
-char16_t Upper(char16_t unit) {
-  if (unit < 0x80) return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
-  return UpCase(unit);
-}
 
 bool EndsWith(UnicodeView text, UnicodeView end) {
   return text.size() >= end.size() && SameText(text.substr(text.size() - end.size()), end);
@@ -53,16 +49,36 @@ void AppendPart(UnicodeString* trail, UnicodeView name) {
 
 // ---- Cache --------------------------------------------------------------------------------
 
+ComposedRegistry::Cache::Probe ComposedRegistry::Cache::ProbeFor(RootKey root, bool bits32,
+                                                                 UnicodeView path) {
+  // Blind to the bit that tells the cases of ASCII letters apart. Other letters in another case
+  // are just looked up once more.
+  constexpr std::uint64_t caseless = 0xFFDFFFDFFFDFFFDFU;
+  constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
+  constexpr std::size_t block = sizeof(std::uint64_t) / sizeof(char16_t);
+  std::uint64_t hash = static_cast<std::uint64_t>(root) * 2 + (bits32 ? 1U : 0U);
+  const auto mix = [&hash](std::uint64_t units) {
+    hash = (hash ^ (units & caseless)) * factor;
+    hash ^= hash >> 32U;
+  };
+  std::size_t at = 0;
+  for (; path.size() - at >= block; at += block) {
+    std::uint64_t units = 0;
+    std::memcpy(&units, path.data() + at, sizeof units);
+    mix(units);
+  }
+  for (; at < path.size(); ++at) mix(path[at]);
+  return {hash, root, bits32};
+}
+
 const ComposedRegistry::Place* ComposedRegistry::Cache::Find(const Probe& probe,
                                                              UnicodeView path) const {
-  const Slot& slot = slots_[probe.hash % slots_.size()];
+  const Slot& slot = slots_[static_cast<std::size_t>(probe.hash % slots_.size())];
   if (slot.generation != generation_ || slot.probe.hash != probe.hash ||
-      slot.probe.root != probe.root || slot.probe.bits32 != probe.bits32 ||
-      slot.path.size() != path.size())
+      slot.probe.root != probe.root || slot.probe.bits32 != probe.bits32)
     return nullptr;
-  for (std::size_t i = 0; i < path.size(); ++i)
-    if (slot.path[i] != Upper(path[i])) return nullptr;
-  return &slot.place;
+  // Nearly always spelt as it was before.
+  return slot.path == path || SameText(slot.path, path) ? &slot.place : nullptr;
 }
 
 void ComposedRegistry::Cache::Store(const Probe& probe, UnicodeView path, const Place& place) {
@@ -70,11 +86,10 @@ void ComposedRegistry::Cache::Store(const Probe& probe, UnicodeView path, const 
     slots_ = std::vector<Slot>(slots_.size() * 4);
     stored_ = 0;
   }
-  Slot& slot = slots_[probe.hash % slots_.size()];
+  Slot& slot = slots_[static_cast<std::size_t>(probe.hash % slots_.size())];
   slot.generation = generation_;
   slot.probe = probe;
-  slot.path.resize(path.size());
-  std::transform(path.begin(), path.end(), slot.path.begin(), Upper);
+  slot.path = path;
   slot.place = place;
 }
 
@@ -82,13 +97,6 @@ void ComposedRegistry::Cache::Store(const Probe& probe, UnicodeView path, const 
 
 ComposedRegistry::Place ComposedRegistry::Resolver::Find(RootKey root, UnicodeView path,
                                                          bool followLast) {
-  // Ends of the leading parts of the path that are looked up in the cache, with their hashes.
-  struct Lead {
-    std::size_t end;
-    std::uint64_t hash;
-  };
-  std::array<Lead, 32> leads;
-  std::size_t count = 0;
   // A last part that is not followed is no place to remember, but all before it are.
   const bool cached = trail_ == nullptr;
   UnicodeView kept = path;
@@ -97,38 +105,37 @@ ComposedRegistry::Place ComposedRegistry::Resolver::Find(RootKey root, UnicodeVi
     const std::size_t slash = end == UnicodeView::npos ? end : path.find_last_of(u'\\', end);
     kept = path.substr(0, slash == UnicodeView::npos ? 0 : slash);
   }
-  std::uint64_t hash = 0xCBF29CE484222325U ^ static_cast<std::uint32_t>(root) ^ (bits32_ ? 1U : 0U);
-  const auto mix = [](std::uint64_t h) { return (h ^ (h >> 29U)) * 0x9E3779B97F4A7C15U >> 20U; };
+  // Ends of the leading parts of the path that the cache is asked for, the root's first.
+  std::array<std::size_t, 32> leads;
+  std::size_t count = 0;
   if (cached) {
-    leads[count++] = {0, mix(hash)};
-    for (std::size_t i = 0; i <= kept.size(); ++i) {
-      if (i == kept.size() || kept[i] == u'\\')
-        if (i != 0 && count < leads.size()) leads[count++] = {i, mix(hash)};
-      if (i < kept.size()) hash = (hash ^ Upper(kept[i])) * 0x100000001B3U;
-    }
+    leads[count++] = 0;
+    for (std::size_t i = 1; i <= kept.size() && count < leads.size(); ++i)
+      if (i == kept.size() || kept[i] == u'\\') leads[count++] = i;
   }
+  const auto probe = [&](UnicodeView lead) { return Cache::ProbeFor(root, bits32_, lead); };
   Place place;
   std::size_t known = count;  // index behind the lead that was found
   for (; known > 0; --known) {
-    const Lead& lead = leads[known - 1];
-    const Place* hit = registry_.cache_->Find({lead.hash, root, bits32_}, path.substr(0, lead.end));
+    const UnicodeView lead = path.substr(0, leads[known - 1]);
+    const Place* hit = registry_.cache_->Find(probe(lead), lead);
     if (hit == nullptr) continue;
     place = *hit;
     break;
   }
-  std::size_t from = known > 0 ? leads[known - 1].end : 0;
+  std::size_t from = known > 0 ? leads[known - 1] : 0;
   if (known == 0) {
     place = Root(root);
-    if (cached) registry_.cache_->Store({leads[0].hash, root, bits32_}, {}, place), known = 1;
+    if (cached) registry_.cache_->Store(probe({}), {}, place), known = 1;
   }
   while (HasMore(path, from)) {
     const UnicodeView part = NextPart(path, from);
     place = Step(place, part, followLast || HasMore(path, from));
     if (!place.user.Ok() && !place.machine.Ok() && place.rule == nullptr && trail_ == nullptr)
       break;
-    while (known < count && leads[known].end < from) ++known;
-    if (known < count && leads[known].end == from && (place.user.Ok() || place.machine.Ok()))
-      registry_.cache_->Store({leads[known].hash, root, bits32_}, path.substr(0, from), place);
+    while (known < count && leads[known] < from) ++known;
+    if (known < count && leads[known] == from && (place.user.Ok() || place.machine.Ok()))
+      registry_.cache_->Store(probe(path.substr(0, from)), path.substr(0, from), place);
   }
   return place;
 }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <set>
 
 #include "backends/offline/journal.h"
@@ -49,8 +50,29 @@ std::string FormatRecord(const CommitPlan& plan) {
   return text + end.Close(chain);
 }
 
-bool IsSafeRelative(const std::string& path) {
-  return !path.empty() && path.front() != '/' && ("/" + path + "/").find("/../") == path.npos;
+bool HasDots(const std::string& path) {
+  return ("/" + path + "/").find("/../") != path.npos;
+}
+
+// The record lies on a disk that others may have written, and is carried out with our rights: it
+// must not lead out of the drive, neither by its path nor by a link on the way. What we record
+// ourselves has all links resolved.
+bool IsOnDrive(const Drive& drive, const CommitStep& step) {
+  if (step.relative.empty() || HasDots(step.relative)) return false;
+  const std::filesystem::path local = drive.canonical + "/" + step.relative;
+  std::error_code error;
+  const std::filesystem::path folder = local.parent_path().lexically_normal();
+  return std::filesystem::weakly_canonical(folder, error) == folder && !error &&
+         !std::filesystem::is_symlink(local, error);
+}
+
+// The one kind of file outside of the drives that a commit changes: what the session beside its own
+// notes of the items put back.
+bool IsUndoneMark(const CommitPlan& plan, const CommitStep& step) {
+  return step.kind == Kind::Replace && step.letter == 0 && step.relative.starts_with('/') &&
+         !HasDots(step.relative) && !HasDots(plan.session) &&
+         step.relative == FolderOf(step.relative) + std::string(kUndoneFile) &&
+         FolderOf(FolderOf(step.relative)) == FolderOf(plan.session);
 }
 
 bool ParseRecord(const Bytes& bytes, const DriveTree& drives, CommitPlan& plan,
@@ -72,13 +94,12 @@ bool ParseRecord(const Bytes& bytes, const DriveTree& drives, CommitPlan& plan,
     step.existed = lines[i].Count("existed") != 0;
     step.hashBefore = lines[i].Count("before");
     step.hashAfter = lines[i].Count("after");
-    // The only files that may lie outside of the drives are the session's neighbours.
-    if (step.letter == 0 && FolderOf(FolderOf(step.relative)) == FolderOf(plan.session)) {
+    if (IsUndoneMark(plan, step)) {
       step.local = step.relative;
       continue;
     }
     const Drive* const drive = drives.Get(step.letter);
-    if (drive == nullptr || !IsSafeRelative(step.relative)) {
+    if (drive == nullptr || step.kind > Kind::Truncate || !IsOnDrive(*drive, step)) {
       error = Pending(plan) + ": an interrupted clean also changed a drive that was not given";
       return false;
     }

@@ -77,10 +77,22 @@ bool OfflineBackend::Parts::PickUser(const std::string& wanted, std::string& err
   return true;
 }
 
+void OfflineBackend::Parts::TellHive(UnicodeView place, const UnicodeString& path) {
+  std::string file;
+  std::string root;
+  if (files.LocalPath(path, file) != Status::Ok) return;
+  const UnicodeString volume{installation.Letter(), u':', u'\\'};
+  if (files.LocalPath(volume, root) == Status::Ok && file.starts_with(root)) {
+    file.erase(0, file.find_first_not_of('/', root.size()));
+  }
+  target.hives.push_back({UnicodeString(place), file});
+}
+
 void OfflineBackend::Parts::MountFile(UnicodeView place, const UnicodeString& path) {
   FileInfo info;
   const Status there = files.Stat(path, FsView::Physical, info);
   if (there == Status::Absent) return;
+  TellHive(place, path);
   world->registry.MountLazily(place, [this, path](Status& why) -> IHive* {
     std::string error;
     offline::RegfHive* const hive = hives.Open(path, why, error);
@@ -101,6 +113,9 @@ void OfflineBackend::Parts::MountUsers() {
 void OfflineBackend::Parts::MountHives() {
   world->registry.Mount(u"HKLM\\SOFTWARE", *installation.software);
   world->registry.Mount(u"HKLM\\SYSTEM", *installation.system);
+  for (const UnicodeView name : {UnicodeView(u"SOFTWARE"), UnicodeView(u"SYSTEM")}) {
+    TellHive(u"HKLM\\" + UnicodeString(name), installation.Config(name));
+  }
   for (const UnicodeView name : kFurtherHives) {
     MountFile(u"HKLM\\" + UnicodeString(name), installation.Config(name));
   }
@@ -154,6 +169,9 @@ void OfflineBackend::Parts::DescribeTarget(const std::string& folder) {
   target.systemRoot = installation.systemRoot;
   target.driveLetter = installation.Letter();
   target.controlSet = installation.controlSet;
+  for (const UserProfile& each : users) {
+    if (!each.isService && !each.hive.empty()) target.users.push_back({each.name, each.sid});
+  }
   if (user == nullptr) return;
   target.userName = user->name;
   if (user->sidKnown) target.userSid = user->sid;

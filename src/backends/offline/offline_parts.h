@@ -17,11 +17,6 @@ namespace scrubwell {
 
 namespace offline {
 
-class Images final : public IImages {
- public:
-  UnicodeString FileName(int id, int) override { return u"icon" + IntToStr(id) + u".svg"; }
-};
-
 /// The installation's ANSI code page.
 unsigned CodePageOf(const Installation& installation);
 
@@ -54,7 +49,7 @@ struct OfflineBackend::Parts {
     offline::OfflineTasks tasks;
     offline::OfflineFirewall firewall;
     offline::OfflineBrowser browser;
-    offline::Images images;
+    IImages images;  // none: they are the host's
     TPlatform platform;
   };
 
@@ -62,6 +57,8 @@ struct OfflineBackend::Parts {
   bool PickUser(const std::string& wanted, std::string& error);
   void MountHives();
   void MountFile(UnicodeView place, const UnicodeString& path);
+  /// Says among the target's facts where the hive's file lies.
+  void TellHive(UnicodeView place, const UnicodeString& path);
   void MountUsers();
   void MapMountedDevices();
   /// This machine's name of the folder of the machine's hives.

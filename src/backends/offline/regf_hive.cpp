@@ -44,8 +44,34 @@ Status RegfHive::Values(Key key, std::vector<RegValue>& out) {
   return Raw().Values(key, out);
 }
 
+// A hive finds a value by going through all of the key's. Who asks for each of many values would
+// do so in quadratic time; a few questions are cheaper without an index.
+RegfHive::ValueIndex* RegfHive::IndexOf(Key key) {
+  constexpr std::uint32_t many = 256;
+  constexpr int often = 16;
+  regf::KeyFacts facts;
+  if (Raw().Key(key, facts) != Status::Ok || facts.valueCount < many) return nullptr;
+  ValueIndex& index = indexes_[key];
+  if (++index.asked < often) return nullptr;
+  if (!index.built) {
+    index.built = true;
+    index.whole = Raw().ForEachValue(key, [&index](const regf::ValueFacts& value) {
+      index.values.try_emplace(UpperCase(value.name.Text()), value);
+    });
+  }
+  return &index;
+}
+
 Status RegfHive::Value(Key key, UnicodeView name, RegValue& out) {
-  return Raw().Value(key, name, out);
+  const ValueIndex* const index = IndexOf(key);
+  if (index == nullptr) return Raw().Value(key, name, out);
+  const auto found = index->values.find(UpperCase(name));
+  if (found == index->values.end()) {
+    return index->whole == Status::Ok ? Status::Absent : Status::Corrupt;
+  }
+  found->second.name.CopyTo(out.name);
+  out.type = found->second.type;
+  return Raw().Data(found->second, out.data);
 }
 
 bool RegfHive::IsLink(Key key) {
@@ -61,6 +87,7 @@ Status RegfHive::Security(Key key, Bytes& out) {
 }
 
 regf::Editor* RegfHive::Edit(std::string& error) {
+  indexes_.clear();
   if (editor_ == nullptr && editError_.empty()) {
     regf::OpenedEditor opened = regf::Editor::Open(*hive_, ToUtf8(path_), FileTimeNow);
     editor_ = std::move(opened.editor);

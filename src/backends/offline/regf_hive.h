@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <unordered_map>
 
 #include "backends/common/hive.h"
 #include "formats/regf/editor.h"
@@ -49,8 +50,17 @@ class RegfHive final : public IHive {
   Status EraseValue(Key key, UnicodeView name) override;
 
  private:
+  /// The values of a key by their upper-cased names.
+  struct ValueIndex {
+    int asked = 0;
+    bool built = false;
+    Status whole = Status::Ok;
+    std::unordered_map<UnicodeString, regf::ValueFacts> values;
+  };
+
   template <class Operation>
   Status Change(Operation&& operation);
+  ValueIndex* IndexOf(Key key);
 
   std::unique_ptr<regf::Hive> hive_;
   UnicodeString path_;
@@ -58,6 +68,8 @@ class RegfHive final : public IHive {
   std::unique_ptr<regf::Editor> editor_;
   std::string editError_;
   std::function<void(Status)> done_;
+  /// Of keys with many values that are asked for often; none survives a change.
+  std::unordered_map<Key, ValueIndex> indexes_;
 };
 
 }  // namespace scrubwell::offline

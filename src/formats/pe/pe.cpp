@@ -44,9 +44,14 @@ bool Holds(View data, std::uint64_t at, std::uint64_t size) {
   return at <= data.size() && size <= data.size() - at;
 }
 
+/// A number that was checked against what is in memory, as the memory counts.
+constexpr std::size_t Index(std::uint64_t number) {
+  return static_cast<std::size_t>(number);
+}
+
 /// Little-endian, the caller having checked the bounds.
 std::uint16_t U16(View data, std::uint64_t at) {
-  return static_cast<std::uint16_t>(data[at] | data[at + 1] << 8);
+  return static_cast<std::uint16_t>(data[Index(at)] | data[Index(at) + 1] << 8);
 }
 
 std::uint32_t U32(View data, std::uint64_t at) {
@@ -55,7 +60,7 @@ std::uint32_t U32(View data, std::uint64_t at) {
 
 UnicodeString Units(View data, std::uint64_t at, std::uint64_t count) {
   UnicodeString out;
-  out.reserve(count);
+  out.reserve(Index(count));
   for (std::uint64_t i = 0; i < count; ++i) out.push_back(U16(data, at + 2 * i));
   return out;
 }
@@ -126,7 +131,7 @@ bool ReadVersionNode(View data, VersionNode& out, std::uint64_t& length) {
   if (data.size() < kVersionNodeHeader) return false;
   length = U16(data, 0);
   if (length < kVersionNodeHeader || length > data.size()) return false;
-  const View node = data.first(length);
+  const View node = data.first(Index(length));
   const bool isText = U16(node, 4) == 1;
   std::uint64_t at = kVersionNodeHeader;
   out.name.clear();
@@ -138,8 +143,8 @@ bool ReadVersionNode(View data, VersionNode& out, std::uint64_t& length) {
   // A text's length is in units by the rules and in bytes by habit: its end is its NUL.
   const std::uint64_t declared = U16(node, 2) * (isText ? 2U : 1U);
   const std::uint64_t size = std::min(declared, length - at);
-  out.value = node.subspan(at, size);
-  out.children = node.subspan(std::min(AlignTo4(at + size), length));
+  out.value = node.subspan(Index(at), Index(size));
+  out.children = node.subspan(Index(std::min(AlignTo4(at + size), length)));
   return true;
 }
 
@@ -149,7 +154,7 @@ void ForEachNode(View list, const std::function<bool(const VersionNode&)>& visit
   std::uint64_t length = 0;
   while (ReadVersionNode(list, node, length)) {
     if (!visit(node)) return;
-    list = list.subspan(std::min<std::uint64_t>(AlignTo4(length), list.size()));
+    list = list.subspan(Index(std::min<std::uint64_t>(AlignTo4(length), list.size())));
   }
 }
 
@@ -251,8 +256,8 @@ Image::View Image::Map(std::uint32_t address) const {
     const std::uint32_t inside = address - section.address;
     const std::uint64_t offset = std::uint64_t{section.fileOffset} + inside;
     if (offset >= file_.size()) return {};
-    return file_.subspan(offset,
-                         std::min<std::uint64_t>(section.size - inside, file_.size() - offset));
+    const std::size_t at = Index(offset);
+    return file_.subspan(at, std::min<std::size_t>(section.size - inside, file_.size() - at));
   }
   return {};
 }

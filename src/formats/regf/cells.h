@@ -207,6 +207,20 @@ class Cells {
   ByteView bins_;
 };
 
+// Every step through a hive goes through these two: they are worth being inlined.
+inline ByteView Cells::Content(CellOffset offset) const {
+  if (offset % 8 != 0 || bins_.size() < 8 || offset > bins_.size() - 8) return {};
+  const std::uint32_t size = 0U - Get32(bins_, offset);  // sizes of cells in use are negative
+  if (size > 0x7FFFFFFFU || size < 8 || size % 8 != 0) return {};
+  if (size > bins_.size() - offset) return {};
+  return bins_.subspan(offset + 4U, size - 4U);
+}
+
+inline ByteView Cells::Typed(CellOffset offset, const char (&letters)[3], std::size_t least) const {
+  const ByteView content = Content(offset);
+  return content.size() >= least && HasSignature(content, letters) ? content : ByteView();
+}
+
 template <class Entry>
 bool Cells::ForEachEntry(ByteView list, Entry&& entry) const {
   const auto leafEntries = [&entry](const ListEntries& leaf, bool& more) {

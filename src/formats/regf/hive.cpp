@@ -351,6 +351,17 @@ Status Hive::Descend(CellOffset from, UnicodeView path, CellOffset& out) const {
   return Status::Ok;
 }
 
+namespace {
+
+/// The offsets of a key's values, as many as can be read.
+ByteView ValueList(const Cells& cells, CellOffset key, const KeyFacts& facts) {
+  if (facts.valueCount == 0) return {};
+  const ByteView list = cells.Content(Get32(cells.Content(key), nk::ValueList));
+  return list.first(std::min<std::size_t>(facts.valueCount, list.size() / 4) * 4);
+}
+
+}  // namespace
+
 Status Hive::ReadValue(CellOffset cell, ValueFacts& out) const {
   const ByteView content = cells_.Typed(cell, "vk", vk::Name);
   if (content.empty()) return Status::Corrupt;
@@ -369,13 +380,11 @@ Status Hive::ReadValue(CellOffset cell, ValueFacts& out) const {
 Status Hive::VisitValues(CellOffset key, ValueVisitor visit) const {
   KeyFacts facts;
   if (Key(key, facts) != Status::Ok) return Status::Corrupt;
-  if (facts.valueCount == 0) return Status::Ok;
-  const ByteView list = cells_.Content(Get32(cells_.Content(key), nk::ValueList));
-  const std::size_t readable = std::min<std::size_t>(facts.valueCount, list.size() / 4);
-  bool whole = readable == facts.valueCount;
+  const ByteView list = ValueList(cells_, key, facts);
+  bool whole = list.size() / 4 == facts.valueCount;
   ValueFacts value;
-  for (std::size_t i = 0; i < readable; ++i) {
-    const bool good = ReadValue(Get32(list, i * 4), value) == Status::Ok;
+  for (std::size_t at = 0; at < list.size(); at += 4) {
+    const bool good = ReadValue(Get32(list, at), value) == Status::Ok;
     whole &= good;
     if (good) visit(value);
   }
@@ -402,13 +411,18 @@ Status Hive::Values(CellOffset key, std::vector<RegValue>& out) const {
 }
 
 Status Hive::FindValue(CellOffset key, UnicodeView name, ValueFacts& out) const {
+  KeyFacts facts;
+  if (Key(key, facts) != Status::Ok) return Status::Corrupt;
   const UnicodeString upper = UpperCase(name);
-  out.cell = NoCell;
-  const Status status = ForEachValue(key, [&](const ValueFacts& value) {
-    if (out.cell == NoCell && value.name.CompareUpper(upper) == 0) out = value;
-  });
-  if (out.cell != NoCell) return Status::Ok;
-  return status == Status::Ok ? Status::Absent : Status::Corrupt;
+  const ByteView list = ValueList(cells_, key, facts);
+  bool whole = list.size() / 4 == facts.valueCount;
+  for (std::size_t at = 0; at < list.size(); at += 4) {
+    const bool good = ReadValue(Get32(list, at), out) == Status::Ok;
+    whole &= good;
+    // The first one counts. Who takes the values away in their order finds each at once.
+    if (good && out.name.CompareUpper(upper) == 0) return Status::Ok;
+  }
+  return whole ? Status::Absent : Status::Corrupt;
 }
 
 Status Hive::Value(CellOffset key, UnicodeView name, RegValue& out) const {
