@@ -180,6 +180,56 @@ std::string HistoryContent(std::string_view addresses) {
   return result;
 }
 
+// A program that has nothing but its version ("14.0") in it.
+std::string ProgramContent(std::string_view version) {
+  constexpr std::size_t optional = 0x58;
+  constexpr std::size_t section = optional + 0xE0;
+  constexpr std::size_t resources = 0x200;
+  constexpr std::size_t address = 0x1000;
+  constexpr std::size_t block = resources + 0x58;
+  constexpr std::u16string_view name = u"VS_VERSION_INFO";
+  constexpr std::size_t fixed = block + 40;
+  constexpr std::size_t end = fixed + 52;
+  std::string result(end, '\0');
+  const auto put = [&result](std::size_t at, std::size_t number, std::size_t size = 4) {
+    for (std::size_t i = 0; i < size; ++i) result[at + i] = static_cast<char>(number >> 8 * i);
+  };
+  result.replace(0, 2, "MZ");
+  put(0x3C, 0x40);
+  result.replace(0x40, 2, "PE");
+  put(0x44, 0x14C, 2);  // 32-bit
+  put(0x46, 1, 2);      // section
+  put(0x54, section - optional, 2);
+  put(0x56, 0x102, 2);
+  put(optional, 0x10B, 2);
+  put(optional + 32, address);
+  put(optional + 92, 16);  // directories, of which the third are the resources
+  put(optional + 112, address);
+  put(optional + 116, end - resources);
+  put(section + 8, end - resources);
+  put(section + 12, address);
+  put(section + 16, end - resources);
+  put(section + 20, resources);
+  // Three levels of one entry each: the type, the number, the language; then where the block lies.
+  constexpr std::size_t ids[] = {16, 1, 0x409};
+  for (std::size_t level = 0; level < 3; ++level) {
+    const std::size_t at = resources + level * 0x18;
+    put(at + 14, 1, 2);
+    put(at + 16, ids[level]);
+    put(at + 20, (level + 1) * 0x18 | (level < 2 ? 0x80000000U : 0U));
+  }
+  put(resources + 0x48, address + block - resources);
+  put(resources + 0x4C, end - block);
+  put(block, end - block, 2);
+  put(block + 2, end - fixed, 2);
+  for (std::size_t i = 0; i < name.size(); ++i) put(block + 6 + i * 2, name[i], 2);
+  put(fixed, 0xFEEF04BD);
+  const std::size_t dot = std::min(version.find('.'), version.size() - 1);
+  put(fixed + 10, std::stoul(std::string(version.substr(0, dot))), 2);
+  put(fixed + 8, std::stoul(std::string(version.substr(dot + 1))), 2);
+  return result;
+}
+
 std::string FileContent(std::string_view option) {
   constexpr std::string_view size = "size=";
   constexpr std::string_view text = "text=";
@@ -192,7 +242,10 @@ std::string FileContent(std::string_view option) {
   if (option.starts_with(link)) return LinkContent(option.substr(link.size()));
   constexpr std::string_view history = "history=";
   if (option.starts_with(history)) return HistoryContent(option.substr(history.size()));
-  throw SampleError(std::string(option) + ": is neither size=, text=, job=, link= nor history=");
+  constexpr std::string_view version = "version=";
+  if (option.starts_with(version)) return ProgramContent(option.substr(version.size()));
+  throw SampleError(std::string(option) +
+                    ": is neither size=, text=, job=, link=, history= nor version=");
 }
 
 void MakeFiles(const fs::path& list, const fs::path& target) {

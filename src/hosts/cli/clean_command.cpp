@@ -27,6 +27,8 @@ int RefuseSelection(const SelectResult& selection) {
   switch (selection.failure) {
     case SelectFailure::Hidden:
       return Fail(WrongUse, Say(texts::HiddenProblem, {selection.id}));
+    case SelectFailure::LeftOut:
+      return Fail(WrongUse, Say(texts::LeftOutProblem, {selection.id}));
     case SelectFailure::Ambiguous:
       return Fail(WrongUse, Say(texts::AmbiguousProblem, {selection.id}));
     default:
@@ -81,9 +83,8 @@ class CleanPass {
     session_ = std::move(opened.session);
     package_ = std::make_unique<LoadedPackage>(session_->Backend().Platform());
     CatchStopSignals();
-    UnicodeString unknown;
-    if (ChoosePlugins(command_.scan.plugins, unknown)) return std::nullopt;
-    return Fail(WrongUse, Say(texts::UnknownPlugin, {ToUtf8(unknown)}));
+    if (const auto error = ApplyChoice(command_.scan)) return Fail(WrongUse, *error);
+    return std::nullopt;
   }
 
   CleanEvents Events() {
@@ -164,6 +165,7 @@ int CleanAfterAsking(const CleanCommand& command) {
   if (StopRequested()) return SayStopped();
   if (!agreed) return Fail(ProblemsFound, Say(texts::NothingChanged));
   CleanSelection selection;
+  selection.choice = command.selection.choice;
   for (const CleanedProblem& problem : plan.result.problems) selection.ids.push_back(problem.id);
   CleanPass pass(command);
   if (const auto code = pass.Run(selection, true)) return *code;

@@ -35,6 +35,14 @@ std::string SessionJson(const SessionContent& session);
 std::string UndoText(const UndoResult& result, std::size_t width);
 std::string UndoJson(const UndoResult& result);
 
+// ---- Parts that other reports use -----------------------------------------------------------
+
+/// A line for each change.
+std::string ChangesText(const std::vector<JournalItem>& items);
+/// The changes as an array.
+void WriteChanges(JsonWriter& json, const std::vector<JournalItem>& items,
+                  const std::vector<JournalProblem>& problems);
+
 // ---- Parts that both forms share ------------------------------------------------------------
 
 /// For each change, whether it removes a key only because an earlier change for the same problem

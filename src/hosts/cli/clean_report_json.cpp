@@ -36,21 +36,6 @@ void WriteItem(JsonWriter& json, const JournalItem& item) {
   json.Key("bytes").Number(static_cast<std::int64_t>(item.bytes));
 }
 
-void WriteItems(JsonWriter& json, const std::vector<JournalItem>& items,
-                const std::vector<JournalProblem>& problems) {
-  const std::vector<bool> emptied = EmptiedParents(items);
-  json.BeginArray();
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    json.BeginObject();
-    WriteItem(json, items[i]);
-    json.Key("problem").Text(ProblemOf(items[i], problems));
-    json.Key("emptied").Bool(emptied[i]);
-    json.Key("undone").Bool(items[i].undone);
-    json.EndObject();
-  }
-  json.EndArray();
-}
-
 void WriteCleaned(JsonWriter& json, const CleanedProblem& problem) {
   json.BeginObject();
   json.Key("id").Text(problem.id);
@@ -79,6 +64,21 @@ void WriteSession(JsonWriter& json, const SessionInfo& session) {
 
 }  // namespace
 
+void WriteChanges(JsonWriter& json, const std::vector<JournalItem>& items,
+                  const std::vector<JournalProblem>& problems) {
+  const std::vector<bool> emptied = EmptiedParents(items);
+  json.BeginArray();
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    json.BeginObject();
+    WriteItem(json, items[i]);
+    json.Key("problem").Text(ProblemOf(items[i], problems));
+    json.Key("emptied").Bool(emptied[i]);
+    json.Key("undone").Bool(items[i].undone);
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
 std::string CleanJson(const CleanReport& report) {
   std::string out;
   JsonWriter json(out);
@@ -91,7 +91,7 @@ std::string CleanJson(const CleanReport& report) {
   json.Key("problems").BeginArray();
   for (const CleanedProblem& problem : report.result.problems) WriteCleaned(json, problem);
   json.EndArray();
-  WriteItems(json.Key("changes"), report.items, report.journal);
+  WriteChanges(json.Key("changes"), report.items, report.journal);
   json.Key("counts").BeginObject();
   json.Key("left").Number(static_cast<std::int64_t>(report.result.Left()));
   json.Key("hidden").Number(static_cast<std::int64_t>(report.result.hidden));
@@ -141,7 +141,7 @@ std::string SessionJson(const SessionContent& session) {
     json.EndObject();
   }
   json.EndArray();
-  WriteItems(json.Key("changes"), session.items, session.problems);
+  WriteChanges(json.Key("changes"), session.items, session.problems);
   json.EndObject();
   return out += '\n';
 }

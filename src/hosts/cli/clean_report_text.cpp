@@ -132,6 +132,12 @@ void AppendCounts(std::string& out, const CleanResult& result) {
   out.back() = '\n';
 }
 
+TextLook PlainLook(std::size_t width) {
+  TextLook look;
+  look.width = width;
+  return look;
+}
+
 TStringList FromUtf8All(const std::vector<std::string>& lines) {
   TStringList result;
   for (const std::string& line : lines) result.push_back(FromUtf8(line));
@@ -164,6 +170,15 @@ std::string ProblemOf(const JournalItem& item, const std::vector<JournalProblem>
   return item.problem < problems.size() ? problems[item.problem].id : std::string();
 }
 
+std::string ChangesText(const std::vector<JournalItem>& items) {
+  const std::vector<bool> emptied = EmptiedParents(items);
+  std::string out;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    out += "  " + ItemLine(items[i], emptied[i]) + '\n';
+  }
+  return out;
+}
+
 std::string PlanText(const CleanReport& report, std::size_t width) {
   std::string out = TargetLine(report.target) + "\n\n";
   if (report.result.problems.empty()) {
@@ -173,7 +188,7 @@ std::string PlanText(const CleanReport& report, std::size_t width) {
     out += Say(texts::PlanHeading, {std::to_string(report.items.size())}) + '\n';
     AppendProblems(out, report, {false, true});
   }
-  AppendNotes(out, report.notes, width);
+  AppendNotes(out, report.notes, PlainLook(width));
   if (report.dryRun) out += '\n' + Say(texts::DryRunEnd) + '\n';
   return out;
 }
@@ -186,7 +201,7 @@ std::string ResultText(const CleanReport& report, std::size_t width, bool withCh
   AppendProblems(out, report, {true, withChanges});
   TStringList notes = withChanges ? report.notes : TStringList();
   for (UnicodeString& note : FromUtf8All(report.commit.notes)) notes.push_back(std::move(note));
-  AppendNotes(out, notes, width);
+  AppendNotes(out, notes, PlainLook(width));
   AppendCounts(out, report.result);
   if (!report.commit.session.empty()) {
     out += Say(texts::BackupLine, {report.commit.folder}) + '\n';
@@ -240,7 +255,7 @@ std::string UndoText(const UndoResult& result, std::size_t width) {
            Name(UndoOutcomes, entry.outcome) + '\n';
     if (!entry.why.empty()) AppendWrapped(out, Printable(FromUtf8(entry.why)), 10, width);
   }
-  AppendNotes(out, FromUtf8All(result.notes), width);
+  AppendNotes(out, FromUtf8All(result.notes), PlainLook(width));
   if (!out.empty()) out += '\n';
   out += Say(texts::UndoSummary, {std::to_string(counts[0]), std::to_string(counts[1]),
                                   std::to_string(counts[2] + counts[3])}) +

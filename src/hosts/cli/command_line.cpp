@@ -13,6 +13,9 @@ namespace scrubwell::hosts {
 
 namespace {
 
+// In place of a user's name.
+constexpr std::string_view AllUsers = "all";
+
 // The options as they were typed.
 struct RawOptions {
   OfflineOptions target;
@@ -34,6 +37,17 @@ struct RawOptions {
   std::string id;
   bool machine = false;
   std::string reason;
+  std::vector<std::string> exclude;
+  std::vector<std::string> kinds;
+  std::string filter;
+  std::string since;
+  std::string failOn;
+  bool details = false;
+  std::string limit;
+  bool listKinds = false;
+  std::vector<std::string> words;
+  std::string view;
+  std::string key;
 };
 
 // Looked for before the line is understood, so that its errors speak the right language already.
@@ -48,10 +62,28 @@ std::string LanguageArgument(int argc, const char* const* argv) {
   return found;
 }
 
-std::optional<ReportFormat> FormatByName(std::string_view name) {
-  if (name == "text") return ReportFormat::Text;
-  if (name == "json") return ReportFormat::Json;
-  return std::nullopt;
+struct FormatName {
+  std::string_view name;
+  ReportFormat format;
+};
+// The first two are for every command, the others show what a scan has found.
+constexpr std::array<FormatName, 6> Formats = {{
+    {"text", ReportFormat::Text},
+    {"json", ReportFormat::Json},
+    {"jsonl", ReportFormat::JsonLines},
+    {"csv", ReportFormat::Csv},
+    {"html", ReportFormat::Html},
+    {"sarif", ReportFormat::Sarif},
+}};
+constexpr std::size_t CommonFormats = 2;
+
+std::string FormatList(std::size_t count, std::string_view separator) {
+  std::string list;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i > 0) list += separator;
+    list += Formats[i].name;
+  }
+  return list;
 }
 
 void Dress(CLI::App& app) {
@@ -68,7 +100,7 @@ void Dress(CLI::App& app) {
 }
 
 void AddLanguage(CLI::App& app, RawOptions& raw) {
-  app.add_option("--lang", raw.language, Say(texts::LangOption))->type_name("de|en");
+  app.add_option("--lang", raw.language, Say(texts::LangOption))->type_name("de|en")->take_last();
 }
 
 CLI::App* AddCommand(CLI::App& app, RawOptions& raw, const char* name, const TText& text) {
@@ -98,8 +130,9 @@ void AddList(CLI::App& app, const char* name, std::vector<std::string>& list, co
       ->take_all();
 }
 
-void AddFormat(CLI::App& app, RawOptions& raw) {
-  app.add_option("--format", raw.format, Say(texts::FormatOption))->type_name("text|json");
+void AddFormat(CLI::App& app, RawOptions& raw, std::size_t formats = CommonFormats) {
+  app.add_option("--format", raw.format, Say(texts::FormatOption))
+      ->type_name(FormatList(formats, "|"));
 }
 
 void AddBackup(CLI::App& app, RawOptions& raw) {
@@ -108,25 +141,40 @@ void AddBackup(CLI::App& app, RawOptions& raw) {
 }
 
 // What a scan and everything that begins with one understand.
-void AddScanOptions(CLI::App& app, RawOptions& raw) {
+void AddScanOptions(CLI::App& app, RawOptions& raw, std::size_t formats) {
   AddTarget(app, raw, texts::WindowsOption)->required();
   AddList(app, "--plugins", raw.plugins, texts::PluginsOption);
-  AddFormat(app, raw);
+  AddList(app, "--exclude", raw.exclude, texts::ExcludeOption);
+  AddFormat(app, raw, formats);
   app.add_option("--output", raw.output, Say(texts::OutputOption))->type_name(Say(texts::FileType));
+}
+
+void AddChoice(CLI::App& app, RawOptions& raw) {
+  app.add_option("--kind", raw.kinds, Say(texts::KindOption))
+      ->type_name("ID:N,...")
+      ->expected(1)
+      ->take_all();
+  app.add_option("--filter", raw.filter, Say(texts::FilterOption))->type_name("TEXT");
 }
 
 CLI::App* AddScan(CLI::App& app, RawOptions& raw) {
   CLI::App* scan = AddCommand(app, raw, "scan", texts::ScanCommand);
   scan->footer(Say(texts::ExitCodes));
-  AddScanOptions(*scan, raw);
+  AddScanOptions(*scan, raw, Formats.size());
+  AddChoice(*scan, raw);
+  scan->add_option("--since", raw.since, Say(texts::SinceOption))->type_name(Say(texts::FileType));
+  scan->add_option("--fail-on", raw.failOn, Say(texts::FailOnOption))->type_name("new|any|none");
   scan->add_flag("--all", raw.all, Say(texts::AllHiddenOption));
+  scan->add_flag("--details", raw.details, Say(texts::DetailsOption));
+  scan->add_option("--limit", raw.limit, Say(texts::LimitOption))->type_name("N");
   return scan;
 }
 
 CLI::App* AddClean(CLI::App& app, RawOptions& raw) {
   CLI::App* clean = AddCommand(app, raw, "clean", texts::CleanCommand);
   clean->footer(Say(texts::CleanExitCodes));
-  AddScanOptions(*clean, raw);
+  AddScanOptions(*clean, raw, CommonFormats);
+  AddChoice(*clean, raw);
   clean->add_flag("--all", raw.all, Say(texts::AllOption));
   AddList(*clean, "--select", raw.ids, texts::SelectOption);
   clean->add_flag("--dry-run", raw.dryRun, Say(texts::DryRunOption));
@@ -134,6 +182,34 @@ CLI::App* AddClean(CLI::App& app, RawOptions& raw) {
   clean->add_flag("--until-clean", raw.untilClean, Say(texts::UntilCleanOption));
   AddBackup(*clean, raw);
   return clean;
+}
+
+CLI::App* AddExplain(CLI::App& app, RawOptions& raw) {
+  CLI::App* explain = AddCommand(app, raw, "explain", texts::ExplainCommand);
+  explain->footer(Say(texts::OtherExitCodes));
+  explain->add_option("ID", raw.id, Say(texts::IdArgument))->required();
+  AddScanOptions(*explain, raw, CommonFormats);
+  return explain;
+}
+
+CLI::App* AddReg(CLI::App& app, RawOptions& raw) {
+  CLI::App* reg = AddCommand(app, raw, "reg", texts::RegCommand);
+  reg->footer(Say(texts::RegExitCodes));
+  reg->add_option("KEY", raw.words, Say(texts::KeyArgument))
+      ->type_name(Say(texts::KeyType))
+      ->expected(1, 2)
+      ->required();
+  AddTarget(*reg, raw, texts::WindowsOption)->required();
+  reg->add_option("--view", raw.view, Say(texts::ViewOption))->type_name("32|64");
+  reg->add_option("--key", raw.key, Say(texts::FindKeyOption))->type_name(Say(texts::KeyType));
+  AddFormat(*reg, raw);
+  return reg;
+}
+
+CLI::App* AddPlugins(CLI::App& app, RawOptions& raw) {
+  CLI::App* plugins = AddCommand(app, raw, "plugins", texts::PluginsCommand);
+  plugins->add_flag("--kinds", raw.listKinds, Say(texts::ListKindsOption));
+  return plugins;
 }
 
 CLI::App* AddUndo(CLI::App& app, RawOptions& raw) {
@@ -153,6 +229,7 @@ CLI::App* AddUndo(CLI::App& app, RawOptions& raw) {
 CLI::App* AddRecover(CLI::App& app, RawOptions& raw) {
   CLI::App* recover = AddCommand(app, raw, "recover", texts::RecoverCommand);
   AddTarget(*recover, raw, texts::WindowsOption)->required();
+  AddFormat(*recover, raw);
   return recover;
 }
 
@@ -167,6 +244,7 @@ CLI::App* AddIgnore(CLI::App& app, RawOptions& raw) {
   ignore->add_flag("--machine", raw.machine, Say(texts::MachineOption));
   ignore->add_option("--reason", raw.reason, Say(texts::ReasonOption))->type_name("TEXT");
   AddBackup(*ignore, raw);
+  AddFormat(*ignore, raw);
   return ignore;
 }
 
@@ -174,31 +252,121 @@ ParsedCommand Fail(const TText& text, std::string_view value) {
   return {std::nullopt, Say(text, {value})};
 }
 
+using Complaint = std::optional<ParsedCommand>;
+
+// A decimal number of at most nine digits.
+std::optional<std::int32_t> NumberFrom(std::string_view text) {
+  constexpr std::size_t digits = 9;
+  if (text.empty() || text.size() > digits) return std::nullopt;
+  std::int32_t number = 0;
+  for (const char c : text) {
+    if (c < '0' || c > '9') return std::nullopt;
+    number = number * 10 + (c - '0');
+  }
+  return number;
+}
+
+// "Fonts:1,3"
+std::optional<KindChoice> KindsFrom(std::string_view text) {
+  const std::size_t colon = text.find(':');
+  if (colon == 0 || colon == std::string_view::npos) return std::nullopt;
+  KindChoice choice{FromUtf8(text.substr(0, colon)), {}};
+  for (std::string_view rest = text.substr(colon);;) {
+    rest.remove_prefix(1);
+    const std::size_t end = std::min(rest.find(','), rest.size());
+    const std::optional<std::int32_t> number = NumberFrom(rest.substr(0, end));
+    if (!number) return std::nullopt;
+    choice.kinds.push_back(*number);
+    rest.remove_prefix(end);
+    if (rest.empty()) return choice;
+  }
+}
+
+Complaint ConvertFormat(const RawOptions& raw, bool scan, ScanOptions& options) {
+  const std::size_t known = scan ? Formats.size() : CommonFormats;
+  const auto* const end = Formats.begin() + known;
+  const auto* found = std::find_if(Formats.begin(), end,
+                                   [&](const auto& entry) { return entry.name == raw.format; });
+  if (found == end) {
+    return ParsedCommand{std::nullopt,
+                         Say(texts::UnknownFormat, {raw.format, FormatList(known, ", ")})};
+  }
+  options.format = found->format;
+  return std::nullopt;
+}
+
 // The parts of the options that need more than to be copied. Nothing when all is well.
-std::optional<ParsedCommand> Convert(RawOptions& raw, ScanOptions& options) {
-  const std::optional<ReportFormat> format = FormatByName(raw.format);
-  if (!format) return Fail(texts::UnknownFormat, raw.format);
-  options.format = *format;
+Complaint Convert(RawOptions& raw, bool scan, ScanOptions& options) {
+  if (auto complaint = ConvertFormat(raw, scan, options)) return complaint;
   for (const std::string& text : raw.drives) {
     std::optional<DriveOption> drive = ParseDrive(text);
     if (!drive) return Fail(texts::BadDrive, text);
     raw.target.drives.push_back(std::move(*drive));
   }
+  for (const std::string& text : raw.kinds) {
+    std::optional<KindChoice> kinds = KindsFrom(text);
+    if (!kinds) return Fail(texts::BadKind, text);
+    options.choice.kinds.push_back(std::move(*kinds));
+  }
   for (const std::string& id : raw.plugins) options.plugins.push_back(FromUtf8(id));
+  for (const std::string& id : raw.exclude) options.exclude.push_back(FromUtf8(id));
+  options.choice.text = FromUtf8(raw.filter);
+  if (!scan && raw.target.user == AllUsers) return Fail(texts::AllUsersScanOnly, AllUsers);
   options.target = std::move(raw.target);
   options.output = std::move(raw.output);
   return std::nullopt;
 }
 
 ParsedCommand ScanFrom(const RawOptions& raw, ScanOptions options) {
-  return {ScanCommand{std::move(options), raw.all}, {}};
+  ScanCommand scan;
+  scan.all = raw.all;
+  scan.details = raw.details;
+  scan.since = raw.since;
+  scan.failOn = raw.since.empty() ? FailOn::Any : FailOn::New;
+  scan.allUsers = options.target.user == AllUsers;
+  if (scan.allUsers) options.target.user.clear();
+  if (!raw.limit.empty()) {
+    const std::optional<std::int32_t> limit = NumberFrom(raw.limit);
+    if (!limit) return Fail(texts::BadNumber, raw.limit);
+    scan.limit = static_cast<std::size_t>(*limit);
+  }
+  if (raw.failOn == "any") scan.failOn = FailOn::Any;
+  if (raw.failOn == "none") scan.failOn = FailOn::None;
+  const bool known = raw.failOn.empty() || raw.failOn == "any" || raw.failOn == "none";
+  if (!known && raw.failOn != "new") return Fail(texts::UnknownFailOn, raw.failOn);
+  if (!known && raw.since.empty()) return Fail(texts::NeedsSince, "--fail-on new");
+  scan.scan = std::move(options);
+  return {std::move(scan), {}};
 }
 
 ParsedCommand CleanFrom(const RawOptions& raw, ScanOptions options) {
   if (raw.all == !raw.ids.empty()) return {std::nullopt, Say(texts::AllOrSelect)};
-  CleanCommand clean{std::move(options), {raw.all, raw.ids}, raw.dryRun, raw.yes,
-                     raw.untilClean,     raw.backup};
+  CleanSelection selection{raw.all, raw.ids, options.choice};
+  CleanCommand clean{std::move(options), std::move(selection), raw.dryRun, raw.yes, raw.untilClean,
+                     raw.backup};
   return {std::move(clean), {}};
+}
+
+ParsedCommand ExplainFrom(const RawOptions& raw, ScanOptions options) {
+  return {ExplainCommand{raw.id, std::move(options)}, {}};
+}
+
+ParsedCommand RegFrom(const RawOptions& raw, ScanOptions options) {
+  RegCommand reg;
+  reg.target = std::move(options.target);
+  reg.format = options.format;
+  if (raw.view == "32") reg.view = View::Bits32;
+  if (raw.view == "64") reg.view = View::Bits64;
+  if (reg.view == View::Native && !raw.view.empty()) return Fail(texts::UnknownView, raw.view);
+  const bool find = raw.words.front() == "find";
+  if (find && (raw.words.size() < 2 || raw.words[1].empty())) {
+    return Fail(texts::MissingOption, "TEXT");
+  }
+  if (!find && raw.words.size() > 1) return Fail(texts::UnknownArgument, raw.words[1]);
+  if (!find && !raw.key.empty()) return Fail(texts::UnknownArgument, "--key");
+  reg.key = find ? raw.key : raw.words.front();
+  if (find) reg.find = raw.words[1];
+  return {std::move(reg), {}};
 }
 
 ParsedCommand UndoFrom(const RawOptions& raw, ScanOptions options) {
@@ -213,7 +381,7 @@ ParsedCommand UndoFrom(const RawOptions& raw, ScanOptions options) {
 }
 
 ParsedCommand RecoverFrom(const RawOptions&, ScanOptions options) {
-  return {RecoverCommand{std::move(options.target)}, {}};
+  return {RecoverCommand{std::move(options.target), options.format}, {}};
 }
 
 ParsedCommand IgnoreFrom(const RawOptions& raw, ScanOptions options) {
@@ -228,14 +396,14 @@ ParsedCommand IgnoreFrom(const RawOptions& raw, ScanOptions options) {
   const bool takesId = action->second != IgnoreAction::List;
   if (takesId && raw.id.empty()) return Fail(texts::MissingOption, "ID");
   if (!takesId && !raw.id.empty()) return Fail(texts::UnknownArgument, raw.id);
-  IgnoreCommand ignore{action->second,  raw.id,      std::move(options.target),
-                       options.plugins, raw.machine, raw.reason,
-                       raw.backup};
+  IgnoreCommand ignore{action->second,  raw.id,        std::move(options.target),
+                       options.plugins, raw.machine,   raw.reason,
+                       raw.backup,      options.format};
   return {std::move(ignore), {}};
 }
 
-ParsedCommand PluginsFrom(const RawOptions&, ScanOptions) {
-  return {PluginsCommand{}, {}};
+ParsedCommand PluginsFrom(const RawOptions& raw, ScanOptions) {
+  return {PluginsCommand{raw.listKinds}, {}};
 }
 
 // The parser library speaks English only; what users get to see of its complaints is said here.
@@ -289,12 +457,10 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
   AddLanguage(app, raw);
   using Finish = ParsedCommand (*)(const RawOptions&, ScanOptions);
   const std::pair<const CLI::App*, Finish> commands[] = {
-      {AddScan(app, raw), &ScanFrom},
-      {AddClean(app, raw), &CleanFrom},
-      {AddUndo(app, raw), &UndoFrom},
-      {AddRecover(app, raw), &RecoverFrom},
-      {AddIgnore(app, raw), &IgnoreFrom},
-      {AddCommand(app, raw, "plugins", texts::PluginsCommand), &PluginsFrom},
+      {AddScan(app, raw), &ScanFrom},     {AddClean(app, raw), &CleanFrom},
+      {AddUndo(app, raw), &UndoFrom},     {AddRecover(app, raw), &RecoverFrom},
+      {AddIgnore(app, raw), &IgnoreFrom}, {AddExplain(app, raw), &ExplainFrom},
+      {AddReg(app, raw), &RegFrom},       {AddPlugins(app, raw), &PluginsFrom},
   };
   try {
     app.parse(argc, argv);
@@ -306,9 +472,10 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
     return Complain(app, error);
   }
   ScanOptions options;
-  if (auto complaint = Convert(raw, options)) return *complaint;
   for (const auto& [command, finish] : commands) {
-    if (command->parsed()) return finish(raw, std::move(options));
+    if (!command->parsed()) continue;
+    if (auto complaint = Convert(raw, finish == &ScanFrom, options)) return *complaint;
+    return finish(raw, std::move(options));
   }
   return Fail(texts::MissingCommand, {});
 }

@@ -12,18 +12,43 @@
 
 namespace scrubwell::hosts {
 
-/// What to look at, and where the result goes.
+/// What to look at, what of it is wanted, and where the result goes.
 struct ScanOptions {
   OfflineOptions target;
   TStringList plugins;  ///< empty: all
+  TStringList exclude;
+  ProblemChoice choice;
   ReportFormat format = ReportFormat::Text;
   std::string output;  ///< empty: the standard output
 };
 
+/// Which findings make the exit status say so.
+enum class FailOn : std::uint8_t { Any, New, None };
+
 /// Find problems and show them.
 struct ScanCommand {
   ScanOptions scan;
+  bool allUsers = false;
   bool all = false;  ///< list the hidden ones too
+  bool details = false;
+  std::optional<std::size_t> limit;  ///< problems shown of each category, 0: all
+  std::string since;                 ///< an earlier report; empty: none
+  FailOn failOn = FailOn::Any;
+};
+
+/// Show what one problem was concluded from.
+struct ExplainCommand {
+  std::string id;
+  ScanOptions scan;
+};
+
+/// Show a registry key as the scanners see it.
+struct RegCommand {
+  OfflineOptions target;
+  std::string key;                  ///< empty for a search: everywhere
+  std::optional<std::string> find;  ///< search for this text below the key
+  View view = View::Native;         ///< native: the 64-bit one where there are two
+  ReportFormat format = ReportFormat::Text;
 };
 
 /// Find problems and remove them.
@@ -50,6 +75,7 @@ struct UndoCommand {
 /// Finish or take back what was interrupted.
 struct RecoverCommand {
   OfflineOptions target;
+  ReportFormat format = ReportFormat::Text;
 };
 
 enum class IgnoreAction : std::uint8_t { Add, List, Remove };
@@ -63,10 +89,13 @@ struct IgnoreCommand {
   bool machine = false;  ///< the list of all users
   std::string reason;
   std::string backup;
+  ReportFormat format = ReportFormat::Text;
 };
 
 /// List the plugins.
-struct PluginsCommand {};
+struct PluginsCommand {
+  bool kinds = false;
+};
 
 /// Nothing left to do but to print a text (help, version).
 struct PrintCommand {
@@ -74,7 +103,7 @@ struct PrintCommand {
 };
 
 using Command = std::variant<ScanCommand, CleanCommand, UndoCommand, RecoverCommand, IgnoreCommand,
-                             PluginsCommand, PrintCommand>;
+                             PluginsCommand, ExplainCommand, RegCommand, PrintCommand>;
 
 struct ParsedCommand {
   std::optional<Command> command;

@@ -1,10 +1,10 @@
 #include <memory>
 
 #include "hosts/cli/commands.h"
-#include "hosts/cli/progress_line.h"
 #include "hosts/cli/stop_signals.h"
 #include "hosts/driver/problem_id.h"
 #include "hosts/report/host_texts.h"
+#include "hosts/report/json_writer.h"
 #include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
 
@@ -27,16 +27,10 @@ int Commit(CleanSession& session) {
 }
 
 int Add(const IgnoreCommand& command, CleanSession& session) {
-  UnicodeString unknown;
-  if (!ChoosePlugins(command.plugins, unknown)) {
-    return Fail(WrongUse, Say(texts::UnknownPlugin, {ToUtf8(unknown)}));
-  }
-  RunOutcome outcome = RunOutcome::Complete;
-  {
-    ProgressLine line;
-    outcome = ScanDriver([&line](const RunProgress& progress) { line.Show(progress); }).Scan();
-  }
-  if (outcome == RunOutcome::Stopped) return Fail(Stopped, Say(texts::NothingChanged));
+  ScanOptions options;
+  options.plugins = command.plugins;
+  if (const auto error = ApplyChoice(options)) return Fail(WrongUse, *error);
+  if (ScanWithProgress() == RunOutcome::Stopped) return Fail(Stopped, Say(texts::NothingChanged));
   std::int32_t index = -1;
   const SelectFailure failure = FindProblem(command.id, index);
   if (failure == SelectFailure::Ambiguous) {
@@ -66,7 +60,12 @@ int Remove(const IgnoreCommand& command, CleanSession& session) {
   return Commit(session);
 }
 
-void AppendList(std::string& out, bool machine) {
+struct IgnoredEntry {
+  TIgnoredProblem problem;
+  bool machine = false;
+};
+
+void ReadList(bool machine, std::vector<IgnoredEntry>& entries) {
   TStringList names;
   TStringList data;
   EnumRegValuesEx(ListRoot(machine), IgnoredProblemsKey(), names, data, {});
@@ -74,14 +73,42 @@ void AppendList(std::string& out, bool machine) {
     ClearIgnoredProblems();
     AddIgnoredProblem(names[i], data[i]);
     const auto* entry = static_cast<const TIgnoredProblem*>(IgnoredProblems->First());
-    if (entry == nullptr) continue;
-    out += Printable(entry->StoredName) + "  " + Printable(entry->Text1) + "  " +
-           Printable(entry->Text2);
-    if (machine) out += ' ' + Say(texts::OnMachineList);
-    out += '\n';
-    if (!entry->Text3.empty()) AppendWrapped(out, Printable(entry->Text3), 4, ReportWidth(false));
+    if (entry != nullptr) entries.push_back({*entry, machine});
   }
   ClearIgnoredProblems();
+}
+
+std::string ListText(const std::vector<IgnoredEntry>& entries) {
+  if (entries.empty()) return Say(texts::NoIgnored) + '\n';
+  std::string out;
+  for (const auto& [problem, machine] : entries) {
+    out += Printable(problem.StoredName) + "  " + Printable(problem.Text1) + "  " +
+           Printable(problem.Text2);
+    if (machine) out += ' ' + Say(texts::OnMachineList);
+    out += '\n';
+    if (!problem.Text3.empty()) AppendWrapped(out, Printable(problem.Text3), 4, ReportWidth(false));
+  }
+  return out;
+}
+
+std::string ListJson(const std::vector<IgnoredEntry>& entries) {
+  std::string out;
+  JsonWriter json(out);
+  json.BeginObject();
+  json.Key("scrubwell").Text(SCRUBWELL_VERSION);
+  json.Key("ignored").BeginArray();
+  for (const auto& [problem, machine] : entries) {
+    json.BeginObject();
+    json.Key("id").Text(problem.StoredName);
+    json.Key("plugin").Text(problem.Text1);
+    json.Key("caption").Text(problem.Text2);
+    json.Key("reason").Text(problem.Text3);
+    json.Key("machine").Bool(machine);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+  return out += '\n';
 }
 
 int List(const IgnoreCommand& command) {
@@ -90,11 +117,11 @@ int List(const IgnoreCommand& command) {
     return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
   }
   const LoadedPackage package(opened.backend->Platform());
-  std::string out;
-  if (!command.machine) AppendList(out, false);
-  AppendList(out, true);
-  if (out.empty()) out = Say(texts::NoIgnored) + '\n';
-  return Run(PrintCommand{out});
+  std::vector<IgnoredEntry> entries;
+  if (!command.machine) ReadList(false, entries);
+  ReadList(true, entries);
+  const bool json = command.format == ReportFormat::Json;
+  return Run(PrintCommand{json ? ListJson(entries) : ListText(entries)});
 }
 
 }  // namespace

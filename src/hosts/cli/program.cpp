@@ -4,15 +4,16 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 
 #include "hosts/cli/commands.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/progress_line.h"
-#include "hosts/cli/stop_signals.h"
 #include "hosts/driver/null_platform.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
+#include "hosts/report/problem_kinds.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
@@ -23,15 +24,24 @@ namespace {
 constexpr std::size_t MaxWidth = 100;
 constexpr std::size_t PlainWidth = 80;
 
-RunOutcome Scan() {
-  ProgressLine line;
-  ScanDriver driver([&line](const RunProgress& progress) { line.Show(progress); });
-  return driver.Scan();
-}
-
-std::string Render(const ScanReport& report, const ScanCommand& command) {
-  if (command.scan.format == ReportFormat::Json) return JsonReport(report);
-  return TextReport(report, ReportWidth(!command.scan.output.empty()), command.all);
+// The complaint about the first category or kind that there is none of.
+std::optional<std::string> FindUnknown(const ScanOptions& options) {
+  for (const TStringList* ids : {&options.plugins, &options.exclude}) {
+    for (const UnicodeString& id : *ids) {
+      if (FindPlugin(id) == nullptr) return Say(texts::UnknownPlugin, {ToUtf8(id)});
+    }
+  }
+  for (const KindChoice& choice : options.choice.kinds) {
+    const TRCPlugin* plugin = FindPlugin(choice.plugin);
+    if (plugin == nullptr) return Say(texts::UnknownPlugin, {ToUtf8(choice.plugin)});
+    for (const std::int32_t kind : choice.kinds) {
+      if (std::ranges::find(plugin->Kinds(), kind, &TProblemKind::kind) != plugin->Kinds().end()) {
+        continue;
+      }
+      return Say(texts::UnknownKind, {ToUtf8(plugin->FPluginID) + ':' + std::to_string(kind)});
+    }
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -51,29 +61,26 @@ std::size_t ReportWidth(bool toFile) {
   return std::min(toFile ? PlainWidth : TerminalWidth(STDOUT_FILENO, PlainWidth), MaxWidth);
 }
 
-int Run(const ScanCommand& command) {
-  const ScanOptions& options = command.scan;
-  if (const auto error = CheckOutput(options.output)) return Fail(WrongUse, *error);
-  const OfflineOpenResult opened = OfflineBackend::Open(options.target);
-  if (!opened.backend) {
-    return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
-  }
-  OfflineBackend& backend = *opened.backend;
-  const LoadedPackage package(backend.Platform());
-  // Not before: loading the package clears the stop request. Until then there is nothing to show,
-  // and a signal just ends the program.
-  CatchStopSignals();
-  UnicodeString unknown;
-  if (!ChoosePlugins(options.plugins, unknown)) {
-    return Fail(WrongUse, Say(texts::UnknownPlugin, {ToUtf8(unknown)}));
-  }
-  const RunOutcome outcome = Scan();
-  const ScanReport report{backend.Target(), outcome, backend.Notes()};
-  if (const auto error = WriteOutput(options.output, Render(report, command))) {
-    return Fail(WrongUse, *error);
-  }
-  if (outcome == RunOutcome::Stopped) return Stopped;
-  return RealSweepErrorCount > 0 ? ProblemsFound : NoProblems;
+TextLook LookFor(const std::string& output) {
+  const char* refused = std::getenv("NO_COLOR");
+  const char* term = std::getenv("TERM");
+  TextLook look;
+  look.width = ReportWidth(!output.empty());
+  look.colours = output.empty() && ::isatty(STDOUT_FILENO) == 1 &&
+                 (refused == nullptr || *refused == '\0') && term != nullptr && *term != '\0' &&
+                 std::string_view(term) != "dumb";
+  return look;
+}
+
+// Kinds name their category, so that no other needs to be looked at.
+std::optional<std::string> ApplyChoice(const ScanOptions& options) {
+  if (auto unknown = FindUnknown(options)) return unknown;
+  SetAllPluginStatus(options.plugins.empty() && options.choice.kinds.empty());
+  for (const UnicodeString& id : options.plugins) FindPlugin(id)->Active = true;
+  for (const KindChoice& choice : options.choice.kinds) FindPlugin(choice.plugin)->Active = true;
+  for (const UnicodeString& id : options.exclude) FindPlugin(id)->Active = false;
+  const bool any = std::ranges::any_of(*Plugins, &TRCPlugin::Active);
+  return any ? std::nullopt : std::optional(Say(texts::NoCategoryLeft));
 }
 
 int Run(const PrintCommand& command) {
@@ -81,7 +88,7 @@ int Run(const PrintCommand& command) {
   return error ? Fail(WrongUse, *error) : NoProblems;
 }
 
-int Run(const PluginsCommand&) {
+int Run(const PluginsCommand& command) {
   NullPlatform nothing;
   const LoadedPackage package(nothing.Platform());
   std::size_t width = 0;
@@ -91,6 +98,13 @@ int Run(const PluginsCommand&) {
     UnicodeString line = plugin->FPluginID;
     line.resize(width + 2, u' ');
     list += ToUtf8(line + plugin->Caption) + '\n';
+    if (!command.kinds) continue;
+    for (const TProblemKind& kind : plugin->Kinds()) {
+      const ProblemKind* known = FindKind(plugin->FPluginID, kind.kind);
+      const std::string number = std::to_string(kind.kind);
+      list.append(width + 4 - std::min(number.size(), width), ' ');
+      list += number + "  " + ToUtf8(LoadText(known ? known->title : kind.caption)) + '\n';
+    }
   }
   return Run(PrintCommand{list});
 }

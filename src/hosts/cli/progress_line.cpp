@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
+#include "hosts/report/columns.h"
 #include "hosts/report/report.h"
 
 namespace scrubwell::hosts {
@@ -23,7 +25,11 @@ std::size_t TerminalWidth(int fd, std::size_t fallback) {
   return size.ws_col;
 }
 
-ProgressLine::ProgressLine() : terminal_(::isatty(STDERR_FILENO) == 1) {}
+// The line needs a terminal that can take back what it shows.
+ProgressLine::ProgressLine() {
+  const char* term = std::getenv("TERM");
+  terminal_ = ::isatty(STDERR_FILENO) == 1 && (term == nullptr || std::string_view(term) != "dumb");
+}
 
 ProgressLine::~ProgressLine() {
   if (shown_) std::fputs("\r\033[K", stderr);
@@ -40,8 +46,10 @@ void ProgressLine::Show(const RunProgress& progress) {
   label += progress.item;
   // Room for the percentage and a free last column, where terminals begin a new line.
   const std::size_t width = TerminalWidth(STDERR_FILENO, UsualWidth);
-  label.resize(std::min(label.size(), width > 8 ? width - 8 : 0));
-  std::fprintf(stderr, "\r\033[K%3d %%  %s", progress.promille / 10, Printable(label).c_str());
+  const std::string text = Printable(label);
+  const std::string_view shown = FirstColumns(text, width > 8 ? width - 8 : 0);
+  std::fprintf(stderr, "\r\033[K%3d %%  %.*s", progress.promille / 10,
+               static_cast<int>(shown.size()), shown.data());
 }
 
 }  // namespace scrubwell::hosts

@@ -19,7 +19,7 @@ class ProgressLine {
   void Show(const RunProgress& progress);
 
  private:
-  bool terminal_;
+  bool terminal_ = false;
   bool shown_ = false;
   std::chrono::steady_clock::time_point last_;
 };

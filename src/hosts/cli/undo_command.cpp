@@ -5,6 +5,7 @@
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/stop_signals.h"
 #include "hosts/report/host_texts.h"
+#include "hosts/report/json_writer.h"
 #include "hosts/report/language.h"
 
 namespace scrubwell::hosts {
@@ -34,6 +35,32 @@ int Export(const UndoCommand& command) {
     return Fail(WrongUse, *error);
   }
   return NoProblems;
+}
+
+std::string RecoverText(const RecoverResult& result) {
+  using Outcome = RecoverResult::Outcome;
+  std::string text = Say(texts::RecoverNothing);
+  if (result.outcome == Outcome::Completed) text = Say(texts::RecoverCompleted);
+  if (result.outcome == Outcome::RolledBack) text = Say(texts::RecoverRolledBack);
+  text += '\n';
+  for (const std::string& note : result.notes) text += note + '\n';
+  return text;
+}
+
+std::string RecoverJson(const RecoverResult& result) {
+  using Outcome = RecoverResult::Outcome;
+  std::string out;
+  JsonWriter json(out);
+  json.BeginObject();
+  json.Key("scrubwell").Text(SCRUBWELL_VERSION);
+  json.Key("outcome").Text(result.outcome == Outcome::Completed    ? "completed"
+                           : result.outcome == Outcome::RolledBack ? "rolled_back"
+                                                                   : "nothing_to_do");
+  json.Key("notes").BeginArray();
+  for (const std::string& note : result.notes) json.Text(note);
+  json.EndArray();
+  json.EndObject();
+  return out += '\n';
 }
 
 }  // namespace
@@ -67,13 +94,7 @@ int Run(const RecoverCommand& command) {
   const UnstoppableSection section;
   const RecoverResult result = Recover(command.target);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
-  using Outcome = RecoverResult::Outcome;
-  std::string text = Say(texts::RecoverNothing);
-  if (result.outcome == Outcome::Completed) text = Say(texts::RecoverCompleted);
-  if (result.outcome == Outcome::RolledBack) text = Say(texts::RecoverRolledBack);
-  text += '\n';
-  for (const std::string& note : result.notes) text += note + '\n';
-  return Print(text);
+  return Print(command.format == ReportFormat::Json ? RecoverJson(result) : RecoverText(result));
 }
 
 }  // namespace scrubwell::hosts

@@ -182,14 +182,18 @@ SelectResult CleanDriver::Select(const CleanSelection& selection, bool mayBeMiss
     const DigestIndex index;
     for (const std::string& id : selection.ids) {
       std::int32_t at = -1;
-      const SelectFailure failure = index.Find(id, at);
+      SelectFailure failure = index.Find(id, at);
+      if (failure == SelectFailure::None && !selection.choice.Takes((*SweepErrors)[at])) {
+        failure = SelectFailure::LeftOut;
+      }
       if (failure == SelectFailure::None) chosen.insert(at);
       if (failure != SelectFailure::None && !mayBeMissing) return {failure, id};
     }
   }
   for (std::int32_t i = 0; i < SweepErrors->Count(); ++i) {
-    const bool visible = (*SweepErrors)[i].Visible;
-    take(i, visible && (selection.all || chosen.contains(i)));
+    const bool wanted =
+        selection.all ? selection.choice.Takes((*SweepErrors)[i]) : chosen.contains(i);
+    take(i, wanted && (*SweepErrors)[i].Visible);
   }
   return {};
 }

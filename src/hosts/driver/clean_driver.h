@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "hosts/driver/problem_choice.h"
 #include "hosts/driver/scan_driver.h"
 
 namespace scrubwell {
@@ -17,6 +18,8 @@ struct CleanSelection {
   bool all = false;
   /// Ids as ProblemIds gives them, or longer beginnings of the digest; unless `all`.
   std::vector<std::string> ids;
+  /// Problems outside of it are never taken.
+  ProblemChoice choice{};
 };
 
 enum class SelectFailure : std::uint8_t {
@@ -24,6 +27,7 @@ enum class SelectFailure : std::uint8_t {
   Unknown,    ///< no problem of that id
   Hidden,     ///< it is on the ignore list
   Ambiguous,  ///< the beginning of more than one id
+  LeftOut,    ///< the choice of kinds or text leaves it out
 };
 
 struct SelectResult {

@@ -1,6 +1,8 @@
 #include "hosts/driver/problem_id.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <numeric>
 
 #include "hosts/driver/sha256.h"
@@ -14,9 +16,9 @@ constexpr std::size_t UsualDigits = 12;
 
 // Each field with its length in front, so that no two problems run together to the same bytes.
 void AppendField(std::string& bytes, std::string_view field) {
-  bytes += std::to_string(field.size());
-  bytes += ':';
-  bytes += field;
+  std::array<char, 20> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), field.size()).ptr;
+  bytes.append(digits.data(), end).append(1, ':').append(field);
 }
 
 std::size_t CommonPrefix(const std::string& a, const std::string& b) {
@@ -28,6 +30,7 @@ std::size_t CommonPrefix(const std::string& a, const std::string& b) {
 
 std::string ProblemDigest(const TSweepError& problem) {
   std::string bytes;
+  bytes.reserve(512);
   AppendField(bytes, ToUtf8(problem.PluginID));
   AppendField(bytes, std::to_string(problem.ErrorType));
   for (const UnicodeString& item : problem.Data) AppendField(bytes, ToUtf8(item));

@@ -18,30 +18,66 @@ inline constexpr TText CleanCommand(
     u"Gefundene Einträge entfernen; vorher wird alles gesichert und gezeigt",
     u"Remove what a scan finds; everything is backed up and shown before");
 inline constexpr TText UndoCommand(
-    u"Zurücklegen, was eine Sitzung geändert hat (ohne Namen: die letzte Reinigung)",
+    u"Wiederherstellen, was eine Sitzung geändert hat (ohne Namen: die letzte Reinigung)",
     u"Put back what a session has changed (without a name: the last clean)");
-inline constexpr TText RecoverCommand(
-    u"Eine unterbrochene Reinigung zu Ende führen oder zurücknehmen",
-    u"Finish or take back a clean that was interrupted");
+inline constexpr TText RecoverCommand(u"Eine unterbrochene Reinigung abschließen oder zurücknehmen",
+                                      u"Complete or roll back a clean that was interrupted");
 inline constexpr TText IgnoreCommand(u"Probleme für immer ausblenden: add ID, list oder remove ID",
                                      u"Hide problems for good: add ID, list or remove ID");
 inline constexpr TText PluginsCommand(u"Die Kategorien auflisten, die untersucht werden können",
                                       u"List the categories that can be scanned");
+inline constexpr TText ExplainCommand(
+    u"Zeigen, woraus auf ein Problem geschlossen wurde und was eine Reinigung entfernt",
+    u"Show what a problem was concluded from, and what a clean would remove");
+inline constexpr TText RegCommand(
+    u"Einen Schlüssel der Registrierung zeigen, wie die Suche ihn sieht, oder nach Text suchen",
+    u"Show a registry key as the scan sees it, or search for text");
 inline constexpr TText HelpFlag(u"Diese Hilfe zeigen und beenden", u"Show this help and exit");
 inline constexpr TText VersionFlag(u"Die Version zeigen und beenden", u"Show the version and exit");
 inline constexpr TText WindowsOption(
     u"Ordner, in dem das Windows-Laufwerk eingehängt ist (darin liegt der Ordner Windows)",
     u"Folder that the Windows volume is mounted on (the one that holds the Windows folder)");
 inline constexpr TText UserOption(
-    u"Benutzer: Profilordner, Kontoname oder SID; sonst der einzige oder zuletzt angemeldete",
-    u"User: profile folder, account name or SID; else the only or most recently used one");
+    u"Benutzer: Profilordner, Kontoname oder SID; sonst der einzige oder zuletzt angemeldete. Bei "
+    u"scan: all für alle",
+    u"User: profile folder, account name or SID; else the only or most recently used one. With "
+    u"scan: all for all of them");
 inline constexpr TText DriveOptionText(
     u"Ordner eines weiteren Laufwerks, etwa E=/mnt/e; Art: fixed, removable, cdrom, network",
     u"Folder of a further drive, for example E=/mnt/e; kind: fixed, removable, cdrom, network");
 inline constexpr TText PluginsOption(
     u"Nur diese Kategorien, durch Komma getrennt (siehe: scrubwell plugins)",
     u"Only these categories, separated by commas (see: scrubwell plugins)");
-inline constexpr TText FormatOption(u"Ausgabeformat: text oder json", u"Output: text or json");
+inline constexpr TText ExcludeOption(u"Diese Kategorien nicht, durch Komma getrennt",
+                                     u"Not these categories, separated by commas");
+inline constexpr TText KindOption(
+    u"Von einer Kategorie nur diese Arten, etwa Fonts:1 (siehe: scrubwell plugins --kinds)",
+    u"Only these kinds of a category, for example Fonts:1 (see: scrubwell plugins --kinds)");
+inline constexpr TText FilterOption(
+    u"Nur Probleme, in deren Name, Kurztext oder Daten dieser Text vorkommt",
+    u"Only problems with this text in their name, short text or data");
+inline constexpr TText SinceOption(u"Nur zeigen, was ein früherer JSON-Bericht nicht nennt",
+                                   u"Show only what an earlier JSON report does not name");
+inline constexpr TText FailOnOption(
+    u"Wann der Rückgabewert 1 ist: bei neuen Problemen, bei allen oder nie",
+    u"When the exit status is 1: on new problems, on any or never");
+inline constexpr TText DetailsOption(u"Auch Erklärungen und die Daten der Probleme zeigen",
+                                     u"Show explanations and the problems' data too");
+inline constexpr TText LimitOption(
+    u"Höchstens so viele Probleme je Kategorie auflisten, 0 für alle; ohne Angabe werden nur am "
+    u"Terminal lange Listen gekürzt",
+    u"List at most this many problems of a category, 0 for all; without it only long lists on a "
+    u"terminal are cut short");
+inline constexpr TText ListKindsOption(u"Auch die Arten von Problemen mit ihren Nummern auflisten",
+                                       u"List the kinds of problems with their numbers too");
+inline constexpr TText KeyArgument(
+    u"Schlüssel, etwa HKLM\\SOFTWARE, auch mit 32: oder 64: davor; oder find TEXT",
+    u"Key, for example HKLM\\SOFTWARE, 32: or 64: may stand before it; or find TEXT");
+inline constexpr TText ViewOption(u"Ansicht der Registrierung; sonst 64, wo es zwei gibt",
+                                  u"View of the registry; else 64 where there are two");
+inline constexpr TText FindKeyOption(u"Nur in diesem Schlüssel und darunter suchen",
+                                     u"Search only this key and what lies below it");
+inline constexpr TText FormatOption(u"Ausgabeformat", u"Format of the output");
 inline constexpr TText OutputOption(u"In diese Datei statt auf die Standardausgabe schreiben",
                                     u"Write to this file instead of the standard output");
 inline constexpr TText AllHiddenOption(u"Auch die ausgeblendeten Probleme auflisten",
@@ -62,13 +98,13 @@ inline constexpr TText UntilCleanOption(
 inline constexpr TText SessionArgument(u"Name der Sitzung (siehe --list)",
                                        u"Name of the session (see --list)");
 inline constexpr TText ItemOption(
-    u"Nur diese Änderungen oder Probleme zurücklegen, durch Komma getrennt",
+    u"Nur diese Änderungen oder Probleme zurücknehmen, durch Komma getrennt",
     u"Put back only these changes or problems, separated by commas");
 inline constexpr TText ListOption(
     u"Die Sitzungen auflisten, mit einem Namen die Änderungen dieser Sitzung",
     u"List the sessions, with a name the changes of that session");
 inline constexpr TText ExportOption(
-    u"Die Sitzung als Registrierungsdatei (.reg) schreiben statt sie zurückzulegen",
+    u"Die Sitzung als Registrierungsdatei (.reg) schreiben, statt sie zurückzunehmen",
     u"Write the session as a registry file (.reg) instead of putting it back");
 inline constexpr TText UndoWindowsOption(
     u"Ordner des Windows-Laufwerks; sonst der, den die Sitzung nennt",
@@ -78,15 +114,15 @@ inline constexpr TText IdArgument(u"Kennung des Problems, wie die Suche sie zeig
                                   u"Id of the problem, as the scan shows it");
 inline constexpr TText MachineOption(u"Die Liste für alle Benutzer statt die des Benutzers",
                                      u"The list of all users instead of the user's");
-inline constexpr TText ReasonOption(u"Begründung, die dabei aufgehoben wird",
-                                    u"A reason to keep with it");
+inline constexpr TText ReasonOption(u"Begründung, die mit gespeichert wird",
+                                    u"A reason to store with it");
 inline constexpr TText LangOption(u"Sprache: de oder en; sonst die der Umgebung",
                                   u"Language: de or en; else the environment's");
 inline constexpr TText ExitCodes(
-    u"Rückgabewert: 0 keine Probleme, 1 Probleme gefunden, 2 falscher Aufruf oder Ausgabe nicht "
-    u"schreibbar, 3 Ziel nicht lesbar, 130 abgebrochen.",
-    u"Exit status: 0 no problems, 1 problems found, 2 wrong use or output that can't be written, "
-    u"3 the target can't be read, 130 stopped.");
+    u"Rückgabewert: 0 keine Probleme, 1 Probleme gefunden (siehe --fail-on), 2 falscher Aufruf "
+    u"oder Ausgabe nicht schreibbar, 3 Ziel nicht lesbar, 130 abgebrochen.",
+    u"Exit status: 0 no problems, 1 problems found (see --fail-on), 2 wrong use or output that "
+    u"can't be written, 3 the target can't be read, 130 stopped.");
 inline constexpr TText CleanExitCodes(
     u"Rückgabewert: 0 alles Ausgewählte behoben, 1 etwas blieb übrig, 2 falscher Aufruf oder "
     u"Sicherung oder Ausgabe nicht schreibbar, 3 Ziel nicht lesbar oder nicht änderbar, 130 "
@@ -95,10 +131,20 @@ inline constexpr TText CleanExitCodes(
     u"output that can't be written, 3 the target can't be read or changed, 130 stopped (nothing "
     u"is changed then).");
 inline constexpr TText UndoExitCodes(
-    u"Rückgabewert: 0 alles ist wieder da, 1 etwas konnte nicht zurückgelegt werden, 2 falscher "
+    u"Rückgabewert: 0 alles ist wieder da, 1 etwas ließ sich nicht wiederherstellen, 2 falscher "
     u"Aufruf, 3 Ziel oder Sicherung nicht lesbar oder nicht änderbar.",
     u"Exit status: 0 everything is back, 1 some of it could not be put back, 2 wrong use, 3 the "
     u"target or the backup can't be read or changed.");
+inline constexpr TText OtherExitCodes(
+    u"Rückgabewert: 0 gezeigt, 2 falscher Aufruf oder unbekannte Kennung, 3 Ziel nicht lesbar, 130 "
+    u"abgebrochen.",
+    u"Exit status: 0 shown, 2 wrong use or unknown id, 3 the target can't be read, 130 stopped.");
+inline constexpr TText RegExitCodes(
+    u"Rückgabewert: 0 gezeigt oder gefunden, 1 nicht vorhanden oder nichts gefunden, 2 falscher "
+    u"Aufruf, 3 Ziel oder Schlüssel nicht lesbar, 130 abgebrochen.",
+    u"Exit status: 0 shown or found, 1 not there or nothing found, 2 wrong use, 3 the target or "
+    u"the key can't be read, 130 stopped.");
+inline constexpr TText KeyType(u"SCHLÜSSEL", u"KEY");
 inline constexpr TText UsageLabel(u"Aufruf", u"Usage");
 inline constexpr TText OptionsLabel(u"Optionen", u"Options");
 inline constexpr TText OptionsUsage(u"[OPTIONEN]", u"[OPTIONS]");
@@ -117,15 +163,42 @@ inline constexpr TText MissingCommand(u"Es fehlt ein Befehl (siehe: scrubwell --
                                       u"a command is missing (see: scrubwell --help)");
 inline constexpr TText BadArguments(u"%s: der Aufruf ist nicht verständlich",
                                     u"%s: the command line can't be understood");
-inline constexpr TText UnknownFormat(u"%s: unbekanntes Format, möglich sind text und json",
-                                     u"%s: unknown format, known are text and json");
+inline constexpr TText UnknownFormat(u"%s: unbekanntes Format, möglich sind %s",
+                                     u"%s: unknown format, known are %s");
+inline constexpr TText UnknownView(u"%s: unbekannte Ansicht, möglich sind 32 und 64",
+                                   u"%s: unknown view, known are 32 and 64");
+inline constexpr TText UnknownFailOn(u"%s: unbekannt, möglich sind new, any und none",
+                                     u"%s: unknown, known are new, any and none");
+inline constexpr TText NeedsSince(u"%s braucht --since", u"%s needs --since");
+inline constexpr TText BadNumber(u"%s: keine Zahl", u"%s: not a number");
+inline constexpr TText BadKind(u"%s: nicht von der Form KATEGORIE:NUMMER",
+                               u"%s: not of the form CATEGORY:NUMBER");
+inline constexpr TText UnknownKind(u"%s: unbekannte Art (siehe: scrubwell plugins --kinds)",
+                                   u"%s: unknown kind (see: scrubwell plugins --kinds)");
+inline constexpr TText NoCategoryLeft(u"Es bleibt keine Kategorie übrig", u"no category is left");
+inline constexpr TText AllUsersScanOnly(u"--user %s gibt es nur bei scan",
+                                        u"--user %s is for scan only");
+inline constexpr TText LeftOutProblem(u"%s: dieses Problem gehört nicht zur Auswahl",
+                                      u"%s: this problem is not part of the choice");
+inline constexpr TText CantRead(u"%s: kann nicht gelesen werden: %s", u"%s: can't be read: %s");
+inline constexpr TText NotAReport(u"%s: ist kein JSON-Bericht einer Suche",
+                                  u"%s: is no JSON report of a scan");
+inline constexpr TText ReportTooLarge(u"%s: ist zu groß für einen Bericht",
+                                      u"%s: is too large for a report");
+inline constexpr TText UnknownRoot(
+    u"%s: kein Schlüssel (er beginnt mit HKLM, HKCU, HKCR, HKU oder HKCC)",
+    u"%s: not a key (it begins with HKLM, HKCU, HKCR, HKU or HKCC)");
+inline constexpr TText KeyAbsent(u"%s: diesen Schlüssel gibt es nicht",
+                                 u"%s: there is no such key");
+inline constexpr TText KeyUnreadable(u"%s: der Schlüssel kann nicht gelesen werden",
+                                     u"%s: the key can't be read");
 inline constexpr TText UnknownLanguage(u"%s: unbekannte Sprache, möglich sind de und en",
                                        u"%s: unknown language, known are de and en");
 inline constexpr TText UnknownPlugin(u"%s: unbekannte Kategorie (siehe: scrubwell plugins)",
                                      u"%s: unknown category (see: scrubwell plugins)");
 inline constexpr TText BadDrive(u"%s: kein Laufwerk der Form X=ORDNER oder X=ORDNER:ART",
                                 u"%s: not a drive of the form X=DIR or X=DIR:KIND");
-inline constexpr TText AllOrSelect(u"Es muss entweder --all oder --select angegeben sein",
+inline constexpr TText AllOrSelect(u"Genau eines von --all und --select muss angegeben sein",
                                    u"either --all or --select must be given");
 inline constexpr TText NeedsYes(
     u"Ohne Terminal kann nicht nachgefragt werden, es braucht --yes oder --dry-run",
@@ -159,18 +232,84 @@ inline constexpr TText BuildWord(u"Build %s", u"build %s");
 inline constexpr TText Bits64(u"64 Bit", u"64-bit");
 inline constexpr TText Bits32(u"32 Bit", u"32-bit");
 inline constexpr TText UserWord(u"Benutzer %s", u"user %s");
+inline constexpr TText UsersWord(u"Benutzer", u"users");
 inline constexpr TText NotesHeading(u"Hinweise", u"Notes");
+inline constexpr TText OverviewHeading(u"Übersicht", u"Overview");
+inline constexpr TText MoreInCategory(u"... und %s weitere; --plugins %s zeigt alle",
+                                      u"... and %s more; --plugins %s shows them all");
+inline constexpr TText MoreNotes(u"... und %s weitere; --limit 0 zeigt alle",
+                                 u"... and %s more; --limit 0 shows them all");
 inline constexpr TText FoundNone(u"Keine Probleme gefunden.", u"No problems found.");
 inline constexpr TText FoundOne(u"1 Problem gefunden.", u"1 problem found.");
 inline constexpr TText FoundMany(u"%s Probleme gefunden.", u"%s problems found.");
+inline constexpr TText NewNone(u"Keine neuen Probleme gefunden.", u"No new problems found.");
+inline constexpr TText NewOne(u"1 neues Problem gefunden.", u"1 new problem found.");
+inline constexpr TText NewMany(u"%s neue Probleme gefunden.", u"%s new problems found.");
+inline constexpr TText KnownNone(u"Im früheren Bericht stand keines davon.",
+                                 u"The earlier report named none.");
+inline constexpr TText KnownOne(u"1 stand schon im früheren Bericht.",
+                                u"1 was in the earlier report already.");
+inline constexpr TText KnownMany(u"%s standen schon im früheren Bericht.",
+                                 u"%s were in the earlier report already.");
 inline constexpr TText HiddenNone(u"Keines ist ausgeblendet.", u"None is hidden.");
 inline constexpr TText HiddenMark(u"(ausgeblendet)", u"(hidden)");
 inline constexpr TText HiddenOne(u"1 weiteres ist ausgeblendet.", u"1 more is hidden.");
 inline constexpr TText HiddenMany(u"%s weitere sind ausgeblendet.", u"%s more are hidden.");
+inline constexpr TText LeftOutOne(u"1 weiteres gehört nicht zur Auswahl.",
+                                  u"1 more is not part of the choice.");
+inline constexpr TText LeftOutMany(u"%s weitere gehören nicht zur Auswahl.",
+                                   u"%s more are not part of the choice.");
+inline constexpr TText NotesOne(u"Ein Hinweis sagt, was offenblieb und warum.",
+                                u"A note says what could not be told and why.");
+inline constexpr TText NotesMany(u"%s Hinweise sagen, was offenblieb und warum.",
+                                 u"%s notes say what could not be told and why.");
+inline constexpr TText ScanTook(u"Die Suche dauerte %s.", u"The scan took %s.");
 inline constexpr TText ScanStopped(
-    u"Die Suche wurde abgebrochen; das bis dahin Gefundene steht oben.",
-    u"The scan was stopped; what had been found by then stands above.");
+    u"Die Suche wurde abgebrochen; gezeigt ist, was bis dahin gefunden war.",
+    u"The scan was stopped; what had been found by then is shown.");
 inline constexpr TText ScanAgain(u"Eine neue Suche ist ratsam.", u"A new scan is advisable.");
+inline constexpr TText EarlierIncomplete(
+    u"Der frühere Bericht ist unvollständig; was er nicht zeigt, gilt als neu",
+    u"The earlier report is incomplete; what it does not show counts as new");
+
+// ---- Registry at hand -----------------------------------------------------------------------
+inline constexpr TText SubkeysHeading(u"Unterschlüssel (%s)", u"Subkeys (%s)");
+inline constexpr TText ValuesHeading(u"Werte (%s)", u"Values (%s)");
+inline constexpr TText KeysUnread(u"%s Schlüssel konnten nicht gelesen werden.",
+                                  u"%s keys could not be read.");
+
+// ---- Evidence -------------------------------------------------------------------------------
+inline constexpr TText CategoryLine(u"%s (%s, Art %s)", u"%s (%s, kind %s)");
+inline constexpr TText DataHeading(u"Daten des Problems", u"Data of the problem");
+inline constexpr TText RegistryHeading(u"Was in der Registrierung steht",
+                                       u"What the registry says");
+inline constexpr TText PathsHeading(u"Wie daraus Pfade wurden", u"How paths were derived from it");
+inline constexpr TText FilesHeading(u"Wo gesucht wurde", u"Where it was looked for");
+inline constexpr TText RemovalHeading(u"Was eine Reinigung ändert", u"What a clean would change");
+inline constexpr TText NoEvidence(
+    u"Aus den Daten des Problems selbst geschlossen, ohne weiter nachzusehen.",
+    u"Concluded from the data of the problem itself, without looking any further.");
+inline constexpr TText AnswerFound(u"vorhanden", u"found");
+inline constexpr TText AnswerAbsent(u"fehlt", u"absent");
+inline constexpr TText AnswerDenied(u"verweigert", u"denied");
+inline constexpr TText AnswerCorrupt(u"beschädigt", u"corrupt");
+inline constexpr TText AnswerUnknown(u"unbekannt", u"unknown");
+inline constexpr TText SeenBy32(u"wie 32-Bit-Programme es sehen", u"as 32-bit programs see it");
+inline constexpr TText SeenBy32Too(u"ebenso für 32-Bit-Programme", u"the same to 32-bit programs");
+inline constexpr TText WithExtensions(u"auch mit %s", u"also with %s");
+inline constexpr TText AFolder(u"ein Ordner", u"a folder");
+inline constexpr TText ListedFolder(u"Inhalt von", u"content of");
+inline constexpr TText SearchOrder(u"Gesucht wird der Reihe nach in:",
+                                   u"The search order, one after the other:");
+inline constexpr TText UnknownVariable(u"unbekannte Variable", u"unknown variable");
+inline constexpr TText KeyOnly(u"Schlüssel", u"key");
+inline constexpr TText MoreOmitted(u"... und %s weitere", u"... and %s more");
+inline constexpr TText HiddenStays(u"Es ist ausgeblendet; eine Reinigung lässt es stehen.",
+                                   u"It is hidden; a clean leaves it alone.");
+inline constexpr TText NotRepeated(
+    u"Eine zweite Suche hat das Problem nicht wieder gefunden; hier fehlt daher der Weg dorthin.",
+    u"A second scan did not find the problem again, so that the way to it is missing here.");
+inline constexpr TText NothingToRemove(u"nichts", u"nothing");
 
 // ---- Plan and result of a clean -------------------------------------------------------------
 inline constexpr TText PlanHeading(u"Plan: %s Änderungen", u"Plan: %s changes");
@@ -207,22 +346,22 @@ inline constexpr TText ByteCount(u"Bytes: %s", u"bytes: %s");
 
 // ---- Undo, recover, ignore ------------------------------------------------------------------
 inline constexpr TText NoSessions(u"Keine Sitzungen.", u"No sessions.");
-inline constexpr TText SessionLine(u"%s  %s  Änderungen: %s, zurückgelegt: %s",
+inline constexpr TText SessionLine(u"%s  %s  Änderungen: %s, zurückgenommen: %s",
                                    u"%s  %s  changes: %s, put back: %s");
 inline constexpr TText SessionPending(u"nicht ausgeführt", u"not carried out");
 inline constexpr TText SessionUndoes(u"nimmt %s zurück", u"takes %s back");
-inline constexpr TText ItemUndone(u"zurückgelegt", u"put back");
-inline constexpr TText UndoRestored(u"zurückgelegt", u"put back");
+inline constexpr TText ItemUndone(u"zurückgenommen", u"put back");
+inline constexpr TText UndoRestored(u"wiederhergestellt", u"put back");
 inline constexpr TText UndoAlreadyThere(u"schon da", u"already there");
-inline constexpr TText UndoTaken(u"besetzt", u"taken");
-inline constexpr TText UndoFailed(u"misslungen", u"failed");
-inline constexpr TText UndoSummary(u"Zurückgelegt: %s. Schon da: %s. Nicht möglich: %s.",
+inline constexpr TText UndoTaken(u"belegt", u"taken");
+inline constexpr TText UndoFailed(u"fehlgeschlagen", u"failed");
+inline constexpr TText UndoSummary(u"Wiederhergestellt: %s. Schon da: %s. Nicht möglich: %s.",
                                    u"Put back: %s. Already there: %s. Not possible: %s.");
 inline constexpr TText RecoverNothing(u"Nichts war unterbrochen.", u"Nothing was interrupted.");
-inline constexpr TText RecoverCompleted(u"Die unterbrochene Änderung ist zu Ende geführt.",
+inline constexpr TText RecoverCompleted(u"Die unterbrochene Änderung ist jetzt abgeschlossen.",
                                         u"The interrupted change was completed.");
 inline constexpr TText RecoverRolledBack(u"Die unterbrochene Änderung ist zurückgenommen.",
-                                         u"The interrupted change was taken back.");
+                                         u"The interrupted change was rolled back.");
 inline constexpr TText NoIgnored(u"Keine Probleme sind ausgeblendet.", u"No problems are hidden.");
 inline constexpr TText OnMachineList(u"(für alle Benutzer)", u"(all users)");
 

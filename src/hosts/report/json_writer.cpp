@@ -1,18 +1,14 @@
 #include "hosts/report/json_writer.h"
 
+#include <algorithm>
+#include <array>
+
 #include "hosts/report/surrogates.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
 
 namespace {
-
-bool IsHighSurrogate(char16_t unit) {
-  return unit >= 0xD800 && unit <= 0xDBFF;
-}
-bool IsLowSurrogate(char16_t unit) {
-  return unit >= 0xDC00 && unit <= 0xDFFF;
-}
 
 void AppendEscape(std::string& out, char16_t unit) {
   constexpr std::string_view digits = "0123456789abcdef";
@@ -22,7 +18,34 @@ void AppendEscape(std::string& out, char16_t unit) {
   }
 }
 
-// Everything but ASCII letters goes the slow way.
+constexpr bool StandsForItself(char16_t unit) {
+  return unit >= 0x20 && unit < 0x7F && unit != u'"' && unit != u'\\';
+}
+
+// Appends the units up to the first that can't stand as it is, and says how many those were.
+// Reports are nearly all made of such: whole blocks are tested and copied without a branch a unit.
+std::size_t AppendPlain(std::string& out, UnicodeView text) {
+  constexpr std::size_t block = 16;
+  std::array<char, block> narrow{};
+  std::size_t done = 0;
+  while (text.size() - done >= block) {
+    unsigned plain = 1;
+    for (std::size_t i = 0; i < block; ++i) {
+      const char16_t unit = text[done + i];
+      plain &= static_cast<unsigned>(StandsForItself(unit));
+      narrow[i] = static_cast<char>(unit);
+    }
+    if (plain == 0) break;
+    out.append(narrow.data(), block);
+    done += block;
+  }
+  for (; done < text.size() && StandsForItself(text[done]); ++done) {
+    out += static_cast<char>(text[done]);
+  }
+  return done;
+}
+
+// Everything but plain ASCII goes the slow way.
 void AppendUnit(std::string& out, UnicodeView text, std::size_t& at) {
   const char16_t unit = text[at];
   switch (unit) {
@@ -50,6 +73,9 @@ void AppendUnit(std::string& out, UnicodeView text, std::size_t& at) {
     out += ToUtf8(text.substr(at++, 2));
   } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
     AppendEscape(out, unit);
+  } else if (unit < 0x800) {
+    out += static_cast<char>(0xC0 | unit >> 6);
+    out += static_cast<char>(0x80 | (unit & 0x3F));
   } else {
     out += ToUtf8(text.substr(at, 1));
   }
@@ -59,7 +85,7 @@ void AppendUnit(std::string& out, UnicodeView text, std::size_t& at) {
 
 JsonWriter& JsonWriter::Key(std::string_view name) {
   Text(name);
-  out_ += ": ";
+  out_ += layout_ == JsonLayout::OneLine ? ":" : ": ";
   afterKey_ = true;
   return *this;
 }
@@ -68,17 +94,19 @@ void JsonWriter::Text(UnicodeView text) {
   Separate();
   out_ += '"';
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const char16_t unit = text[i];
-    if (unit >= 0x20 && unit < 0x7F && unit != u'"' && unit != u'\\') {
-      out_ += static_cast<char>(unit);
-    } else {
-      AppendUnit(out_, text, i);
-    }
+    i += AppendPlain(out_, text.substr(i));
+    if (i < text.size()) AppendUnit(out_, text, i);
   }
   out_ += '"';
 }
 
 void JsonWriter::Text(std::string_view utf8) {
+  const auto plain = [](char c) { return StandsForItself(static_cast<unsigned char>(c)); };
+  if (std::all_of(utf8.begin(), utf8.end(), plain)) {
+    Separate();
+    out_.append(1, '"').append(utf8).append(1, '"');
+    return;
+  }
   Text(UnicodeView(FromUtf8(utf8)));
 }
 
@@ -92,6 +120,11 @@ void JsonWriter::Bool(bool value) {
   out_ += value ? "true" : "false";
 }
 
+void JsonWriter::Raw(std::string_view value) {
+  Separate();
+  out_ += value;
+}
+
 void JsonWriter::Separate() {
   if (!afterKey_) {
     if (!first_) out_ += ',';
@@ -102,6 +135,7 @@ void JsonWriter::Separate() {
 }
 
 void JsonWriter::NewLine() {
+  if (layout_ == JsonLayout::OneLine) return;
   out_ += '\n';
   out_.append(depth_ * 2, ' ');
 }

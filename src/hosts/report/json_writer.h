@@ -10,11 +10,14 @@
 
 namespace scrubwell::hosts {
 
+enum class JsonLayout : std::uint8_t { Indented, OneLine };
+
 /// Appends to a text that outlives it. Calls must nest as JSON does; Key comes before each member
 /// of an object.
 class JsonWriter {
  public:
-  explicit JsonWriter(std::string& out) : out_(out) {}
+  explicit JsonWriter(std::string& out, JsonLayout layout = JsonLayout::Indented)
+      : out_(out), layout_(layout) {}
 
   JsonWriter& Key(std::string_view name);
   void BeginObject() { Open('{'); }
@@ -25,6 +28,8 @@ class JsonWriter {
   void Text(std::string_view utf8);
   void Number(std::int64_t number);
   void Bool(bool value);
+  /// A value that is JSON already, as it stands.
+  void Raw(std::string_view value);
 
  private:
   void Separate();
@@ -33,6 +38,7 @@ class JsonWriter {
   void Close(char bracket);
 
   std::string& out_;
+  JsonLayout layout_;
   std::size_t depth_ = 0;
   bool first_ = true;      // no member of the innermost bracket yet
   bool afterKey_ = false;  // the next value belongs to a key

@@ -1,5 +1,6 @@
 #include "hosts/report/language.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "registry/Stringhelper.h"
@@ -12,18 +13,35 @@ std::optional<TLanguage> LanguageByName(std::string_view name) {
   return std::nullopt;
 }
 
+namespace {
+
+// "de", "de_AT.UTF-8", "de.UTF-8", "de@euro", but not "den_CA".
+std::optional<TLanguage> LanguageOfLocale(std::string_view locale) {
+  return LanguageByName(locale.substr(0, locale.find_first_of("_.@-")));
+}
+
+std::string_view Setting(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+}  // namespace
+
 TLanguage EnvironmentLanguage() {
+  std::string_view locale;
   for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-    const char* value = std::getenv(variable);
-    if (value == nullptr || *value == '\0') continue;
-    const std::string_view locale(value);
-    // "de", "de_AT.UTF-8", "de.UTF-8", "de@euro", but not "den_CA".
-    const bool german =
-        locale.starts_with("de") &&
-        (locale.size() == 2 || std::string_view("_.@-").find(locale[2]) != std::string_view::npos);
-    return german ? TLanguage::German : TLanguage::English;
+    locale = Setting(variable);
+    if (!locale.empty()) break;
   }
-  return TLanguage::English;
+  if (locale.empty() || locale == "C" || locale == "POSIX") return TLanguage::English;
+  // A list in the order of preference.
+  std::string_view wishes = Setting("LANGUAGE");
+  while (!wishes.empty()) {
+    const std::size_t end = std::min(wishes.find(':'), wishes.size());
+    if (const auto language = LanguageOfLocale(wishes.substr(0, end))) return *language;
+    wishes.remove_prefix(std::min(end + 1, wishes.size()));
+  }
+  return LanguageOfLocale(locale).value_or(TLanguage::English);
 }
 
 // Fills in UTF-8, so that paths of the host come out byte for byte, whatever their encoding.

@@ -13,8 +13,9 @@ namespace scrubwell::hosts {
 /// "de" or "en"; nothing for any other name.
 std::optional<TLanguage> LanguageByName(std::string_view name);
 
-/// What the environment asks for: German for a locale of that language in LC_ALL, LC_MESSAGES or
-/// LANG (the first that is set decides), else English.
+/// What the environment asks for. The first of LC_ALL, LC_MESSAGES and LANG that is set decides;
+/// unless it is "C" or "POSIX", the languages in LANGUAGE come before it. English where none of
+/// them is spoken here.
 TLanguage EnvironmentLanguage();
 
 /// A text in the package's language as UTF-8, its "%s" filled in order.

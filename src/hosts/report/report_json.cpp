@@ -38,37 +38,24 @@ void WritePlugin(JsonWriter& json, const TRCPlugin& plugin) {
   json.EndObject();
 }
 
-void WriteProblem(JsonWriter& json, const std::string& id, const TSweepError& problem) {
-  json.BeginObject();
-  json.Key("id").Text(id);
-  json.Key("plugin").Text(problem.PluginID);
-  json.Key("kind").Number(problem.ErrorType);
-  json.Key("icon").Text(problem.IconID);
-  json.Key("caption").Text(problem.Caption);
-  json.Key("short_description").Text(problem.ShortDescription);
-  json.Key("description").Text(problem.Description);
-  json.Key("data").BeginArray();
-  for (const UnicodeString& item : problem.Data) json.Text(item);
-  json.EndArray();
-  json.Key("selected").Bool(problem.Selected);
-  json.Key("fixed").Bool(problem.Fixed);
-  json.Key("visible").Bool(problem.Visible);
-  json.Key("is_64bit").Bool(problem.Is64Bit);
-  json.Key("identification").Text(BuildErrorIdentificationString(problem));
-  json.EndObject();
-}
-
-std::int64_t CountHidden() {
-  std::int64_t hidden = 0;
-  for (std::int32_t i = 0; i < SweepErrors->Count(); ++i) hidden += !(*SweepErrors)[i].Visible;
-  return hidden;
-}
-
-void WriteProblems(JsonWriter& json) {
+void WriteProblems(JsonWriter& json, const ScanReport& report) {
   const std::vector<std::string> ids = ProblemIds(*SweepErrors);
   json.BeginArray();
-  for (std::int32_t i = 0; i < SweepErrors->Count(); ++i) {
-    WriteProblem(json, ids[static_cast<std::size_t>(i)], (*SweepErrors)[i]);
+  for (const std::int32_t i : report.shown) {
+    json.BeginObject();
+    WriteProblemMembers(json, report, i, ids[static_cast<std::size_t>(i)]);
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+void WriteUsers(JsonWriter& json, const std::vector<ScannedUser>& users) {
+  json.BeginArray();
+  for (const ScannedUser& user : users) {
+    json.BeginObject();
+    json.Key("user").Text(user.name);
+    json.Key("user_sid").Text(user.sid);
+    json.EndObject();
   }
   json.EndArray();
 }
@@ -89,8 +76,32 @@ void WriteTarget(JsonWriter& json, const TargetFacts& target) {
   json.EndObject();
 }
 
+void WriteProblemMembers(JsonWriter& json, const ScanReport& report, std::int32_t index,
+                         const std::string& id) {
+  const TSweepError& problem = (*SweepErrors)[index];
+  json.Key("id").Text(id);
+  if (!report.users.empty()) json.Key("user").Text(OwnerOf(report, index));
+  json.Key("plugin").Text(problem.PluginID);
+  json.Key("kind").Number(problem.ErrorType);
+  json.Key("icon").Text(problem.IconID);
+  json.Key("caption").Text(problem.Caption);
+  json.Key("short_description").Text(problem.ShortDescription);
+  json.Key("description").Text(problem.Description);
+  json.Key("data").BeginArray();
+  for (const UnicodeString& item : problem.Data) json.Text(item);
+  json.EndArray();
+  json.Key("selected").Bool(problem.Selected);
+  json.Key("fixed").Bool(problem.Fixed);
+  json.Key("visible").Bool(problem.Visible);
+  json.Key("is_64bit").Bool(problem.Is64Bit);
+  json.Key("identification").Text(BuildErrorIdentificationString(problem));
+}
+
 std::string JsonReport(const ScanReport& report) {
   std::string out;
+  // Growing step by step would copy a large report many times over.
+  constexpr std::size_t usualProblem = 1400;
+  out.reserve(report.shown.size() * usualProblem);
   JsonWriter json(out);
   json.BeginObject();
   json.Key("scrubwell").Text(SCRUBWELL_VERSION);
@@ -100,11 +111,14 @@ std::string JsonReport(const ScanReport& report) {
   json.Key("plugins").BeginArray();
   for (const TRCPlugin* plugin : *Plugins) WritePlugin(json, *plugin);
   json.EndArray();
-  WriteProblems(json.Key("problems"));
+  if (!report.users.empty()) WriteUsers(json.Key("users"), report.users);
+  WriteProblems(json.Key("problems"), report);
   json.Key("counts").BeginObject();
   json.Key("real_sweep_errors").Number(RealSweepErrorCount);
   json.Key("category_errors").Number(CategoryErrors);
-  json.Key("hidden").Number(CountHidden());
+  json.Key("hidden").Number(static_cast<std::int64_t>(report.hidden));
+  json.Key("left_out").Number(static_cast<std::int64_t>(report.leftOut));
+  json.Key("known_before").Number(static_cast<std::int64_t>(report.knownBefore));
   json.EndObject();
   json.Key("notes").BeginArray();
   for (const UnicodeString& note : report.notes) json.Text(note);

@@ -2,8 +2,10 @@
 #include <unordered_map>
 
 #include "hosts/driver/problem_id.h"
+#include "hosts/report/columns.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
+#include "hosts/report/problem_parts.h"
 #include "hosts/report/report.h"
 #include "hosts/report/surrogates.h"
 #include "registry/Stringhelper.h"
@@ -17,43 +19,171 @@ bool SteersTerminal(char16_t unit) {
          (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
 }
 
-// Columns, taking every character for one wide.
-std::size_t Columns(std::string_view utf8) {
-  return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-  }));
+// Appends the words of a text from `column` on, where the line has come to so far; further lines
+// begin at `indent`.
+void AppendFlow(std::string& out, std::string_view text, std::size_t column, std::size_t indent,
+                std::size_t width) {
+  bool lineBegins = true;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(' '), text.size());
+    const std::string_view word = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (word.empty()) continue;
+    const std::size_t columns = Columns(word);
+    if (!lineBegins && column + 1 + columns > width) {
+      out += '\n';
+      out.append(indent, ' ');
+      column = indent;
+      lineBegins = true;
+    }
+    if (!lineBegins) {
+      out += ' ';
+      ++column;
+    }
+    out += word;
+    column += columns;
+    lineBegins = false;
+  }
+  out += '\n';
 }
 
 using ProblemGroups = std::unordered_map<UnicodeView, std::vector<std::int32_t>>;
 
-void AppendCategory(std::string& out, const TRCPlugin& plugin,
-                    const std::vector<std::int32_t>& problems, const std::vector<std::string>& ids,
-                    std::size_t width) {
-  out += '\n';
-  out += Printable(plugin.Caption) + " (" + std::to_string(problems.size()) + ")\n";
-  AppendWrapped(out, Printable(plugin.ShortDescription), 2, width);
-  for (const std::int32_t index : problems) {
+// What is the same for all problems of a report.
+class ProblemLister {
+ public:
+  ProblemLister(std::string& out, const ScanReport& report, const TextLook& look)
+      : out_(out),
+        report_(report),
+        look_(look),
+        style_(look.colours),
+        ids_(ProblemIds(*SweepErrors)),
+        indent_(look.width < 60 ? 4 : 16),
+        hiddenMark_(' ' + Say(texts::HiddenMark)),
+        narrowMark_(" (" + Say(texts::Bits32) + ')') {}
+
+  void AppendCategory(const TRCPlugin& plugin, const std::vector<std::int32_t>& problems) {
+    out_ += '\n';
+    style_.Heading(out_, Printable(plugin.Caption));
+    out_ += " (" + std::to_string(problems.size()) + ")\n";
+    AppendWrapped(out_, Printable(plugin.ShortDescription), 2, look_.width);
+    if (look_.details) AppendWrapped(out_, Printable(plugin.Description), 2, look_.width);
+    out_ += '\n';
+    // One left over takes no more room than the line that says so.
+    const bool cut = look_.limit > 0 && problems.size() > look_.limit + 1;
+    const std::size_t count = cut ? look_.limit : problems.size();
+    for (std::size_t i = 0; i < count; ++i) {
+      if (look_.details && i > 0) out_ += '\n';
+      AppendProblem(problems[i]);
+    }
+    if (!cut) return;
+    const std::string left = std::to_string(problems.size() - count);
+    AppendWrapped(out_, Say(texts::MoreInCategory, {left, ToUtf8(plugin.FPluginID)}), 2,
+                  look_.width);
+  }
+
+ private:
+  void AppendProblem(std::int32_t index) {
     const TSweepError& problem = (*SweepErrors)[index];
-    out += '\n';
-    out += "  " + ids[static_cast<std::size_t>(index)] + "  " + Printable(problem.Caption);
-    if (!problem.Visible) out += ' ' + Say(texts::HiddenMark);
-    out += '\n';
-    AppendWrapped(out, Printable(problem.ShortDescription), 16, width);
+    const std::string& id = ids_[static_cast<std::size_t>(index)];
+    out_ += "  ";
+    style_.Dim(out_, id);
+    out_ += "  ";
+    std::string caption = Printable(problem.Caption);
+    if (report_.target.is64Bit && LiesInNarrowView(problem)) caption += narrowMark_;
+    if (const UnicodeView owner = OwnerOf(report_, index); !owner.empty()) {
+      caption += " [" + Printable(owner) + ']';
+    }
+    if (!problem.Visible) caption += hiddenMark_;
+    AppendFlow(out_, caption, id.size() + 4, indent_, look_.width);
+    AppendWrapped(out_, Printable(problem.ShortDescription), indent_, look_.width);
+    if (look_.details) AppendDetails(problem);
+  }
+
+  void AppendDetails(const TSweepError& problem) {
+    AppendWrapped(out_, Printable(PlainText(problem.Description)), indent_, look_.width);
+    for (const UnicodeString& item : problem.Data) {
+      const std::size_t colon = std::min(item.find(u':'), item.size());
+      const std::string name = Printable(UnicodeView(item).substr(0, colon));
+      const std::string value =
+          Printable(UnicodeView(item).substr(std::min(colon + 1, item.size())));
+      out_.append(indent_, ' ');
+      style_.Dim(out_, name + ':');
+      out_ += ' ';
+      // Whole, so that it can be copied.
+      out_ += value + '\n';
+    }
+  }
+
+  static bool LiesInNarrowView(const TSweepError& problem) {
+    return !problem.Data.empty() && problem.Data.front().find(u":32:") != UnicodeString::npos;
+  }
+
+  std::string& out_;
+  const ScanReport& report_;
+  const TextLook& look_;
+  TextStyle style_;
+  std::vector<std::string> ids_;
+  std::size_t indent_;
+  std::string hiddenMark_;
+  std::string narrowMark_;
+};
+
+// The categories once more with their counts: of a long list only the end is on the screen.
+void AppendOverview(std::string& out, const ProblemGroups& groups, const TextLook& look) {
+  constexpr std::size_t FewProblems = 12;
+  std::size_t most = 0;
+  std::size_t all = 0;
+  for (const auto& [plugin, problems] : groups) {
+    most = std::max(most, problems.size());
+    all += problems.size();
+  }
+  if (groups.size() < 2 || all <= FewProblems) return;
+  const std::size_t digits = std::to_string(most).size();
+  out += '\n';
+  TextStyle(look.colours).Heading(out, Say(texts::OverviewHeading));
+  out += '\n';
+  for (const TRCPlugin* plugin : *Plugins) {
+    const auto group = groups.find(plugin->FPluginID);
+    if (group == groups.end()) continue;
+    const std::string count = std::to_string(group->second.size());
+    out.append(2 + digits - count.size(), ' ');
+    out += count + "  " + Printable(plugin->Caption) + '\n';
   }
 }
 
+const TText& ByCount(std::size_t count, const TText& none, const TText& one, const TText& many) {
+  return count == 0 ? none : count == 1 ? one : many;
+}
+
 void AppendSummary(std::string& out, const ScanReport& report, std::size_t found,
-                   std::size_t hidden) {
+                   const TextLook& look) {
+  std::string summary;
+  const auto add = [&summary](const std::string& sentence) {
+    summary += (summary.empty() ? "" : " ") + sentence;
+  };
+  const auto counted = [&add](std::size_t count, const TText& none, const TText& one,
+                              const TText& many) {
+    add(Say(ByCount(count, none, one, many), {std::to_string(count)}));
+  };
+  if (report.compared) {
+    counted(found, texts::NewNone, texts::NewOne, texts::NewMany);
+    counted(report.knownBefore, texts::KnownNone, texts::KnownOne, texts::KnownMany);
+  } else {
+    counted(found, texts::FoundNone, texts::FoundOne, texts::FoundMany);
+  }
+  counted(report.hidden, texts::HiddenNone, texts::HiddenOne, texts::HiddenMany);
+  if (const std::size_t others = report.leftOut - report.knownBefore; others > 0) {
+    counted(others, texts::LeftOutMany, texts::LeftOutOne, texts::LeftOutMany);
+  }
+  if (report.outcome == RunOutcome::Stopped) add(Say(texts::ScanStopped));
+  if (ShouldReSearch) add(Say(texts::ScanAgain));
+  if (!report.notes.empty()) {
+    counted(report.notes.size(), texts::NotesMany, texts::NotesOne, texts::NotesMany);
+  }
+  if (report.duration.count() > 0) add(Say(texts::ScanTook, {DurationText(report.duration)}));
   out += '\n';
-  if (found == 0) out += Say(texts::FoundNone);
-  if (found == 1) out += Say(texts::FoundOne);
-  if (found > 1) out += Say(texts::FoundMany, {std::to_string(found)});
-  if (hidden == 0) out += ' ' + Say(texts::HiddenNone);
-  if (hidden == 1) out += ' ' + Say(texts::HiddenOne);
-  if (hidden > 1) out += ' ' + Say(texts::HiddenMany, {std::to_string(hidden)});
-  if (report.outcome == RunOutcome::Stopped) out += ' ' + Say(texts::ScanStopped);
-  if (ShouldReSearch) out += ' ' + Say(texts::ScanAgain);
-  out += '\n';
+  AppendWrapped(out, summary, 0, look.width);
 }
 
 }  // namespace
@@ -72,29 +202,19 @@ std::string Printable(UnicodeView text) {
   return ToUtf8(clean);
 }
 
-void AppendWrapped(std::string& out, std::string_view text, std::size_t indent, std::size_t width) {
-  std::size_t column = 0;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find(' '), text.size());
-    const std::string_view word = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    if (word.empty()) continue;
-    const std::size_t columns = Columns(word);
-    if (column > 0 && column + 1 + columns > width) {
-      out += '\n';
-      column = 0;
-    }
-    if (column == 0) {
-      out.append(indent, ' ');
-      column = indent;
-    } else {
-      out += ' ';
-      ++column;
-    }
-    out += word;
-    column += columns;
+std::string DurationText(std::chrono::milliseconds duration) {
+  const auto tenths = (duration.count() + 50) / 100;
+  if (tenths < 600) {
+    const char point = PackageLanguage() == TLanguage::German ? ',' : '.';
+    return std::to_string(tenths / 10) + point + std::to_string(tenths % 10) + " s";
   }
-  out += '\n';
+  const auto seconds = (duration.count() + 500) / 1000;
+  return std::to_string(seconds / 60) + " min " + std::to_string(seconds % 60) + " s";
+}
+
+void AppendWrapped(std::string& out, std::string_view text, std::size_t indent, std::size_t width) {
+  if (text.find_first_not_of(' ') != std::string_view::npos) out.append(indent, ' ');
+  AppendFlow(out, text, indent, indent, width);
 }
 
 std::string TargetLine(const TargetFacts& target) {
@@ -111,29 +231,61 @@ std::string TargetLine(const TargetFacts& target) {
   return line;
 }
 
-void AppendNotes(std::string& out, const TStringList& notes, std::size_t width) {
+void AppendNotes(std::string& out, const TStringList& notes, const TextLook& look) {
   if (notes.empty()) return;
-  out += '\n' + Say(texts::NotesHeading) + '\n';
-  for (const UnicodeString& note : notes) AppendWrapped(out, Printable(note), 2, width);
+  out += '\n';
+  TextStyle(look.colours).Heading(out, Say(texts::NotesHeading));
+  out += '\n';
+  const bool cut = look.limit > 0 && notes.size() > look.limit + 1;
+  const std::size_t count = cut ? look.limit : notes.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    out += "  ";
+    AppendFlow(out, Printable(notes[i]), 2, 4, look.width);
+  }
+  if (cut) {
+    AppendWrapped(out, Say(texts::MoreNotes, {std::to_string(notes.size() - count)}), 2,
+                  look.width);
+  }
 }
 
-std::string TextReport(const ScanReport& report, std::size_t width, bool showHidden) {
+std::vector<std::int32_t> AllProblems(bool withHidden) {
+  std::vector<std::int32_t> all;
+  for (std::int32_t i = 0; i < SweepErrors->Count(); ++i) {
+    if (withHidden || (*SweepErrors)[i].Visible) all.push_back(i);
+  }
+  return all;
+}
+
+UnicodeView OwnerOf(const ScanReport& report, std::int32_t index) {
+  const auto at = static_cast<std::size_t>(index);
+  return at < report.owners.size() ? UnicodeView(report.owners[at]) : UnicodeView();
+}
+
+std::string TextReport(const ScanReport& report, const TextLook& look) {
   ProblemGroups groups;
   std::size_t found = 0;
-  std::size_t hidden = 0;
-  for (std::int32_t i = 0; i < SweepErrors->Count(); ++i) {
+  for (const std::int32_t i : report.shown) {
     const TSweepError& problem = (*SweepErrors)[i];
-    ++(problem.Visible ? found : hidden);
-    if (problem.Visible || showHidden) groups[problem.PluginID].push_back(i);
+    found += problem.Visible;
+    groups[problem.PluginID].push_back(i);
   }
-  const std::vector<std::string> ids = ProblemIds(*SweepErrors);
-  std::string out = TargetLine(report.target) + '\n';
-  for (const TRCPlugin* plugin : *Plugins) {
-    const auto group = groups.find(plugin->FPluginID);
-    if (group != groups.end()) AppendCategory(out, *plugin, group->second, ids, width);
+  std::string out;
+  std::string target = TargetLine(report.target);
+  for (std::size_t i = 0; i < report.users.size(); ++i) {
+    target +=
+        (i == 0 ? ", " + Say(texts::UsersWord) + ' ' : ", ") + Printable(report.users[i].name);
   }
-  AppendNotes(out, report.notes, width);
-  AppendSummary(out, report, found, hidden);
+  AppendFlow(out, target, 0, 4, look.width);
+  if (!report.shown.empty()) {
+    ProblemLister lister(out, report, look);
+    for (const TRCPlugin* plugin : *Plugins) {
+      const auto group = groups.find(plugin->FPluginID);
+      if (group != groups.end()) lister.AppendCategory(*plugin, group->second);
+    }
+  }
+  AppendNotes(out, report.notes, look);
+  AppendOverview(out, groups, look);
+  AppendSummary(out, report, found, look);
   return out;
 }
 

@@ -54,7 +54,7 @@ class ProgramRun : public testing::Test {
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Content(out), Content(err)};
   }
   Result Run(const std::string& arguments, const std::string& environment = "LC_ALL=C") const {
-    return Shell("env -u LC_ALL -u LC_MESSAGES -u LANG " + environment + " " SCRUBWELL_PROGRAM " " +
+    return Shell("env -u LC_ALL -u LC_MESSAGES -u LANG -u LANGUAGE " + environment + " " SCRUBWELL_PROGRAM " " +
                  arguments);
   }
   json Scan(const std::string& more = "") const {

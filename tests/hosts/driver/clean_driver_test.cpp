@@ -11,7 +11,7 @@
 namespace scrubwell {
 namespace {
 
-constexpr TProblemKind Kinds[] = {{1, 0, {u"x", u"x"}, {u"y", u"y"}, {u"z", u"z"}}};
+constexpr TProblemKind TestKinds[] = {{1, 0, {u"x", u"x"}, {u"y", u"y"}, {u"z", u"z"}}};
 
 // What there is to find, one letter an item, and what was done to it. Upper-case letters can't be
 // repaired; digits claim to be, and stay. Repairing "c" takes "w" with it, and leaves "d" behind.
@@ -24,7 +24,7 @@ struct Litter {
 class TRCPLitter : public TRCPlugin {
  public:
   TRCPLitter(UnicodeView className, UnicodeView letters, Litter& litter)
-      : TRCPlugin({className, -1, 0, {u"a", u"a"}, {u"b", u"b"}, {u"c", u"c"}}, Kinds),
+      : TRCPlugin({className, -1, 0, {u"a", u"a"}, {u"b", u"b"}, {u"c", u"c"}}, TestKinds),
         letters_(letters),
         litter_(litter) {}
   void Init() override {

@@ -9,13 +9,13 @@
 namespace scrubwell {
 namespace {
 
-constexpr TProblemKind Kinds[] = {{1, 0, {u"x", u"x"}, {u"y", u"y"}, {u"z", u"z"}}};
+constexpr TProblemKind TestKinds[] = {{1, 0, {u"x", u"x"}, {u"y", u"y"}, {u"z", u"z"}}};
 
 // Reports one problem an item.
 class TRCPProbe : public TRCPlugin {
  public:
   TRCPProbe(UnicodeView className, std::int32_t items)
-      : TRCPlugin({className, -1, 0, {u"a", u"a"}, {u"b", u"b"}, {u"c", u"c"}}, Kinds),
+      : TRCPlugin({className, -1, 0, {u"a", u"a"}, {u"b", u"b"}, {u"c", u"c"}}, TestKinds),
         items_(items) {}
   void Init() override {
     SetFScanItemCount(items_);

@@ -1,0 +1,223 @@
+// Which problems are shown, why they are problems, and the registry at hand.
+#include <set>
+
+#include "hosts/cli/program_run.h"
+
+namespace scrubwell::test {
+namespace {
+
+class Choice : public ProgramRun {
+ protected:
+  [[nodiscard]] json Answer(const std::string& arguments, int status) const {
+    const Result result = Run(arguments + " --format json");
+    EXPECT_EQ(result.status, status) << arguments << ": " << result.err;
+    return result.out.empty() ? json() : json::parse(result.out);
+  }
+  [[nodiscard]] static std::string IdOf(const json& report, const std::string& plugin,
+                                        const std::string& part) {
+    for (const json& problem : report.at("problems")) {
+      const bool fits = problem.at("data").dump().find(part) != std::string::npos;
+      if (problem.at("plugin") == plugin && fits) return problem.at("id");
+    }
+    ADD_FAILURE() << plugin << ' ' << part;
+    return {};
+  }
+};
+
+TEST_F(Choice, ShowsWhatIsNewSinceAnEarlierReport) {
+  const std::string scan = "scan --windows @/C ";
+  json earlier = Scan();
+  const std::size_t all = earlier["problems"].size();
+  const json dropped = earlier["problems"][3];
+  earlier["problems"].erase(3);
+  Put(folder_ / "earlier.json", earlier.dump());
+  const json news = Answer(scan + "--since @/earlier.json", 1);
+  ASSERT_EQ(news["problems"].size(), 1U);
+  EXPECT_EQ(news["problems"][0], dropped);
+  EXPECT_EQ(news["counts"]["known_before"], all - 1);
+
+  Put(folder_ / "whole.json", Scan().dump());
+  struct Row {
+    std::string arguments;
+    int status;
+  };
+  const Row rows[] = {
+      {"--since @/whole.json", 0},
+      {"--since @/whole.json --fail-on new", 0},
+      {"--since @/whole.json --fail-on any", 1},
+      {"--since @/earlier.json --fail-on none", 0},
+      {"--since @/earlier.json --lang de", 1},
+      {"--since @/earlier.json --kind Sounds:1", 0},
+      {"--since @/whole.json --user all", 0},
+  };
+  for (const Row& row : rows)
+    EXPECT_EQ(Run(scan + row.arguments).status, row.status) << row.arguments;
+
+  // The earlier report knew only a part, and says so.
+  ASSERT_EQ(Run(scan + "--filter aqspell --format json --output @/part.json").status, 1);
+  const json part = Answer(scan + "--since @/part.json", 1);
+  EXPECT_EQ(part["problems"].size(), all - 1);
+  EXPECT_NE(part["notes"].dump().find("incomplete"), std::string::npos);
+}
+
+TEST_F(Choice, TellsTheUsersApart) {
+  const json one = Scan();
+  fs::copy(folder_ / "C/Users/anna", folder_ / "C/Users/berta", fs::copy_options::recursive);
+  const json both = Answer("scan --windows @/C --user all", 1);
+  EXPECT_EQ(both["users"].size(), 2U);
+  EXPECT_EQ(both["target"]["user"], "");
+  // What is anna's alone is berta's as well now; all else is there once.
+  std::multiset<std::string> annas, bertas, machine;
+  for (const json& problem : both["problems"]) {
+    const std::string user = problem["user"];
+    (user == "anna" ? annas : user == "berta" ? bertas : machine).insert(problem["id"]);
+  }
+  EXPECT_FALSE(annas.empty());
+  // Paths name the profile folder, so that only entries below the user's hive are the same.
+  EXPECT_EQ(annas.size(), bertas.size());
+  EXPECT_EQ(annas.size() + machine.size(), one["problems"].size());
+  EXPECT_EQ(both["counts"]["real_sweep_errors"], both["problems"].size());
+  for (const json& problem : both["problems"]) {
+    if (problem["data"].dump().find("HKEY_CURRENT_USER") != std::string::npos) {
+      EXPECT_NE(problem["user"], "");
+    }
+  }
+}
+
+TEST_F(Choice, CleanTakesOnlyWhatIsChosen) {
+  const std::string clean = "clean --dry-run --windows @/C ";
+  const json report = Scan();
+  const json plan = Answer(clean + "--all --filter brightcore", 0);
+  EXPECT_EQ(plan["problems"].size(), 2U);
+  for (const json& change : plan["changes"]) {
+    EXPECT_NE(change["problem"], "") << "nothing but what the filter lets through";
+  }
+  EXPECT_EQ(Answer(clean + "--all --kind Fonts:1 --exclude Sounds", 0)["problems"].size(), 2U);
+  const std::string id = IdOf(report, "Fonts", "quillsans");
+  ExpectComplaint(Run(clean + "--filter brightcore --select " + id), 2, "not part of the choice");
+}
+
+// Whether an entry of the list has all these members.
+bool Holds(const json& list, const json& members) {
+  return std::any_of(list.begin(), list.end(), [&](const json& entry) {
+    return std::all_of(members.items().begin(), members.items().end(), [&](const auto& member) {
+      return entry.contains(member.key()) && entry[member.key()] == member.value();
+    });
+  });
+}
+
+TEST_F(Choice, ExplainsWithEvidence) {
+  const json report = Scan();
+  struct Row {
+    std::string plugin;
+    std::string part;  // of the problem's data
+    std::string list;
+    json entry;
+  };
+  const std::string fonts = R"(C:\Windows\Fonts\quillsans.ttf)";
+  const Row rows[] = {
+      {"SharedFiles",
+       "aqspell.dll",
+       "files",
+       {{"path", R"(C:\Program Files\Common Files\Aquila Shared\aqspell.dll)"},
+        {"redirected", true},
+        {"answer", "absent"}}},
+      {"SharedFiles",
+       "%ProgramFiles%",
+       "variables",
+       {{"name", "ProgramFiles"}, {"view", 32}, {"text", R"(C:\Program Files (x86))"}}},
+      {"SharedFiles",
+       "%ProgramFiles%",
+       "paths",
+       {{"means",
+         {R"(C:\Program Files (x86)\Brightpad\brightcore.dll)",
+          R"(C:\Program Files\Brightpad\brightcore.dll)"}}}},
+      {"Drivers",
+       "aqdisk.vxd",
+       "paths",
+       {{"text", "aqdisk.vxd"},
+        {"searched_in",
+         {R"(C:\Windows\System32)", R"(C:\Windows\System)", R"(C:\Windows)",
+          R"(C:\Windows\System32\Wbem)"}}}},
+      {"Fonts", "quillsans", "files", {{"path", fonts}, {"answer", "absent"}}},
+      {"Autostart",
+       "agent.exe",
+       "registry",
+       {{"asked", "values"}, {"view", 64}, {"answer", "found"}, {"value_count", 3}}},
+      {"ActiveXCOM", "brightcore.dll", "changes", {{"action", "delete_key"}}},
+      {"Sounds", "foghorn.wav", "changes", {{"action", "set_value"}}},
+      {"IniFiles", "clock.exe", "changes", {{"action", "write_file"}}},
+      {"ODBC", "aqtables.dll", "registry", {{"name", "Driver"}, {"answer", "found"}}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.plugin + ' ' + row.part);
+    const std::string id = IdOf(report, row.plugin, row.part);
+    const json why = Answer("explain " + id + " --windows @/C --plugins " + row.plugin, 0);
+    EXPECT_EQ(why["problem"]["id"], id);
+    EXPECT_TRUE(why["complete"]);
+    EXPECT_FALSE(why["changes"].empty());
+    EXPECT_TRUE(Holds(why[row.list], row.entry)) << why[row.list].dump(1);
+  }
+  const Result text = Run("explain " + IdOf(report, "Fonts", "quillsans") + " --windows @/C");
+  EXPECT_NE(text.out.find("absent   " + fonts), std::string::npos) << text.out;
+  EXPECT_EQ(Scan(), report) << "explaining changes nothing";
+  ExpectComplaint(Run("explain 000000000000 --windows @/C"), 2, "000000000000");
+}
+
+TEST_F(Choice, ShowsAndSearchesTheRegistry) {
+  const std::string run = R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Run)";
+  struct Row {
+    std::string arguments;
+    int status;
+    std::string part;  // of the output, or of the complaint above 0
+  };
+  const Row rows[] = {
+      {"'HKLM\\" + run + "'", 0, R"("Stick Tools"  REG_SZ  "E:\Tools\sticktray.exe")"},
+      {"'hkey_local_machine\\" + run + "\\' --view 32", 0, "quillaudio.ocx"},
+      {"'32:HKEY_LOCAL_MACHINE\\" + run + "'", 0, "quillaudio.ocx"},
+      {"'regjump:HK:HKEY_LOCAL_MACHINE\\" + run + "'", 0, "(64-bit)"},
+      {"'Computer\\HKEY_LOCAL_MACHINE\\" + run + "'", 0, "Values (3)"},
+      {"HKCU", 0, "  Environment"},
+      {"find STICKTRAY", 0, run + R"(  "Stick Tools")"},
+      {"find aqdisk --key HKLM --view 32 --format json", 0, R"("found_in":"key")"},
+      {"'HKLM\\Nowhere'", 1, "no such key"},
+      {"find nowhere-at-all", 1, ""},
+      {"find x --key 'HKLM\\Nowhere'", 1, "no such key"},
+      {"HKXY", 2, "HKXY: not a key"},
+      {"find", 2, "TEXT"},
+      {"HKLM HKCU", 2, "HKCU"},
+      {"HKLM --key HKLM", 2, "--key"},
+      {"HKLM --view 16", 2, "16"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.arguments);
+    const Result result = Run("reg " + row.arguments + " --windows @/C");
+    EXPECT_EQ(result.status, row.status) << result.err;
+    const std::string& said = row.status == 0 ? result.out : result.err;
+    EXPECT_NE(said.find(row.part), std::string::npos) << result.out << result.err;
+  }
+  const json key = Answer("reg 'HKLM\\" + run + "' --windows @/C", 0);
+  EXPECT_EQ(key["values"].size(), 3U);
+  EXPECT_EQ(key["values"][2]["text"], R"(E:\Tools\sticktray.exe)");
+  EXPECT_EQ(key["values"][2]["bytes"], 46);
+}
+
+TEST_F(Choice, ListsAndRecoversAsJson) {
+  const std::string where = " --windows @/C --backup @/backup";
+  const std::string id = IdOf(Scan(), "Fonts", "quillsans");
+  ASSERT_EQ(Run("ignore add " + id + where + " --plugins Fonts --reason why").status, 0);
+  const json list = Answer("ignore list --windows @/C", 0);
+  ASSERT_EQ(list["ignored"].size(), 1U);
+  EXPECT_EQ(list["ignored"][0]["id"], id);
+  EXPECT_EQ(list["ignored"][0]["reason"], "why");
+  EXPECT_EQ(list["ignored"][0]["machine"], false);
+  EXPECT_EQ(Answer("recover --windows @/C", 0)["outcome"], "nothing_to_do");
+  // A hidden problem is explained too, but nothing would become of it.
+  const json why = Answer("explain " + id + " --windows @/C", 0);
+  EXPECT_EQ(why["problem"]["visible"], false);
+  EXPECT_TRUE(why["complete"]);
+  EXPECT_TRUE(why["changes"].empty());
+}
+
+}  // namespace
+}  // namespace scrubwell::test
