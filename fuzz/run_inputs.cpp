@@ -1,36 +1,105 @@
-// Stands in for libFuzzer: runs every file given, and every file in each folder given, once.
+// Stands in for libFuzzer:
+//
+//   fuzz_X --for MILLISECONDS     runs the seeds, then changed ones, always in the same order
+//   fuzz_X FILE...                runs these inputs, or all in these folders
+#include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <vector>
+#include <random>
+#include <string>
+
+#include "seeds.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
 
 namespace {
 
-int g_inputs = 0;
+namespace fs = std::filesystem;
+using scrubwell::Bytes;
 
-void Run(const std::filesystem::path& file) {
+// Which input was running, for who wants to see it again.
+volatile std::sig_atomic_t g_input = 0;
+
+void SayWhich(int signal) {
+  // Nothing is left to be done but to tell, so the rules for signal handlers are stretched.
+  std::fprintf(stderr, "input %d of target " FUZZ_TARGET " broke it\n", static_cast<int>(g_input));
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+
+void Run(const Bytes& input) {
+  LLVMFuzzerTestOneInput(input.data(), input.size());
+  g_input = g_input + 1;
+}
+
+void RunFile(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
-  const std::vector<char> text((std::istreambuf_iterator<char>(in)), {});
-  const std::vector<std::uint8_t> bytes(text.begin(), text.end());
-  LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-  ++g_inputs;
+  Run(Bytes(std::istreambuf_iterator<char>(in), {}));
+}
+
+/// A few of the bytes changed, cut, doubled or moved.
+Bytes Change(Bytes bytes, std::mt19937& random) {
+  constexpr std::uint8_t kEdges[] = {0, 1, 0x7F, 0x80, 0xFE, 0xFF, '"', '\\', '%', ','};
+  for (unsigned times = random() % 4 + 1; times > 0 && !bytes.empty(); --times) {
+    const auto at = bytes.begin() + static_cast<std::ptrdiff_t>(random() % bytes.size());
+    const auto length = static_cast<std::ptrdiff_t>(
+        std::min<std::size_t>(random() % 16, static_cast<std::size_t>(bytes.end() - at)));
+    const Bytes part(at, at + length);
+    switch (random() % 6) {
+      case 0:
+        *at = static_cast<std::uint8_t>(random());
+        break;
+      case 1:
+        *at = kEdges[random() % std::size(kEdges)];
+        break;
+      case 2:
+        *at = static_cast<std::uint8_t>(*at ^ (1U << random() % 8));
+        break;
+      case 3:
+        bytes.erase(at, at + length);
+        break;
+      case 4:
+        bytes.insert(at, part.begin(), part.end());
+        break;
+      default:
+        bytes.resize(random() % 8 == 0 ? static_cast<std::size_t>(at - bytes.begin())
+                                       : bytes.size());
+    }
+  }
+  return bytes;
+}
+
+void RunFor(const std::vector<Bytes>& seeds, std::chrono::milliseconds time) {
+  if (seeds.empty()) return;
+  const auto end = std::chrono::steady_clock::now() + time;
+  for (const Bytes& seed : seeds) Run(seed);
+  std::mt19937 random(1);
+  while (std::chrono::steady_clock::now() < end) {
+    Run(Change(seeds[random() % seeds.size()], random));
+  }
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  for (int i = 1; i < count; ++i) {
-    const std::filesystem::path path = arguments[i];
-    if (!std::filesystem::is_directory(path)) {
-      Run(path);
-      continue;
+  for (const int signal : {SIGABRT, SIGSEGV, SIGFPE, SIGBUS}) std::signal(signal, &SayWhich);
+  if (count == 3 && std::strcmp(arguments[1], "--for") == 0) {
+    RunFor(scrubwell::fuzz::SeedsOf(FUZZ_TARGET, FUZZ_SAMPLES),
+           std::chrono::milliseconds(std::stoi(arguments[2])));
+  } else {
+    for (int i = 1; i < count; ++i) {
+      if (!fs::is_directory(arguments[i])) {
+        RunFile(arguments[i]);
+        continue;
+      }
+      for (const auto& entry : fs::directory_iterator(arguments[i])) RunFile(entry.path());
     }
-    for (const auto& entry : std::filesystem::directory_iterator(path)) Run(entry.path());
   }
-  std::printf("%d inputs\n", g_inputs);
-  return g_inputs > 0 ? 0 : 1;
+  std::printf("%d inputs\n", static_cast<int>(g_input));
+  return g_input > 0 ? 0 : 1;
 }

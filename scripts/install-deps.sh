@@ -1,17 +1,22 @@
 #!/bin/sh
 # Installs what is missing to build Scrubwell on Debian 12, and with --test what its tests need as
-# well. Does nothing, and needs no rights, when everything is there.
+# well, with --fuzz what its fuzzer needs, with --windows what builds and runs it for Windows.
+# Does nothing, and needs no rights, when everything is there.
 set -eu
 
-packages="cmake g++ libcli11-dev liblnk-dev libmsiecf-dev ninja-build"
+packages="cmake g++ libcli11-dev liblnk-dev libmsiecf-dev ninja-build nlohmann-json3-dev"
 case "${1:-}" in
   '') ;;
   --test)
     # ccache shortens later builds; hivexml, reglookup and regfexport are the tests' independent
-    # readers of hives.
-    packages="$packages ccache libgtest-dev libhivex-bin libregf-utils nlohmann-json3-dev \
-      python3 reglookup xz-utils" ;;
-  *) echo "usage: install-deps.sh [--test]" >&2; exit 2 ;;
+    # readers of hives, lnkinfo of shortcuts, msiecfexport of address files.
+    packages="$packages ccache libgtest-dev libhivex-bin liblnk-utils libmsiecf-utils \
+      libregf-utils python3 reglookup xz-utils" ;;
+  --fuzz) packages="$packages ccache clang libclang-rt-14-dev xz-utils" ;;
+  --windows)
+    "$(dirname -- "$0")/wine-install.sh"
+    packages="$packages ccache g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix googletest" ;;
+  *) echo "usage: install-deps.sh [--test|--fuzz|--windows]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
@@ -37,8 +42,9 @@ fi
 echo "Installing:$missing" >&2
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
+# One source whose index can't be had need not be the one that is needed.
 # shellcheck disable=SC2086  # a list of names, to be split
-if ! { $as_root apt-get -q update &&
+if ! { $as_root apt-get -q update || true
        $as_root env DEBIAN_FRONTEND=noninteractive apt-get -qy install --no-install-recommends \
          $missing; } >"$log" 2>&1 </dev/null; then
   tail -n 20 "$log" >&2

@@ -1,0 +1,125 @@
+// What a session keeps. The input is one letter that says which file it is, then the lines of that
+// file without their sums, which are put in here, so that mutations get past them.
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "backends/offline/commit.h"
+#include "backends/offline/intent.h"
+#include "backends/offline/journal.h"
+#include "backends/offline/json_line.h"
+#include "formats/regf/hive_builder.h"
+
+namespace {
+
+using namespace scrubwell;
+using namespace scrubwell::offline;
+
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+const std::string& Place() {
+  static const std::string folder = [] {
+    std::string name = (std::filesystem::temp_directory_path() / "journal-XXXXXX").string();
+    Require(::mkdtemp(name.data()) != nullptr);
+    std::filesystem::create_directory(name + "/s");
+    return name;
+  }();
+  return folder;
+}
+
+std::string Sign(std::string_view text) {
+  std::string out;
+  std::uint64_t chain = 0;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view body = text.substr(0, end);
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(body.data());
+    chain = ContentHash({bytes, body.size()}, 0xCBF29CE484222325U ^ chain);
+    char sum[17];
+    std::snprintf(sum, sizeof sum, "%016llx", static_cast<unsigned long long>(chain));
+    out.append(body).append(",\"sum\":\"").append(sum).append("\"}\n");
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return out;
+}
+
+void Store(const std::string& file, std::string_view text) {
+  std::ofstream out(file, std::ios::binary);
+  out << text;
+  Require(static_cast<bool>(out.flush()));
+}
+
+const regf::Hive& SmallHive(bool changed) {
+  static const auto make = [](bool with) {
+    regf::HiveBuilder builder;
+    builder.SetText(builder.CreatePath(builder.Root(), with ? u"a\\x" : u"a"), u"n", u"v");
+    builder.SetNumber(builder.Create(builder.Root(), u"B"), u"n", with ? 1 : 2);
+    return regf::Hive::FromBytes(builder.Build(), "small");
+  };
+  static const regf::OpenedHive hives[] = {make(false), make(true)};
+  return *hives[changed ? 1 : 0].hive;
+}
+
+void ReadJournal() {
+  const std::string session = Place() + "/s";
+  const Journal journal = LoadJournal(session);
+  (void)ReadSession(Place(), "s");
+  const ExportResult exported = ExportSession(Place(), "s");
+  Require((exported.failure == CleanFailure::None) == journal.info.error.empty());
+  if (!journal.info.error.empty()) return;
+  // Written again it is the same journal.
+  const std::string text = FormatJournal(journal);
+  Store(session + std::string(kJournalFile), text);
+  const Journal again = LoadJournal(session);
+  Require(again.info.error.empty() && FormatJournal(again) == text);
+  const std::string why =
+      WhyNotAsIntended(SmallHive(false), SmallHive(true), journal.entries, u"H");
+  bool names = false;
+  for (const JournalEntry& entry : journal.entries) names = names || !entry.hive.empty();
+  Require(names || !why.empty());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  if (size == 0) return 0;
+  const std::string_view text(reinterpret_cast<const char*>(bytes) + 1, size - 1);
+  std::vector<JsonValue> lines;
+  (void)ReadJsonLines(text, lines);
+  const std::string session = Place() + "/s";
+  switch (bytes[0]) {
+    case 'j':
+      Store(session + std::string(kJournalFile), Sign(text));
+      ReadJournal();
+      break;
+    case 'u':
+      Store(session + std::string(kUndoneFile), Sign(text));
+      (void)LoadJournal(session);
+      std::filesystem::remove(session + std::string(kUndoneFile));
+      break;
+    case 'r': {
+      Store(session + std::string(kPendingName), Sign(text));
+      static DriveTree drives;
+      static std::string error;
+      static const bool added = drives.Add(u'C', Place(), DriveKind::Fixed, error);
+      Require(added);
+      const PendingCommit pending = FindPending(session, drives);
+      if (pending.state != PendingCommit::State::Committed) break;
+      // A record on somebody's disk must not lead to files that lie elsewhere.
+      for (const CommitStep& step : pending.plan.steps) {
+        Require(step.letter == 0 ? step.local.ends_with(kUndoneFile)
+                                 : step.local.starts_with(Place() + "/"));
+        Require(("/" + step.local + "/").find("/../") == std::string::npos);
+      }
+      break;
+    }
+    default:
+      break;
+  }
+  return 0;
+}

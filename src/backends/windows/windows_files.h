@@ -1,0 +1,37 @@
+// The files of the running system.
+#pragma once
+
+#include "backends/windows/win32.h"
+
+namespace scrubwell::windows {
+
+/// Only local drives are asked: network paths are Unknown without a look, and a drive that is not
+/// a fixed one never proves an absence. A short name ("PROGRA~1") that is not there is Unknown,
+/// for copying a system to a new disk loses such names without harm to what they named.
+class WindowsFiles final : public IFiles {
+ public:
+  /// Without `mayChange` every change is Denied. Copies of files go below `backupFolder`, at the
+  /// path that they come from; empty: none can be made.
+  WindowsFiles(bool mayChange, UnicodeString backupFolder)
+      : mayChange_(mayChange), backupFolder_(std::move(backupFolder)) {}
+
+  DriveKind Drive(char16_t letter) override;
+  Status Stat(UnicodeView path, FsView view, FileInfo& out) override;
+  Status List(UnicodeView path, FsView view, std::vector<DirEntry>& out) override;
+  Status Read(UnicodeView path, FsView view, std::size_t limit, Bytes& out) override;
+  /// The old content stays whole until the new one takes its place.
+  Status Write(UnicodeView path, const Bytes& data) override;
+  Status EraseFile(UnicodeView path) override;
+  Status EraseFolder(UnicodeView path) override;
+  /// The first copy of a file stays: it is the file as it was before all changes.
+  Status Backup(UnicodeView path) override;
+
+ private:
+  Status Locate(UnicodeView path, FsView view, UnicodeString& full);
+  Status AfterError(UnicodeView path, DWORD error);
+
+  bool mayChange_;
+  UnicodeString backupFolder_;
+};
+
+}  // namespace scrubwell::windows
