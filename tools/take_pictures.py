@@ -20,7 +20,7 @@ import termios
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 VOLUME = "/mnt/windows"
 COLUMNS = 92
-TERMINAL = ["scan", "--windows", VOLUME, "--plugins", "Autostart,SharedFiles,SystemAddOn"]
+TERMINAL = ["scan", "--windows", VOLUME, "--plugins", "Fonts,SharedFiles,SystemAddOn"]
 LIMIT = 300_000
 PAGE = """<!DOCTYPE html><meta charset="utf-8"><style>
 body { margin: 0; background: #14171c; color: #d6dae0; font: 14px/19px "DejaVu Sans Mono", monospace }
