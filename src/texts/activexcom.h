@@ -19,8 +19,8 @@ inline constexpr TText kDescription{
     u"Programme angelegt, jedoch bei der Deinstallation oftmals nicht entfernt. Manche Programme "
     u"legen sogar schon bei der Installation ungültige Einträge an.",
     u"Many Windows programs use ActiveX and COM components through entries in this area of the "
-    u"registry. These entries are made when such programs are installed, but often are not removed "
-    u"when they are uninstalled. Some programs even make invalid entries right when they are "
+    u"registry. These entries are created when such programs are installed, but are often left "
+    u"behind when they are uninstalled. Some programs even create invalid entries when they are "
     u"installed."};
 
 inline constexpr TText kScanClass{65504, u"CLSID: %s", u"CLSID: %s"};
@@ -154,7 +154,7 @@ inline constexpr TText kTypeLibEmptyHelpDetail{
     u"Der Schlüssel \"#existingkey:regjump#\" dieser Typbibliothek dient der Angabe eines "
     u"Hilfeverzeichnisses, enthält aber keine Daten. Dieser Unterschlüssel der Typbibliothek kann "
     u"daher gelöscht werden.",
-    u"The key \"#existingkey:regjump#\" of this type library is there to name a help folder, but "
+    u"The key \"#existingkey:regjump#\" of this type library is meant to name a help folder, but "
     u"holds no data. This subkey of the type library can therefore be deleted."};
 inline constexpr TText kEmptyProgIDShort{
     u"Der ProgID-Schlüssel dieses Objektes enthält keine Daten.",
@@ -200,8 +200,8 @@ inline constexpr TText kMissingCommandDetail{
     u"Der Schlüssel \"#existingkey:regjump#\" ist unvollständig, da der Unterschlüssel \"command\" "
     u"fehlt. Der Kontextmenüeintrag \"#existingkey:action#\" des Objektes funktioniert daher "
     u"nicht.",
-    u"The key \"#existingkey:regjump#\" is incomplete, for its subkey \"command\" is missing. The "
-    u"context menu entry \"#existingkey:action#\" of the object therefore does not work."};
+    u"The key \"#existingkey:regjump#\" is incomplete, because its subkey \"command\" is missing. "
+    u"The context menu entry \"#existingkey:action#\" of the object therefore does not work."};
 inline constexpr TText kEmptyKeyShort{u"Der #key#-Schlüssel dieses Objektes enthält keine Daten.",
                                       u"The #key# key of this object holds no data."};
 inline constexpr TText kEmptyKeyDetail{

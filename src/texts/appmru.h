@@ -17,7 +17,7 @@ inline constexpr TText kEntryCaption{u"Ungültiger Eintrag \"#missingfile:name#\
 
 inline constexpr TText kOpenWithCaption{
     u"Überflüssiger Eintrag der Dateiendung \"#existingkey:lastpart#\"",
-    u"Unneeded entry of the file extension \"#existingkey:lastpart#\""};
+    u"Unneeded entry for the file extension \"#existingkey:lastpart#\""};
 inline constexpr TText kOpenWithShort{
     u"Der von der Windows-Funktion \"Öffnen mit\" angelegte Schlüssel dieser Dateiendung enthält "
     u"keine Daten.",

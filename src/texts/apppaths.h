@@ -10,7 +10,7 @@ inline constexpr TText kShortDescription{
     65408,
     u"In der Registrierung sind für einige Programme ungültige Suchpfade eingetragen. Diese können "
     u"gelöscht werden.",
-    u"For some programs the registry holds search paths that are not valid. They can be deleted."};
+    u"For some programs the registry holds invalid search paths. They can be deleted."};
 inline constexpr TText kDescription{
     65409,
     u"Die Installationsordner einiger Programme werden in der Registrierung gespeichert, damit sie "
@@ -31,7 +31,7 @@ inline constexpr TText kMissingDetail{
     u"In der Registrierung ist unter \"#existingkey:regjump#\" ein Anwendungspfad zu \"#caption#\" "
     u"eingetragen. Dieser verweist auf das nicht mehr vorhandene Ziel \"#missingfile#\" und kann "
     u"daher gelöscht werden.",
-    u"Under \"#existingkey:regjump#\" the registry holds a path for \"#caption#\". It leads to "
+    u"Under \"#existingkey:regjump#\" the registry holds a path for \"#caption#\". It refers to "
     u"\"#missingfile#\", which is no longer there, and can therefore be deleted."};
 
 inline constexpr TText kNoPathCaption{65413, u"#caption#", u"#caption#"};

@@ -10,8 +10,8 @@ inline constexpr TText kShortDescription{
     u"Einige inzwischen nicht mehr vorhandene Programme sollen beim Systemstart automatisch "
     u"geladen werden. Da Windows nach diesen Programmen vergeblich sucht, verlangsamt sich der "
     u"Systemstart.",
-    u"Some programs that are no longer there are to be started with the system. Windows looks for "
-    u"them in vain, which slows the system's start down."};
+    u"Some programs that are no longer there are set to start with the system. Windows looks for "
+    u"them in vain, which slows down the start of the system."};
 inline constexpr TText kDescription{
     u"Viele Programme starten automatisch zusammen mit Windows (z.B. Virenscanner). Dies geschieht "
     u"über Einträge im Autostart-Bereich der Registrierung. Bei der Deinstallation solcher "

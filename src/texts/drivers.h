@@ -10,7 +10,7 @@ inline constexpr TText kCaption{u"Gerätetreiber", u"Device drivers"};
 inline constexpr TText kShortDescription{
     u"Einige der in der Registrierung eingetragenen Gerätetreiber sind nicht vorhanden. Diese "
     u"Einträge lösen Fehlermeldungen und \"Blaue Bildschirme\" aus.",
-    u"Some of the device drivers listed in the registry are not there. These entries cause error "
+    u"Some of the device drivers listed in the registry do not exist. These entries cause error "
     u"messages and \"blue screens\"."};
 inline constexpr TText kDescription{
     u"Die Registrierung enthält eine Liste der Gerätetreiber, die beim Systemstart geladen werden "
@@ -29,8 +29,8 @@ inline constexpr TText kMissingDetail{
     u"Die Registrierung verweist im Schlüssel \"#existingkey:regjump#\" im Eintrag \"#value#\" auf "
     u"den nicht vorhandenen Gerätetreiber \"#missingfile#\". Dieser Verweis sollte unbedingt "
     u"entfernt werden, da er eine Fehlermeldung beim Windowsstart auslöst.",
-    u"In the key \"#existingkey:regjump#\" the registry's entry \"#value#\" refers to the device "
-    u"driver \"#missingfile#\", which is not there. The reference should certainly be removed, for "
+    u"In the key \"#existingkey:regjump#\" the entry \"#value#\" refers to the device driver "
+    u"\"#missingfile#\", which does not exist. The reference should certainly be removed, because "
     u"it causes an error message when Windows starts."};
 
 inline constexpr TText kEmptyCaption{
@@ -44,6 +44,6 @@ inline constexpr TText kEmptyDetail{
     u"\"#value#\". Dieser Eintrag sollte unbedingt entfernt werden, da er eine Fehlermeldung beim "
     u"Windowsstart auslöst.",
     u"In the key \"#existingkey:regjump#\" the registry holds the empty entry \"#value#\". It "
-    u"should certainly be removed, for it causes an error message when Windows starts."};
+    u"should certainly be removed, because it causes an error message when Windows starts."};
 
 }  // namespace scrubwell::texts::drivers

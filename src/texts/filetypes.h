@@ -71,8 +71,8 @@ inline constexpr TText kMissingCommandShort{
 inline constexpr TText kMissingCommandDetail{
     u"Der Schlüssel \"#existingkey:regjump#\" ist unvollständig, da der Unterschlüssel \"command\" "
     u"fehlt. Die Aktion \"#existingkey:action#\" des Dateityps funktioniert daher nicht.",
-    u"The key \"#existingkey:regjump#\" is incomplete, for its subkey \"command\" is missing. The "
-    u"action \"#existingkey:action#\" of the file type therefore does not work."};
+    u"The key \"#existingkey:regjump#\" is incomplete, because its subkey \"command\" is missing. "
+    u"The action \"#existingkey:action#\" of the file type therefore does not work."};
 inline constexpr TText kMissingIdentifierShort{
     u"Im Schlüssel \"#existingkey:short#\" fehlt die Angabe der CLSID.",
     u"The key \"#existingkey:short#\" does not name a CLSID."};
@@ -96,23 +96,23 @@ inline constexpr TText kEmptyTypeShort{
 inline constexpr TText kEmptyTypeDetail{
     u"Der Schlüssel \"#existingkey:regjump#\" enthält keine Daten. Der betroffene Dateityp ist "
     u"damit nutzlos und kann gelöscht werden.",
-    u"The key \"#existingkey:regjump#\" holds no data. This makes the file type concerned useless, "
-    u"and it can be deleted."};
+    u"The key \"#existingkey:regjump#\" holds no data. The file type concerned is therefore of no "
+    u"use and can be deleted."};
 inline constexpr TText kNoVerbsShort{
     u"Der Schlüssel \"#existingkey:short#\" dieses Dateityps enthält keine Daten.",
     u"The key \"#existingkey:short#\" of this file type holds no data."};
 inline constexpr TText kNoVerbsDetail{
     u"Der Schlüssel \"#existingkey:regjump#\" enthält keine Daten. Der betroffene Schlüssel ist "
     u"damit nutzlos und kann gelöscht werden.",
-    u"The key \"#existingkey:regjump#\" holds no data. This makes the key concerned useless, and "
-    u"it can be deleted."};
+    u"The key \"#existingkey:regjump#\" holds no data. The key concerned is therefore of no use "
+    u"and can be deleted."};
 inline constexpr TText kUnknownTypeShort{
     u"Der Schlüssel \"#existingkey:short#\" verweist auf einen unbekannten Dateityp.",
     u"The key \"#existingkey:short#\" refers to an unknown file type."};
 inline constexpr TText kUnknownTypeDetail{
     u"Der Schlüssel \"#existingkey:regjump#\" ist ungültig, da der Unterschlüssel \"Extension\" "
     u"auf einen nicht definierten Dateityp verweist.",
-    u"The key \"#existingkey:regjump#\" is invalid, for its subkey \"Extension\" refers to a file "
-    u"type that is not defined."};
+    u"The key \"#existingkey:regjump#\" is invalid, because its subkey \"Extension\" refers to a "
+    u"file type that is not defined."};
 
 }  // namespace scrubwell::texts::filetypes

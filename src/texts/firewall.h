@@ -11,7 +11,7 @@ inline constexpr TText kShortDescription{
     u"Einige Einträge in der Liste der Anwendungen, denen es erlaubt ist, eingehende "
     u"Netzwerkverbindungen anzunehmen, verweisen auf nicht mehr vorhandene Dateien.",
     u"Some entries in the list of applications that may accept incoming network connections refer "
-    u"to files that no longer exist."};
+    u"to files that are no longer there."};
 inline constexpr TText kDescription{
     65346,
     u"Die Windows-Firewall speichert, welche Programme eingehende Netzwerkverbindungen annehmen "

@@ -16,7 +16,7 @@ inline constexpr TText kDescription{
     65329,
     u"Viele Programme legen Einträge über den Speicherort ihrer Hilfedateien in der Registrierung "
     u"ab. Bei der Deinstallation solcher Programme werden diese Einträge oftmals nicht gelöscht.",
-    u"Many programs write to the registry where their help files lie. When such programs are "
+    u"Many programs record in the registry where their help files are. When such programs are "
     u"uninstalled, these entries are often left behind."};
 
 inline constexpr TText kHelpCaption{65330, u"Fehlende Hilfedatei \"#missingfile:name#\"",

@@ -35,7 +35,7 @@ inline constexpr TText kFileDialogDetail{
 
 inline constexpr TText kOpenWithCaption{
     u"Explorer-Verlaufsliste: Überflüssiger Eintrag des Dateityps \"#caption#\"",
-    u"Explorer history: unneeded entry of the file type \"#caption#\""};
+    u"Explorer history: unneeded entry for the file type \"#caption#\""};
 inline constexpr TText kOpenWithShort{
     u"Der von der Windows-Funktion \"Öffnen mit\" angelegte Schlüssel dieses Dateityps enthält "
     u"keine Daten.",
@@ -68,9 +68,9 @@ inline constexpr TText kApplicationFileDetail{
     u"Eine Verlaufsliste der Anwendung \"#traceapp#\" verweist im Schlüssel "
     u"\"#existingkey:regjump#\" auf die nicht mehr vorhandene Datei \"#missingfile#\". Dieser "
     u"ungültige Verweis kann entfernt werden.",
-    u"A history list of the application \"#traceapp#\" refers in the key "
-    u"\"#existingkey:regjump#\" to the file \"#missingfile#\", which is no longer there. This "
-    u"invalid reference can be removed."};
+    u"In the key \"#existingkey:regjump#\" a history list of the application \"#traceapp#\" refers "
+    u"to the file \"#missingfile#\", which is no longer there. This invalid reference can be "
+    u"removed."};
 inline constexpr TText kApplicationFolderShort{
     u"Der Ordner oder die Datei konnte im angegebenen Ordner \"#missingfile:path#\" nicht gefunden "
     u"werden.",
@@ -79,9 +79,9 @@ inline constexpr TText kApplicationFolderDetail{
     u"Eine Verlaufsliste der Anwendung \"#traceapp#\" verweist im Schlüssel "
     u"\"#existingkey:regjump#\" auf den nicht mehr vorhandenen Ordner oder die Datei "
     u"\"#missingfile#\". Dieser ungültige Verweis kann entfernt werden.",
-    u"A history list of the application \"#traceapp#\" refers in the key "
-    u"\"#existingkey:regjump#\" to the folder or file \"#missingfile#\", which is no longer there. "
-    u"This invalid reference can be removed."};
+    u"In the key \"#existingkey:regjump#\" a history list of the application \"#traceapp#\" refers "
+    u"to the folder or file \"#missingfile#\", which is no longer there. This invalid reference "
+    u"can be removed."};
 
 inline constexpr TText kMenuLinkCaption{
     u"Startmenü-Verlaufsliste: Ungültiger Verweis auf Verknüpfung \"#missingfile:namenoext#\"",

@@ -10,8 +10,8 @@ inline constexpr TText kShortDescription{
     65264,
     u"Einige der unter \"ODBC\" in der Systemsteuerung eingetragenen Datenbank-Treiber und "
     u"Datenquellen sind ungültig. Die entsprechenden Einträge können entfernt werden.",
-    u"Some of the database drivers and data sources listed under \"ODBC\" in the control panel are "
-    u"not valid. Their entries can be removed."};
+    u"Some of the database drivers and data sources listed under \"ODBC\" in the Control Panel are "
+    u"invalid. Their entries can be removed."};
 inline constexpr TText kDescription{
     65265,
     u"Manche Programme hinterlegen bei der Installation Einträge zu Datenbanktreibern und "
@@ -19,8 +19,8 @@ inline constexpr TText kDescription{
     u"dieser Programme oder das Verschieben oder Löschen einzelner Datenquellen ungültig werden. "
     u"Oftmals werden sogar schon bei der Installation ungültige Einträge angelegt.",
     u"Some programs register database drivers and data sources when they are installed. Such "
-    u"entries lose their meaning when the program is uninstalled, for example, or when a data "
-    u"source is moved or deleted. Quite often they are not valid from the start."};
+    u"entries can become invalid when the program is uninstalled, for example, or when a data "
+    u"source is moved or deleted. Often they are even invalid from the start."};
 
 // The German details hold two blanks before "auf": texts are kept as they have always been.
 inline constexpr TText kDriverCaption{65266, u"Ungültiger Datenbanktreiber \"#missingdrv#\"",
@@ -50,7 +50,7 @@ inline constexpr TText kSourceDriverDetail{
     u"\"#missingfile#\", which does not exist. The key can therefore be deleted."};
 
 inline constexpr TText kNoKeyCaption{65272, u"Ungültiger ODBC-Datenquellen Eintrag",
-                                     u"Invalid ODBC data source"};
+                                     u"Invalid ODBC data source entry"};
 inline constexpr TText kNoKeyShort{
     65273,
     u"Dieser Eintrag enthält einen ungültigen Verweis zu einer nicht mehr existierenden "
@@ -65,7 +65,7 @@ inline constexpr TText kNoKeyDetail{
 
 inline constexpr TText kUnregisteredCaption{
     65275, u"Ungültiger ODBC-Datenquellen Eintrag \"#existingvalue#\"",
-    u"Invalid ODBC data source \"#existingvalue#\""};
+    u"Invalid ODBC data source entry \"#existingvalue#\""};
 inline constexpr TText kUnregisteredShort{
     65276,
     u"Dieser Eintrag enthält einen ungültigen Verweis zu einem nicht mehr existierenden "
@@ -75,12 +75,12 @@ inline constexpr TText kUnregisteredDetail{
     65277,
     u"Der Schlüssel \"#existingkey#\" verweist mit dem Wert \"#existingvalue#\"  auf den fehlenden "
     u"Datenbanktreiber \"#missingdrv#\" und kann daher gelöscht werden.",
-    u"With its value \"#existingvalue#\" the key \"#existingkey#\" refers to the database driver "
-    u"\"#missingdrv#\", which is missing. The value can therefore be deleted."};
+    u"With its value \"#existingvalue#\" the key \"#existingkey#\" refers to the missing database "
+    u"driver \"#missingdrv#\". The value can therefore be deleted."};
 
 inline constexpr TText kInvalidDriverCaption{
     65278, u"Ungültiger ODBC-Datenquellen Eintrag \"#existingvalue#\"",
-    u"Invalid ODBC data source \"#existingvalue#\""};
+    u"Invalid ODBC data source entry \"#existingvalue#\""};
 inline constexpr TText kInvalidDriverShort{
     65279,
     u"Dieser Eintrag verweist auf den bereits als ungültig erkannten Datenbanktreiber "
@@ -91,7 +91,7 @@ inline constexpr TText kInvalidDriverDetail{
     u"Der Schlüssel \"#existingkey#\" verweist mit dem Wert \"#existingvalue#\"  auf den zuvor als "
     u"ungültig erkannten Registry-Eintrag des Datenbanktreibers \"#missingdrv#\" und kann daher "
     u"gelöscht werden.",
-    u"With its value \"#existingvalue#\" the key \"#existingkey#\" refers to the registration of "
+    u"With its value \"#existingvalue#\" the key \"#existingkey#\" refers to the registry entry of "
     u"the database driver \"#missingdrv#\", which was found to be invalid. The value can therefore "
     u"be deleted."};
 

@@ -30,7 +30,7 @@ inline constexpr TText kMissingDetail{
     65254,
     u"Die Registrierung verweist unter \"#existingkey:regjump#\" auf die fehlende gemeinsam "
     u"genutzte Datei \"#missingfile#\".",
-    u"Under \"#existingkey:regjump#\" the registry refers to the shared file \"#missingfile#\", "
-    u"which is missing."};
+    u"Under \"#existingkey:regjump#\" the registry refers to the missing shared file "
+    u"\"#missingfile#\"."};
 
 }  // namespace scrubwell::texts::sharedfiles

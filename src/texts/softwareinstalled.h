@@ -17,9 +17,9 @@ inline constexpr TText kDescription{
     u"Jedes auf dem Computer installierte Programm kann in der Registrierung Einträge mit "
     u"programmspezifischen Informationen (z.B. Daten- oder Programmpfade) ablegen. Bei der "
     u"Deinstallation der Programme werden diese Einträge oftmals nicht gelöscht.",
-    u"Every program on the computer may keep information of its own in the registry (paths to its "
-    u"data or to itself, for example). When programs are uninstalled, these entries are often left "
-    u"behind."};
+    u"Every program installed on the computer may keep information of its own in the registry "
+    u"(paths to its data or program files, for example). When programs are uninstalled, these "
+    u"entries are often left behind."};
 
 inline constexpr TText kMissingCaption{65258,
                                        u"Ungültiger Verweis auf eine Datei oder einen Ordner",

@@ -10,16 +10,16 @@ inline constexpr TText kShortDescription{
     65262,
     u"Einige Akustische Signale verweisen auf Klangdateien, die auf Ihrem System nicht mehr "
     u"vorhanden sind.",
-    u"Some sounds refer to audio files that are no longer on your system."};
+    u"Some sounds refer to sound files that are no longer on your system."};
 inline constexpr TText kDescription{
     65263,
     u"Bei bestimmten System- oder Programmereignissen (z.B. Fehlermeldungen) werden Klangdateien "
     u"als akustische Signale abgespielt. Dies geschieht über den Aufruf entsprechender Einträge in "
     u"der Registrierung, die ungültig werden, sobald die entsprechenden Klangdateien nicht mehr "
     u"existieren.",
-    u"At certain events of the system or a program (error messages, for example) audio files are "
-    u"played as sounds. Entries in the registry say which ones; they become invalid as soon as "
-    u"their audio files no longer exist."};
+    u"At certain events of the system or a program (error messages, for example) sound files are "
+    u"played. Entries in the registry say which ones; they become invalid as soon as their sound "
+    u"files no longer exist."};
 
 inline constexpr TText kMissingCaption{65234,
                                        u"Ereignis \"#event#\" der Anwendung \"#application#\"",
@@ -36,8 +36,7 @@ inline constexpr TText kMissingDetail{
     u"\"#application#\" auf die fehlende Datei \"#missingfile#\". Dieser ungültige Verweis kann "
     u"entfernt werden.",
     u"In the key \"#existingkey:regjump#\" of the application \"#application#\" the registry "
-    u"refers to the file \"#missingfile#\", which is missing. This invalid reference can be "
-    u"removed."};
+    u"refers to the missing file \"#missingfile#\". This invalid reference can be removed."};
 
 inline constexpr TText kOverwritingValue{65232, u"Überschreibe Registrierungswert:",
                                          u"Overwriting registry value:"};

@@ -11,7 +11,7 @@ inline constexpr TText kShortDescription{
     u"Einige Einträge in der Registrierung verweisen auf nicht mehr vorhandene Audio- und "
     u"Video-Codecs oder Internet Explorer-Add-Ons. Diese Einträge können gelöscht werden.",
     u"Some entries in the registry refer to audio and video codecs or Internet Explorer add-ons "
-    u"that no longer exist. These entries can be deleted."};
+    u"that are no longer there. These entries can be deleted."};
 inline constexpr TText kDescription{
     65239,
     u"Dieser Bereich der Registrierung enthält Verweise auf Erweiterungen wie Audio- und "
@@ -40,13 +40,12 @@ inline constexpr TText kHelperCaption{65243, u"Internet Explorer-Add-On \"#capti
 inline constexpr TText kHelperShort{
     65244,
     u"Dieses Internet Explorer-Add-On verweist auf die fehlende CLSID \"#missingkey:lastpart#\".",
-    u"This Internet Explorer add-on refers to the CLSID \"#missingkey:lastpart#\", which is "
-    u"missing."};
+    u"This Internet Explorer add-on refers to the missing CLSID \"#missingkey:lastpart#\"."};
 inline constexpr TText kHelperDetail{
     65245,
     u"Der Schlüssel \"#existingkey:regjump#\" verweist auf die nicht mehr vorhandene CLSID "
     u"\"#missingkey#\" und kann daher gelöscht werden.",
-    u"The key \"#existingkey:regjump#\" refers to the CLSID \"#missingkey#\", which no longer "
-    u"exists. It can therefore be deleted."};
+    u"The key \"#existingkey:regjump#\" refers to the CLSID \"#missingkey#\", which is no "
+    u"longer there. It can therefore be deleted."};
 
 }  // namespace scrubwell::texts::systemaddon

@@ -196,7 +196,10 @@ void CleanSession::Parts::BeginRecording() {
   world.files.AllowChanges(*this);
   world.hives.AllowChanges([this](Status status) { ChangeDone(status); });
   journal.identity = offline::IdentityOf(world.installation);
-  journal.info.target = options.target.folder;
+  // An undo may be asked for from anywhere.
+  std::error_code error;
+  const auto target = std::filesystem::absolute(options.target.folder, error);
+  journal.info.target = error ? options.target.folder : target.lexically_normal().string();
   journal.info.product = world.installation.productName;
 }
 

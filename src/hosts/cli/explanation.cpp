@@ -24,6 +24,8 @@ constexpr std::array<std::string_view, 5> kAnswerNames = {"found", "absent", "de
 constexpr std::array<std::string_view, 5> kRegistryQuestions = {"key", "subkeys", "values", "value",
                                                                 "access"};
 constexpr std::array<std::string_view, 3> kFileQuestions = {"entry", "folder", "content"};
+constexpr std::array<std::string_view, 5> kSourceKinds = {"ini", "task", "firewall", "shortcut",
+                                                          "address"};
 
 constexpr std::size_t kMostBytes = 32;
 constexpr std::size_t kMostLines = 40;
@@ -80,11 +82,12 @@ class TextForm {
       Wrapped(Say(texts::NotRepeated));
       return;
     }
-    if (evidence.registry.empty() && evidence.files.empty()) {
+    if (evidence.registry.empty() && evidence.files.empty() && evidence.sources.empty()) {
       out_ += '\n';
       Wrapped(Say(texts::NoEvidence));
     }
     if (!evidence.registry.empty()) WriteRegistry(evidence.registry);
+    if (!evidence.sources.empty()) WriteSources(evidence.sources);
     if (!evidence.variables.empty() || !evidence.paths.empty()) WritePaths(evidence);
     if (!evidence.files.empty()) WriteFiles(evidence.files);
   }
@@ -134,6 +137,15 @@ class TextForm {
       return Say(texts::Values, {std::to_string(answer.counts.valueCount)});
     }
     return Say(texts::KeyOnly) + ": " + said;
+  }
+
+  void WriteSources(const std::vector<SourceAnswer>& answers) {
+    Heading(texts::SourcesHeading);
+    Limited(answers, [&](const SourceAnswer& answer) {
+      const bool says = answer.status == Status::Ok && !answer.text.empty();
+      Line(2, Printable(answer.asked) + (says ? " = " + Printable(answer.text)
+                                              : "  " + Say(At(kAnswers, answer.status))));
+    });
   }
 
   void WritePaths(const Evidence& evidence) {
@@ -277,6 +289,19 @@ void WritePaths(JsonWriter& json, const std::vector<PathStep>& steps) {
   json.EndArray();
 }
 
+void WriteSources(JsonWriter& json, const std::vector<SourceAnswer>& answers) {
+  json.BeginArray();
+  for (const SourceAnswer& answer : answers) {
+    json.BeginObject();
+    json.Key("kind").Text(At(kSourceKinds, answer.kind));
+    json.Key("asked").Text(answer.asked);
+    json.Key("answer").Text(At(kAnswerNames, answer.status));
+    json.Key("text").Text(answer.text);
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
 void WriteFiles(JsonWriter& json, const std::vector<FileAnswer>& answers) {
   json.BeginArray();
   for (const FileAnswer& answer : answers) {
@@ -315,6 +340,7 @@ std::string ExplanationJson(const Explanation& explanation) {
   WriteVariables(json.Key("variables"), explanation.evidence.variables);
   WritePaths(json.Key("paths"), explanation.evidence.paths);
   WriteFiles(json.Key("files"), explanation.evidence.files);
+  WriteSources(json.Key("sources"), explanation.evidence.sources);
   WriteChanges(json.Key("changes"), explanation.changes, explanation.journal);
   json.Key("notes").BeginArray();
   for (const UnicodeString& note : explanation.report.notes) json.Text(note);

@@ -76,6 +76,14 @@ class Notebook final : public paths::ITrace {
     if (IsNamed(path) && pinnedSeen_.insert(sign).second) Keep(pinned_.files, answer);
     Keep(item_.files, std::move(answer));
   }
+  // Lists are read before the items begin: of those only what the problem names is kept.
+  // `part` is what of the text the problem may name.
+  void Add(SourceAnswer answer, UnicodeView part = {}) {
+    const UnicodeString sign = u"o" + Sign(answer.kind, answer.status) + UpperCase(answer.asked);
+    const bool named = IsNamed(UpperCase(answer.text)) || IsNamed(UpperCase(answer.asked)) ||
+                       (!part.empty() && IsNamed(UpperCase(part)));
+    if (named && pinnedSeen_.insert(sign).second) pinned_.sources.push_back(std::move(answer));
+  }
   void Expanded(UnicodeView text, const TStringList& meanings) override {
     if (text.find(u'%') != UnicodeView::npos) AddStep({UnicodeString(text), false, meanings});
   }
@@ -140,6 +148,7 @@ class Notebook final : public paths::ITrace {
     prepend(merged.files, pinned_.files, [](const auto& a, const auto& b) {
       return a.question == b.question && a.view == b.view && SameText(a.path, b.path);
     });
+    merged.sources = pinned_.sources;
     std::stable_partition(merged.registry.begin(), merged.registry.end(),
                           [this](const RegistryAnswer& answer) { return IsRelated(answer); });
     return merged;
@@ -282,6 +291,133 @@ class RecordedSystem final : public ISystem {
   Notebook& notes_;
 };
 
+class RecordedProfiles final : public IProfiles {
+ public:
+  RecordedProfiles(IProfiles& inner, Notebook& notes) : inner_(inner), notes_(notes) {}
+
+  Status Get(UnicodeView file, UnicodeView section, UnicodeView key, UnicodeString& out) override {
+    const Status status = inner_.Get(file, section, key, out);
+    if (!notes_.Listens()) return status;
+    UnicodeString asked(file);
+    asked.append(u" [").append(section).append(u"] ").append(key);
+    const UnicodeString text = status == Status::Ok ? out : UnicodeString();
+    const SourceAnswer answer{SourceKind::IniEntry, asked, status, text};
+    notes_.Add(answer);
+    // An entry may list several files; the problem names one of them.
+    for (const char16_t separator : {u',', u' '}) {
+      for (std::size_t from = 0; from < text.size();) {
+        const std::size_t to = std::min(text.find(separator, from), text.size());
+        notes_.Add(answer, Trim(UnicodeView(text).substr(from, to - from)));
+        from = to + 1;
+      }
+    }
+    return status;
+  }
+  Status Put(UnicodeView file, UnicodeView section, UnicodeView key, UnicodeView value) override {
+    return inner_.Put(file, section, key, value);
+  }
+  Status Remove(UnicodeView file, UnicodeView section, UnicodeView key) override {
+    return inner_.Remove(file, section, key);
+  }
+  Status Entries(UnicodeView file, UnicodeView section, TStringList& out) override {
+    return inner_.Entries(file, section, out);
+  }
+
+ private:
+  IProfiles& inner_;
+  Notebook& notes_;
+};
+
+class RecordedTasks final : public ITasks {
+ public:
+  RecordedTasks(ITasks& inner, Notebook& notes) : inner_(inner), notes_(notes) {}
+
+  Status Connect() override { return inner_.Connect(); }
+  Status Names(TStringList& out) override { return inner_.Names(out); }
+  Status Application(UnicodeView job, UnicodeString& out) override {
+    const Status status = inner_.Application(job, out);
+    if (notes_.Listens()) {
+      notes_.Add(SourceAnswer{SourceKind::Task, UnicodeString(job), status,
+                              status == Status::Ok ? out : UnicodeString()});
+    }
+    return status;
+  }
+  Status Remove(UnicodeView job) override { return inner_.Remove(job); }
+
+ private:
+  ITasks& inner_;
+  Notebook& notes_;
+};
+
+class RecordedFirewall final : public IFirewall {
+ public:
+  RecordedFirewall(IFirewall& inner, Notebook& notes) : inner_(inner), notes_(notes) {}
+
+  Status Connect() override { return inner_.Connect(); }
+  Status Applications(std::vector<FirewallApplication>& out) override {
+    const Status status = inner_.Applications(out);
+    if (status != Status::Ok || !notes_.Listens()) return status;
+    for (const FirewallApplication& rule : out) {
+      notes_.Add(SourceAnswer{SourceKind::FirewallRule, rule.name, status, rule.imageFile});
+    }
+    return status;
+  }
+  Status Remove(UnicodeView imageFile) override { return inner_.Remove(imageFile); }
+  Status SetEnabled(UnicodeView imageFile, bool enabled) override {
+    return inner_.SetEnabled(imageFile, enabled);
+  }
+
+ private:
+  IFirewall& inner_;
+  Notebook& notes_;
+};
+
+class RecordedShell final : public IShell {
+ public:
+  RecordedShell(IShell& inner, Notebook& notes) : inner_(inner), notes_(notes) {}
+
+  Status SpecialFolder(int csidl, UnicodeString& out) override {
+    return inner_.SpecialFolder(csidl, out);
+  }
+  Status LinkTarget(UnicodeView linkFile, UnicodeString& out) override {
+    const Status status = inner_.LinkTarget(linkFile, out);
+    if (notes_.Listens()) {
+      notes_.Add(SourceAnswer{SourceKind::Shortcut, UnicodeString(linkFile), status,
+                              status == Status::Ok ? out : UnicodeString()});
+    }
+    return status;
+  }
+  Status ItemListPath(const Bytes& list, UnicodeString& out) override {
+    return inner_.ItemListPath(list, out);
+  }
+
+ private:
+  IShell& inner_;
+  Notebook& notes_;
+};
+
+class RecordedBrowser final : public IBrowserHistory {
+ public:
+  RecordedBrowser(IBrowserHistory& inner, Notebook& notes) : inner_(inner), notes_(notes) {}
+
+  int BrowserVersion() override { return inner_.BrowserVersion(); }
+  Status Urls(TStringList& out) override {
+    const Status status = inner_.Urls(out);
+    if (status != Status::Ok || !notes_.Listens()) return status;
+    for (const UnicodeString& url : out) {
+      notes_.Add(SourceAnswer{SourceKind::Address, url, status, {}});
+    }
+    return status;
+  }
+  Status QueryUrl(UnicodeView url) override { return inner_.QueryUrl(url); }
+  Status RemoveUrl(UnicodeView url) override { return inner_.RemoveUrl(url); }
+  Status CacheNames(TStringList& out) override { return inner_.CacheNames(out); }
+
+ private:
+  IBrowserHistory& inner_;
+  Notebook& notes_;
+};
+
 // Takes the listener off again, also when a plugin throws.
 class TraceGuard {
  public:
@@ -298,14 +434,24 @@ struct EvidenceRecorder::Parts {
       : registry(inner.registry, notes),
         files(inner.files, notes),
         system(inner.system, notes),
-        platform{registry,        files,          system,         inner.text,   inner.shell,
-                 inner.resources, inner.profiles, inner.services, inner.tasks,  inner.firewall,
-                 inner.browser,   inner.images,   inner.notes,    inner.product} {}
+        shell(inner.shell, notes),
+        profiles(inner.profiles, notes),
+        tasks(inner.tasks, notes),
+        firewall(inner.firewall, notes),
+        browser(inner.browser, notes),
+        platform{registry,        files,        system,         inner.text,   shell,
+                 inner.resources, profiles,     inner.services, tasks,        firewall,
+                 browser,         inner.images, inner.notes,    inner.product} {}
 
   Notebook notes;
   RecordedRegistry registry;
   RecordedFiles files;
   RecordedSystem system;
+  RecordedShell shell;
+  RecordedProfiles profiles;
+  RecordedTasks tasks;
+  RecordedFirewall firewall;
+  RecordedBrowser browser;
   TPlatform platform;
 };
 

@@ -46,6 +46,16 @@ struct PathStep {
   TStringList results;    ///< else the paths that it means; empty when a variable is not known
 };
 
+/// What else than the registry and folders was asked.
+enum class SourceKind : std::uint8_t { IniEntry, Task, FirewallRule, Shortcut, Address };
+
+struct SourceAnswer {
+  SourceKind kind = SourceKind::IniEntry;
+  UnicodeString asked;  ///< "FILE [SECTION] ENTRY", a task's, rule's or shortcut's name, an address
+  Status status = Status::Unknown;
+  UnicodeString text;  ///< the entry's text, or the file that the rest of them name
+};
+
 /// Each answer once, in the order it was given first; what concerns the problem's own keys before
 /// what else was read for the same item.
 struct Evidence {
@@ -53,6 +63,7 @@ struct Evidence {
   std::vector<VariableAnswer> variables;
   std::vector<PathStep> paths;
   std::vector<FileAnswer> files;
+  std::vector<SourceAnswer> sources;
   /// The problem was reported while it was listened to; else the lists are empty.
   bool complete = false;
 };

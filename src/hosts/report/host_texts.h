@@ -16,7 +16,7 @@ inline constexpr TText ScanCommand(u"Eine Windows-Installation untersuchen",
                                    u"Scan a Windows installation");
 inline constexpr TText CleanCommand(
     u"Gefundene Einträge entfernen; vorher wird alles gesichert und gezeigt",
-    u"Remove what a scan finds; everything is backed up and shown before");
+    u"Remove what a scan finds; everything is backed up and shown first");
 inline constexpr TText UndoCommand(
     u"Wiederherstellen, was eine Sitzung geändert hat (ohne Namen: die letzte Reinigung)",
     u"Put back what a session has changed (without a name: the last clean)");
@@ -49,7 +49,7 @@ inline constexpr TText PluginsOption(
     u"Nur diese Kategorien, durch Komma getrennt (siehe: scrubwell plugins)",
     u"Only these categories, separated by commas (see: scrubwell plugins)");
 inline constexpr TText ExcludeOption(u"Diese Kategorien nicht, durch Komma getrennt",
-                                     u"Not these categories, separated by commas");
+                                     u"Leave out these categories, separated by commas");
 inline constexpr TText KindOption(
     u"Von einer Kategorie nur diese Arten, etwa Fonts:1 (siehe: scrubwell plugins --kinds)",
     u"Only these kinds of a category, for example Fonts:1 (see: scrubwell plugins --kinds)");
@@ -72,7 +72,7 @@ inline constexpr TText ListKindsOption(u"Auch die Arten von Problemen mit ihren 
                                        u"List the kinds of problems with their numbers too");
 inline constexpr TText KeyArgument(
     u"Schlüssel, etwa HKLM\\SOFTWARE, auch mit 32: oder 64: davor; oder find TEXT",
-    u"Key, for example HKLM\\SOFTWARE, 32: or 64: may stand before it; or find TEXT");
+    u"Key, for example HKLM\\SOFTWARE, also with 32: or 64: before it; or find TEXT");
 inline constexpr TText ViewOption(u"Ansicht der Registrierung; sonst 64, wo es zwei gibt",
                                   u"View of the registry; else 64 where there are two");
 inline constexpr TText FindKeyOption(u"Nur in diesem Schlüssel und darunter suchen",
@@ -164,11 +164,11 @@ inline constexpr TText MissingCommand(u"Es fehlt ein Befehl (siehe: scrubwell --
 inline constexpr TText BadArguments(u"%s: der Aufruf ist nicht verständlich",
                                     u"%s: the command line can't be understood");
 inline constexpr TText UnknownFormat(u"%s: unbekanntes Format, möglich sind %s",
-                                     u"%s: unknown format, known are %s");
+                                     u"%s: unknown format, must be one of %s");
 inline constexpr TText UnknownView(u"%s: unbekannte Ansicht, möglich sind 32 und 64",
-                                   u"%s: unknown view, known are 32 and 64");
+                                   u"%s: unknown view, must be 32 or 64");
 inline constexpr TText UnknownFailOn(u"%s: unbekannt, möglich sind new, any und none",
-                                     u"%s: unknown, known are new, any and none");
+                                     u"%s: unknown, must be new, any or none");
 inline constexpr TText NeedsSince(u"%s braucht --since", u"%s needs --since");
 inline constexpr TText BadNumber(u"%s: keine Zahl", u"%s: not a number");
 inline constexpr TText BadKind(u"%s: nicht von der Form KATEGORIE:NUMMER",
@@ -179,10 +179,10 @@ inline constexpr TText NoCategoryLeft(u"Es bleibt keine Kategorie übrig", u"no 
 inline constexpr TText AllUsersScanOnly(u"--user %s gibt es nur bei scan",
                                         u"--user %s is for scan only");
 inline constexpr TText LeftOutProblem(u"%s: dieses Problem gehört nicht zur Auswahl",
-                                      u"%s: this problem is not part of the choice");
+                                      u"%s: this problem is not part of the selection");
 inline constexpr TText CantRead(u"%s: kann nicht gelesen werden: %s", u"%s: can't be read: %s");
 inline constexpr TText NotAReport(u"%s: ist kein JSON-Bericht einer Suche",
-                                  u"%s: is no JSON report of a scan");
+                                  u"%s: is not a JSON report of a scan");
 inline constexpr TText ReportTooLarge(u"%s: ist zu groß für einen Bericht",
                                       u"%s: is too large for a report");
 inline constexpr TText UnknownRoot(
@@ -193,7 +193,7 @@ inline constexpr TText KeyAbsent(u"%s: diesen Schlüssel gibt es nicht",
 inline constexpr TText KeyUnreadable(u"%s: der Schlüssel kann nicht gelesen werden",
                                      u"%s: the key can't be read");
 inline constexpr TText UnknownLanguage(u"%s: unbekannte Sprache, möglich sind de und en",
-                                       u"%s: unknown language, known are de and en");
+                                       u"%s: unknown language, must be de or en");
 inline constexpr TText UnknownPlugin(u"%s: unbekannte Kategorie (siehe: scrubwell plugins)",
                                      u"%s: unknown category (see: scrubwell plugins)");
 inline constexpr TText BadDrive(u"%s: kein Laufwerk der Form X=ORDNER oder X=ORDNER:ART",
@@ -204,13 +204,13 @@ inline constexpr TText NeedsYes(
     u"Ohne Terminal kann nicht nachgefragt werden, es braucht --yes oder --dry-run",
     u"without a terminal nobody can be asked, --yes or --dry-run is needed");
 inline constexpr TText UnknownProblem(u"%s: kein Problem mit dieser Kennung gefunden",
-                                      u"%s: no problem of this id was found");
+                                      u"%s: no problem with this id was found");
 inline constexpr TText HiddenProblem(u"%s: dieses Problem ist ausgeblendet",
                                      u"%s: this problem is hidden");
 inline constexpr TText AmbiguousProblem(u"%s: diese Kennung trifft auf mehrere Probleme zu",
-                                        u"%s: this id fits more than one problem");
+                                        u"%s: this id matches more than one problem");
 inline constexpr TText UnknownAction(u"%s: unbekannt, möglich sind add, list und remove",
-                                     u"%s: unknown, known are add, list and remove");
+                                     u"%s: unknown, must be add, list or remove");
 inline constexpr TText NotIgnored(u"%s: steht nicht auf der Liste", u"%s: is not on the list");
 inline constexpr TText IgnoreNotStored(u"%s: die Liste lässt sich nicht ändern",
                                        u"%s: the list can't be changed");
@@ -219,11 +219,12 @@ inline constexpr TText NothingChanged(u"Abgebrochen, nichts wurde geändert",
 inline constexpr TText PlanOutdated(
     u"Inzwischen hat sich das Ziel geändert, und es ginge mehr verloren, als der Plan sagt; nichts "
     u"wurde geändert",
-    u"the target has changed since, and more would go than the plan says; nothing was changed");
+    u"the target has changed since, and more would be lost than the plan says; "
+    u"nothing was changed");
 inline constexpr TText CantWrite(u"%s: kann nicht geschrieben werden: %s",
                                  u"%s: can't be written: %s");
 inline constexpr TText StandardOutput(u"Standardausgabe", u"standard output");
-inline constexpr TText Unexpected(u"Unerwarteter Fehler: %s", u"unexpected failure: %s");
+inline constexpr TText Unexpected(u"Unerwarteter Fehler: %s", u"unexpected error: %s");
 
 // ---- Report ---------------------------------------------------------------------------------
 inline constexpr TText UnnamedWindows(u"Windows", u"Windows");
@@ -246,7 +247,7 @@ inline constexpr TText NewNone(u"Keine neuen Probleme gefunden.", u"No new probl
 inline constexpr TText NewOne(u"1 neues Problem gefunden.", u"1 new problem found.");
 inline constexpr TText NewMany(u"%s neue Probleme gefunden.", u"%s new problems found.");
 inline constexpr TText KnownNone(u"Im früheren Bericht stand keines davon.",
-                                 u"The earlier report named none.");
+                                 u"None was in the earlier report.");
 inline constexpr TText KnownOne(u"1 stand schon im früheren Bericht.",
                                 u"1 was in the earlier report already.");
 inline constexpr TText KnownMany(u"%s standen schon im früheren Bericht.",
@@ -256,13 +257,13 @@ inline constexpr TText HiddenMark(u"(ausgeblendet)", u"(hidden)");
 inline constexpr TText HiddenOne(u"1 weiteres ist ausgeblendet.", u"1 more is hidden.");
 inline constexpr TText HiddenMany(u"%s weitere sind ausgeblendet.", u"%s more are hidden.");
 inline constexpr TText LeftOutOne(u"1 weiteres gehört nicht zur Auswahl.",
-                                  u"1 more is not part of the choice.");
+                                  u"1 more is not part of the selection.");
 inline constexpr TText LeftOutMany(u"%s weitere gehören nicht zur Auswahl.",
-                                   u"%s more are not part of the choice.");
+                                   u"%s more are not part of the selection.");
 inline constexpr TText NotesOne(u"Ein Hinweis sagt, was offenblieb und warum.",
-                                u"A note says what could not be told and why.");
+                                u"A note says what could not be determined and why.");
 inline constexpr TText NotesMany(u"%s Hinweise sagen, was offenblieb und warum.",
-                                 u"%s notes say what could not be told and why.");
+                                 u"%s notes say what could not be determined and why.");
 inline constexpr TText ScanTook(u"Die Suche dauerte %s.", u"The scan took %s.");
 inline constexpr TText ScanStopped(
     u"Die Suche wurde abgebrochen; gezeigt ist, was bis dahin gefunden war.",
@@ -285,6 +286,7 @@ inline constexpr TText RegistryHeading(u"Was in der Registrierung steht",
                                        u"What the registry says");
 inline constexpr TText PathsHeading(u"Wie daraus Pfade wurden", u"How paths were derived from it");
 inline constexpr TText FilesHeading(u"Wo gesucht wurde", u"Where it was looked for");
+inline constexpr TText SourcesHeading(u"Was sonst gelesen wurde", u"What else was read");
 inline constexpr TText RemovalHeading(u"Was eine Reinigung ändert", u"What a clean would change");
 inline constexpr TText NoEvidence(
     u"Aus den Daten des Problems selbst geschlossen, ohne weiter nachzusehen.",
@@ -295,12 +297,11 @@ inline constexpr TText AnswerDenied(u"verweigert", u"denied");
 inline constexpr TText AnswerCorrupt(u"beschädigt", u"corrupt");
 inline constexpr TText AnswerUnknown(u"unbekannt", u"unknown");
 inline constexpr TText SeenBy32(u"wie 32-Bit-Programme es sehen", u"as 32-bit programs see it");
-inline constexpr TText SeenBy32Too(u"ebenso für 32-Bit-Programme", u"the same to 32-bit programs");
+inline constexpr TText SeenBy32Too(u"ebenso für 32-Bit-Programme", u"the same for 32-bit programs");
 inline constexpr TText WithExtensions(u"auch mit %s", u"also with %s");
 inline constexpr TText AFolder(u"ein Ordner", u"a folder");
-inline constexpr TText ListedFolder(u"Inhalt von", u"content of");
-inline constexpr TText SearchOrder(u"Gesucht wird der Reihe nach in:",
-                                   u"The search order, one after the other:");
+inline constexpr TText ListedFolder(u"Inhalt von", u"contents of");
+inline constexpr TText SearchOrder(u"Gesucht wird der Reihe nach in:", u"Searched in this order:");
 inline constexpr TText UnknownVariable(u"unbekannte Variable", u"unknown variable");
 inline constexpr TText KeyOnly(u"Schlüssel", u"key");
 inline constexpr TText MoreOmitted(u"... und %s weitere", u"... and %s more");
@@ -308,7 +309,7 @@ inline constexpr TText HiddenStays(u"Es ist ausgeblendet; eine Reinigung lässt 
                                    u"It is hidden; a clean leaves it alone.");
 inline constexpr TText NotRepeated(
     u"Eine zweite Suche hat das Problem nicht wieder gefunden; hier fehlt daher der Weg dorthin.",
-    u"A second scan did not find the problem again, so that the way to it is missing here.");
+    u"A second scan did not find the problem again, so the way to it is missing here.");
 inline constexpr TText NothingToRemove(u"nichts", u"nothing");
 
 // ---- Plan and result of a clean -------------------------------------------------------------
@@ -335,8 +336,8 @@ inline constexpr TText ActionDeleteValue(u"Wert löschen:", u"delete value");
 inline constexpr TText ActionSetValue(u"Wert setzen:", u"set value");
 inline constexpr TText ActionCreateKey(u"Schlüssel anlegen:", u"create key");
 inline constexpr TText ActionWriteFile(u"Datei schreiben:", u"write file");
-inline constexpr TText ActionEraseFile(u"Datei löschen:", u"erase file");
-inline constexpr TText ActionEraseFolder(u"Leeren Ordner löschen:", u"erase empty folder");
+inline constexpr TText ActionEraseFile(u"Datei löschen:", u"delete file");
+inline constexpr TText ActionEraseFolder(u"Leeren Ordner löschen:", u"delete empty folder");
 inline constexpr TText ActionKeepFile(u"Datei sichern:", u"keep a copy of file");
 inline constexpr TText DefaultValueName(u"(Standard)", u"(default)");
 inline constexpr TText LeftEmpty(u"nun leer", u"left empty");
@@ -349,7 +350,7 @@ inline constexpr TText NoSessions(u"Keine Sitzungen.", u"No sessions.");
 inline constexpr TText SessionLine(u"%s  %s  Änderungen: %s, zurückgenommen: %s",
                                    u"%s  %s  changes: %s, put back: %s");
 inline constexpr TText SessionPending(u"nicht ausgeführt", u"not carried out");
-inline constexpr TText SessionUndoes(u"nimmt %s zurück", u"takes %s back");
+inline constexpr TText SessionUndoes(u"nimmt %s zurück", u"undoes %s");
 inline constexpr TText ItemUndone(u"zurückgenommen", u"put back");
 inline constexpr TText UndoRestored(u"wiederhergestellt", u"put back");
 inline constexpr TText UndoAlreadyThere(u"schon da", u"already there");

@@ -11,13 +11,13 @@ inline constexpr TText ReportProgram(
     u"Finds entries of a Windows registry that refer to things that are no longer there.");
 inline constexpr TText ReportStopped(
     u"Die Suche wurde vorzeitig beendet; der Bericht enthält das bis dahin Gefundene.",
-    u"The scan was ended early; the report holds what had been found by then.");
+    u"The scan was stopped early; the report holds what had been found by then.");
 
 // ---- SARIF ----------------------------------------------------------------------------------
 inline constexpr TText SarifTaxonomy(
     u"Angriffstechniken, die Einträge dieser Art benutzen. Ein Fund ist kein Hinweis auf einen "
     u"Angriff.",
-    u"Techniques of attackers that use entries of this sort. A finding is no sign of an attack.");
+    u"Attack techniques that use entries of this kind. A finding is not a sign of an attack.");
 inline constexpr TText SarifVolume(u"Der Ordner, in dem das Windows-Laufwerk eingehängt ist",
                                    u"The folder that the Windows volume is mounted on");
 inline constexpr TText SarifIgnored(u"Steht auf der Liste der ausgeblendeten Probleme",
@@ -62,12 +62,12 @@ inline constexpr TText HtmlHits(u"%s von %s gezeigt", u"%s of %s shown");
 inline constexpr TText HtmlExpand(u"Alles aufklappen", u"Expand all");
 inline constexpr TText HtmlCollapse(u"Alles zuklappen", u"Collapse all");
 inline constexpr TText HtmlNothing(u"Es wurde nichts gefunden, was zu berichten wäre.",
-                                   u"Nothing was found that there would be to report.");
+                                   u"Nothing was found that needs reporting.");
 inline constexpr TText HtmlOther(u"Weitere", u"Other");
 inline constexpr TText HtmlNotes(u"Hinweise", u"Notes");
 inline constexpr TText HtmlNotesIntro(
     u"Was sich nicht feststellen ließ, wird nicht als fehlend gemeldet.",
-    u"What could not be told is not reported as missing.");
+    u"What could not be determined is not reported as missing.");
 
 // ---- HTML: one problem ----------------------------------------------------------------------
 inline constexpr TText HtmlKey(u"Schlüssel", u"Key");

@@ -94,7 +94,7 @@ TEST_F(Choice, CleanTakesOnlyWhatIsChosen) {
   }
   EXPECT_EQ(Answer(clean + "--all --kind Fonts:1 --exclude Sounds", 0)["problems"].size(), 2U);
   const std::string id = IdOf(report, "Fonts", "quillsans");
-  ExpectComplaint(Run(clean + "--filter brightcore --select " + id), 2, "not part of the choice");
+  ExpectComplaint(Run(clean + "--filter brightcore --select " + id), 2, "not part of the selection");
 }
 
 // Whether an entry of the list has all these members.
@@ -148,6 +148,7 @@ TEST_F(Choice, ExplainsWithEvidence) {
       {"Sounds", "foghorn.wav", "changes", {{"action", "set_value"}}},
       {"IniFiles", "clock.exe", "changes", {{"action", "write_file"}}},
       {"ODBC", "aqtables.dll", "registry", {{"name", "Driver"}, {"answer", "found"}}},
+      {"IniFiles", "clock.exe", "sources", {{"kind", "ini"}, {"answer", "found"}}},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.plugin + ' ' + row.part);
