@@ -27,6 +27,7 @@ int Run(const PrintCommand& command);
 /// One sentence on the standard error output, without its final full stop here.
 int Fail(ExitCode code, std::string_view sentence);
 ExitCode CodeOf(CleanFailure failure);
+ExitCode CodeOf(OpenFailure failure);
 
 /// Makes the chosen categories of the loaded package the active ones. Nothing, or the sentence that
 /// says what of the choice is not known.

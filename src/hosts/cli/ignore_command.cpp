@@ -114,7 +114,7 @@ std::string ListJson(const std::vector<IgnoredEntry>& entries) {
 int List(const IgnoreCommand& command) {
   const OfflineOpenResult opened = OfflineBackend::Open(command.target);
   if (!opened.backend) {
-    return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
+    return Fail(CodeOf(opened.failure), opened.error);
   }
   const LoadedPackage package(opened.backend->Platform());
   std::vector<IgnoredEntry> entries;

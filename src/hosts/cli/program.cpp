@@ -53,6 +53,10 @@ int Fail(ExitCode code, std::string_view sentence) {
   return code;
 }
 
+ExitCode CodeOf(OpenFailure failure) {
+  return failure == OpenFailure::WrongUse ? WrongUse : Unreadable;
+}
+
 ExitCode CodeOf(CleanFailure failure) {
   return failure == CleanFailure::WrongUse ? WrongUse : Unreadable;
 }

@@ -208,7 +208,7 @@ int Run(const RegCommand& command) {
   }
   const OfflineOpenResult opened = OfflineBackend::Open(command.target);
   if (!opened.backend) {
-    return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
+    return Fail(CodeOf(opened.failure), opened.error);
   }
   const bool twoViews = opened.backend->Target().is64Bit;
   for (KeyName& key : keys) {

@@ -6,9 +6,9 @@
 
 #include "hosts/cli/stop_signals.h"
 #include "hosts/driver/problem_id.h"
+#include "hosts/report/hive_places.h"
 #include "hosts/report/problem_parts.h"
 #include "registry/Stringhelper.h"
-#include "registry/Zmregistry.h"
 
 namespace scrubwell::hosts {
 
@@ -26,12 +26,7 @@ bool IsUsersOwn(const TSweepError& problem) {
   if (BeginsWithText(place.key, user)) return true;
   if (!BeginsWithText(place.key, classes)) return false;
   // Of the merged classes a clean takes the user's where there are any.
-  const UnicodeString own =
-      UnicodeString(u"Software\\Classes\\").append(place.key.substr(classes.size()));
-  TZmRegOptions opts;
-  if (place.view == u"64") opts = {zmreg64Bit};
-  if (place.view == u"32") opts = {zmreg32Bit};
-  return KeyExist(HKEY_CURRENT_USER, own, opts);
+  return UserHasClass(place.key.substr(classes.size()), place.view);
 }
 
 // The findings of several scans as one list.
@@ -103,7 +98,7 @@ std::optional<int> ScannedTarget::Scan(const ScanOptions& options, ScanReport& r
   backend_.reset();
   OfflineOpenResult opened = OfflineBackend::Open(options.target);
   if (!opened.backend) {
-    return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
+    return Fail(CodeOf(opened.failure), opened.error);
   }
   backend_ = std::move(opened.backend);
   package_ = std::make_unique<LoadedPackage>(backend_->Platform());
@@ -122,7 +117,7 @@ std::optional<int> ScannedTarget::ScanAllUsers(const ScanOptions& options, ScanR
   {
     const OfflineOpenResult opened = OfflineBackend::Open(options.target);
     if (!opened.backend) {
-      return Fail(opened.failure == OpenFailure::WrongUse ? WrongUse : Unreadable, opened.error);
+      return Fail(CodeOf(opened.failure), opened.error);
     }
     users = opened.backend->Target().users;
   }

@@ -63,11 +63,19 @@ std::vector<std::string> ShortenDigests(const std::vector<std::string>& digests,
   return result;
 }
 
-std::vector<std::string> ProblemIds(const TSweepErrorList& problems) {
+std::vector<std::string> ProblemDigests(const TSweepErrorList& problems) {
   std::vector<std::string> digests;
   digests.reserve(static_cast<std::size_t>(problems.Count()));
   for (std::int32_t i = 0; i < problems.Count(); ++i) digests.push_back(ProblemDigest(problems[i]));
+  return digests;
+}
+
+std::vector<std::string> ProblemIds(const std::vector<std::string>& digests) {
   return ShortenDigests(digests, UsualDigits);
+}
+
+std::vector<std::string> ProblemIds(const TSweepErrorList& problems) {
+  return ProblemIds(ProblemDigests(problems));
 }
 
 }  // namespace scrubwell

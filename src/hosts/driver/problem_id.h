@@ -18,6 +18,10 @@ std::string ProblemDigest(const TSweepError& problem);
 std::vector<std::string> ShortenDigests(const std::vector<std::string>& digests,
                                         std::size_t digits);
 
+/// The digests of all problems, in the order of the list.
+std::vector<std::string> ProblemDigests(const TSweepErrorList& problems);
+/// The ids that belong to the digests of a whole list.
+std::vector<std::string> ProblemIds(const std::vector<std::string>& digests);
 /// The ids of all problems, in the order of the list: 12 digits each unless two clash.
 std::vector<std::string> ProblemIds(const TSweepErrorList& problems);
 

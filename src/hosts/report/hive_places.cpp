@@ -33,11 +33,7 @@ UnicodeView SidOf(const ScanReport& report, std::int32_t index) {
 bool IsUsersClass(const ScanReport& report, std::int32_t index, UnicodeView path,
                   UnicodeView view) {
   if (!report.users.empty()) return !OwnerOf(report, index).empty();
-  if (!HasPlatform()) return false;
-  const UnicodeString key = UnicodeString(kUserClasses).append(u"\\").append(path);
-  KeyInfo info;
-  const View wanted = view == u"32" ? View::Bits32 : view == u"64" ? View::Bits64 : View::Native;
-  return Platform().registry.OpenKey({RootKey::CurrentUser, key, wanted}, info) == Status::Ok;
+  return HasPlatform() && UserHasClass(path, view);
 }
 
 // Problems name roots in either form.
@@ -90,6 +86,13 @@ std::string OtherFile(const TargetFacts& target, const TSweepError& problem,
 }
 
 }  // namespace
+
+bool UserHasClass(UnicodeView path, UnicodeView view) {
+  const UnicodeString key = UnicodeString(kUserClasses).append(u"\\").append(path);
+  KeyInfo info;
+  const View wanted = view == u"32" ? View::Bits32 : view == u"64" ? View::Bits64 : View::Native;
+  return Platform().registry.OpenKey({RootKey::CurrentUser, key, wanted}, info) == Status::Ok;
+}
 
 std::string FileOfProblem(const ScanReport& report, std::int32_t index) {
   const TSweepError& problem = (*SweepErrors)[index];

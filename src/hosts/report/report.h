@@ -68,8 +68,7 @@ std::string HtmlReport(const ScanReport& report);
 /// SARIF 2.1.0.
 std::string SarifReport(const ScanReport& report);
 
-/// A text from the registry made harmless for a terminal: control characters, lone surrogates
-/// and marks that turn the writing direction become U+FFFD.
+/// A text from the registry made harmless for a terminal, as Harmless does it.
 std::string Printable(UnicodeView text);
 
 /// A duration for people: "0.4 s", "3 min 12 s".

@@ -70,7 +70,8 @@ class SarifLog {
 
   const ScanReport& report_;
   JsonWriter json_;
-  std::vector<std::string> ids_ = ProblemIds(*SweepErrors);
+  std::vector<std::string> digests_ = ProblemDigests(*SweepErrors);
+  std::vector<std::string> ids_ = ProblemIds(digests_);
   std::unordered_map<std::string, std::int64_t> rules_;  // number by id
   std::vector<std::string> files_;
   std::unordered_map<std::int32_t, std::size_t> fileOf_;  // into files_, by problem
@@ -305,7 +306,7 @@ void SarifLog::WriteResult(std::int32_t index) {
   Message("message", words.empty() ? problem.Caption : problem.Caption + u": " + words);
   WriteLocation(index);
   json_.Key("partialFingerprints").BeginObject();
-  json_.Key(kFingerprint).Text(ProblemDigest(problem));
+  json_.Key(kFingerprint).Text(digests_[static_cast<std::size_t>(index)]);
   // The same entry of two users is two results.
   if (!OwnerOf(report_, index).empty()) {
     json_.Key("user/v1").Text(WellFormed(OwnerOf(report_, index)));

@@ -7,17 +7,11 @@
 #include "hosts/report/language.h"
 #include "hosts/report/problem_parts.h"
 #include "hosts/report/report.h"
-#include "hosts/report/surrogates.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
 
 namespace {
-
-bool SteersTerminal(char16_t unit) {
-  return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x200E || unit == 0x200F ||
-         (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
-}
 
 // Appends the words of a text from `column` on, where the line has come to so far; further lines
 // begin at `indent`.
@@ -189,17 +183,7 @@ void AppendSummary(std::string& out, const ScanReport& report, std::size_t found
 }  // namespace
 
 std::string Printable(UnicodeView text) {
-  UnicodeString clean(text);
-  for (std::size_t i = 0; i < clean.size(); ++i) {
-    const bool pair =
-        IsHighSurrogate(clean[i]) && i + 1 < clean.size() && IsLowSurrogate(clean[i + 1]);
-    if (pair) {
-      ++i;
-    } else if (SteersTerminal(clean[i]) || IsHighSurrogate(clean[i]) || IsLowSurrogate(clean[i])) {
-      clean[i] = char16_t{0xFFFD};
-    }
-  }
-  return ToUtf8(clean);
+  return ToUtf8(Harmless(text, false));
 }
 
 std::string DurationText(std::chrono::milliseconds duration) {
