@@ -7,10 +7,10 @@
 #include <fstream>
 #include <string>
 
+#include "backends/common/journal.h"
+#include "backends/common/json_line.h"
 #include "backends/offline/commit.h"
 #include "backends/offline/intent.h"
-#include "backends/offline/journal.h"
-#include "backends/offline/json_line.h"
 #include "formats/regf/hive_builder.h"
 
 namespace {

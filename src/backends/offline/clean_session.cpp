@@ -38,19 +38,33 @@ JournalAction ActionOf(ChangeKind kind) {
   return JournalAction::DeleteValue;
 }
 
+// Copies a key with all below it. Corrupt when any of it can't be read.
+Status TakeKeyImage(const regf::Hive& hive, regf::CellOffset start, std::vector<KeyImage>& out) {
+  out.clear();
+  Status worst = Status::Ok;
+  const auto note = [&worst](Status status) {
+    if (status != Status::Ok && status != Status::Absent) worst = status;
+  };
+  note(hive.Walk(start, [&](const regf::Subkey& subkey, int level) {
+    KeyImage& key = out.emplace_back();
+    key.level = static_cast<std::uint32_t>(level);
+    key.name = subkey.facts.name.Text();
+    key.time = subkey.facts.lastWritten;
+    key.link = subkey.facts.IsLink();
+    note(hive.ClassName(subkey.key, key.className));
+    regf::ByteView security;
+    note(hive.Security(subkey.key, security));
+    key.security.assign(security.begin(), security.end());
+    note(hive.Values(subkey.key, key.values));
+  }));
+  return out.empty() && worst == Status::Ok ? Status::Corrupt : worst;
+}
+
 bool IsBelow(const std::string& path, const std::string& folder) {
   return path == folder || path.starts_with(folder.back() == '/' ? folder : folder + "/");
 }
 
 }  // namespace
-
-std::string DefaultBackupFolder() {
-  const char* const state = std::getenv("XDG_STATE_HOME");
-  if (state != nullptr && *state == '/') return std::string(state) + "/scrubwell";
-  const char* const home = std::getenv("HOME");
-  if (home != nullptr && *home == '/') return std::string(home) + "/.local/state/scrubwell";
-  return {};
-}
 
 UnicodeString offline::IdentityOf(const Installation& installation) {
   constexpr UnicodeView kNtKey = u"Microsoft\\Windows NT\\CurrentVersion";
@@ -63,7 +77,7 @@ UnicodeString offline::IdentityOf(const Installation& installation) {
 
 // ---- Recording ----------------------------------------------------------------------------
 
-offline::JournalEntry& CleanSession::Parts::Add(offline::JournalEntry entry) {
+JournalEntry& CleanSession::Parts::Add(JournalEntry entry) {
   entry.item.id = std::to_string(journal.entries.size() + 1);
   entry.item.problem = problem;
   items.push_back(entry.item);
@@ -78,16 +92,16 @@ bool CleanSession::Parts::BeforeChange(const RegistryChange& change) {
     World().notes.Note(FromUtf8(why));
     return false;
   }
-  offline::JournalEntry entry;
+  JournalEntry entry;
   entry.hive = hive.Path();
   entry.path = change.path;
   entry.item.action = ActionOf(change.kind);
   entry.item.place = UnicodeString(change.mount);
   if (!change.path.empty()) entry.item.place += u'\\' + UnicodeString(change.path);
   if (change.kind == ChangeKind::DeleteKey) {
-    if (offline::TakeKeyImage(hive.Raw(), change.key, entry.tree) != Status::Ok) return false;
+    if (TakeKeyImage(hive.Raw(), change.key, entry.tree) != Status::Ok) return false;
     entry.item.subkeys = entry.tree.size() - 1;
-    for (const offline::KeyImage& key : entry.tree) entry.item.values += key.values.size();
+    for (const KeyImage& key : entry.tree) entry.item.values += key.values.size();
   } else if (change.kind != ChangeKind::CreateKey) {
     entry.item.name = change.name;
     RegValue before;
@@ -118,7 +132,7 @@ void CleanSession::Parts::ChangeDone(Status status) {
 
 bool CleanSession::Parts::BeforeFileChange(JournalAction action, const offline::FileTarget& target,
                                            const Bytes* data) {
-  offline::JournalEntry entry;
+  JournalEntry entry;
   entry.item.action = action;
   entry.item.place = target.path;
   entry.existed = target.exists;
@@ -127,9 +141,9 @@ bool CleanSession::Parts::BeforeFileChange(JournalAction action, const offline::
         World().files.Read(target.path, FsView::Physical, kLargestFile, entry.content);
     if (status != Status::Ok) return false;
     entry.item.bytes = entry.content.size();
-    entry.hashBefore = offline::ContentHash(entry.content);
+    entry.hashBefore = ContentHash(entry.content);
   }
-  if (data != nullptr) entry.hashAfter = offline::ContentHash(*data);
+  if (data != nullptr) entry.hashAfter = ContentHash(*data);
   if (offline::PathExists(target.local)) offline::ReadAttributes(target.local, entry.attributes);
   Add(std::move(entry));
   return true;
@@ -203,8 +217,8 @@ void CleanSession::Parts::BeginRecording() {
   journal.info.product = world.installation.productName;
 }
 
-CleanOpenResult CleanSession::Open(const CleanOptions& options) {
-  auto parts = std::make_unique<Parts>(options);
+CleanOpenResult CleanSession::Open(const CleanOptions& options, offline::IDisk* disk) {
+  auto parts = std::make_unique<Parts>(options, disk);
   CleanOpenResult result = parts->OpenBackend();
   if (result.failure != CleanFailure::None) return result;
   if (!options.dryRun) {
@@ -254,8 +268,8 @@ CommitResult CleanSession::Commit() {
   return parts_->Commit();
 }
 
-RecoverResult Recover(const OfflineOptions& target, offline::IDisk* disk) {
-  OfflineOptions options = target;
+RecoverResult Recover(const TargetOptions& target, offline::IDisk* disk) {
+  TargetOptions options = target;
   options.user.clear();
   RecoverResult result;
   OfflineOpenResult opened = offline::BackendAccess::OpenAsIs(options);

@@ -1,11 +1,8 @@
-// Changing a switched-off Windows: a clean that writes nothing before it is committed, the journal
-// of what it changed, and putting it back.
+// Changing a switched-off Windows: a clean that writes nothing before it is committed, and putting
+// back what it changed.
 #pragma once
 
-#include <memory>
-#include <string>
-#include <vector>
-
+#include "backends/common/session.h"
 #include "backends/offline/offline_backend.h"
 
 namespace scrubwell {
@@ -13,74 +10,6 @@ namespace scrubwell {
 namespace offline {
 class IDisk;
 }
-
-/// Why an operation was not done. Together with a failure there always is one sentence (UTF-8,
-/// without a final full stop) for the user.
-enum class CleanFailure : std::uint8_t {
-  None,
-  WrongUse,    ///< an option names what is not there: user, drive, session, item, backup folder
-  Unreadable,  ///< no Windows, a hive that is needed, or the journal can't be read
-  Refused,     ///< a guard: changing this Windows now would not be safe
-  NotWritten,  ///< writing failed; everything is as it was before
-  Unfinished,  ///< writing failed half way; Recover finishes it
-};
-
-/// $XDG_STATE_HOME/scrubwell, else ~/.local/state/scrubwell; empty when neither is known.
-std::string DefaultBackupFolder();
-
-struct CleanOptions {
-  OfflineOptions target;
-  std::string backupFolder;  ///< empty: DefaultBackupFolder()
-  /// Nothing is ever written: Commit answers WrongUse. What else would refuse the clean becomes a
-  /// note of the backend.
-  bool dryRun = false;
-  offline::IDisk* disk = nullptr;  ///< what is written goes through this; null: the real disk
-};
-
-/// The problem that the following changes are made for.
-struct JournalProblem {
-  std::string id;
-  UnicodeString plugin;
-  std::int32_t kind = 0;
-  UnicodeString caption;
-  bool fixed = false;
-};
-
-enum class JournalAction : std::uint8_t {
-  DeleteKey,
-  DeleteValue,
-  SetValue,
-  CreateKey,
-  WriteFile,  ///< new content for a file that may have been there
-  EraseFile,
-  EraseFolder,  ///< an empty one
-  KeepFile,     ///< nothing changes: a copy was asked for
-};
-
-/// One change, as the user is shown it. The data to undo it is kept beside.
-struct JournalItem {
-  std::string id;  ///< "1", "2", ...: the order in which the changes are made
-  JournalAction action = JournalAction::DeleteKey;
-  /// Index into the problems of the same session; NoProblem when the change was made outside of
-  /// BeginProblem and EndProblem.
-  std::size_t problem = NoProblem;
-  UnicodeString place;        ///< "HKLM\SOFTWARE\x" as it lies in the hives, or a file's path
-  UnicodeString name;         ///< of the value where one changes; empty for the default value
-  std::uint64_t subkeys = 0;  ///< below a key that goes, itself not counted
-  std::uint64_t values = 0;   ///< in a key that goes and all below it
-  std::uint64_t bytes = 0;    ///< of the value or file that goes
-  bool undone = false;        ///< put back since; only in what ReadSession gives
-
-  static constexpr std::size_t NoProblem = static_cast<std::size_t>(-1);
-};
-
-struct CommitResult {
-  CleanFailure failure = CleanFailure::None;
-  std::string error;
-  std::string session;  ///< its name, for Undo; empty when nothing had changed
-  std::string folder;   ///< the session's own, in the backup folder
-  std::vector<std::string> notes;
-};
 
 class CleanSession;
 
@@ -90,38 +19,26 @@ struct CleanOpenResult {
   std::string error;
 };
 
-/// A Windows opened to be cleaned. All changes made through its platform stay in memory, where the
-/// platform shows them as done, until Commit writes them all. Without a Commit not one byte of the
-/// disk changes, so what Items() says then is the plan.
-///
-/// Other sessions on the same Windows are refused as long as this one lives. One thread at a time.
-class CleanSession {
+/// Other sessions on the same Windows are refused as long as this one lives. Commit makes all
+/// changes or none.
+class CleanSession final : public ICleanSession {
  public:
   /// Finishes or takes back what an earlier clean left half way (not in a dry run), checks that
-  /// this Windows may be changed, and opens it.
-  static CleanOpenResult Open(const CleanOptions& options);
+  /// this Windows may be changed, and opens it. What is written goes through `disk`; null: the real
+  /// one.
+  static CleanOpenResult Open(const CleanOptions& options, offline::IDisk* disk = nullptr);
 
-  ~CleanSession();
+  ~CleanSession() override;
   CleanSession(const CleanSession&) = delete;
   CleanSession& operator=(const CleanSession&) = delete;
 
-  /// Platform, target and notes; lives as long as the session.
-  OfflineBackend& Backend();
-
-  /// To be called before the first deletion of each round of scan and clean: within a round,
-  /// deleting an entry that an earlier deletion has uncovered is Absent.
-  void BeginRound();
-  /// The changes up to EndProblem belong to this problem. Not nested.
-  void BeginProblem(const JournalProblem& problem);
-  void EndProblem(bool fixed);
-
-  [[nodiscard]] const std::vector<JournalProblem>& Problems() const;
-  /// What was changed so far, failed attempts left out.
-  [[nodiscard]] const std::vector<JournalItem>& Items() const;
-
-  /// Backs everything up, writes the journal, then all changes: all of them or none. May be called
-  /// once; the platform is not to be used afterwards.
-  CommitResult Commit();
+  OfflineBackend& Backend() override;
+  void BeginRound() override;
+  void BeginProblem(const JournalProblem& problem) override;
+  void EndProblem(bool fixed) override;
+  [[nodiscard]] const std::vector<JournalProblem>& Problems() const override;
+  [[nodiscard]] const std::vector<JournalItem>& Items() const override;
+  CommitResult Commit() override;
 
  private:
   friend struct UndoRun;
@@ -130,89 +47,12 @@ class CleanSession {
   std::unique_ptr<Parts> parts_;
 };
 
-// ---- Sessions in a backup folder -----------------------------------------------------------
-
-struct SessionInfo {
-  std::string name;       ///< sorts by time
-  std::string folder;     ///< its own folder, with path
-  std::string time;       ///< when it was written: "2024-05-01T12:00:00Z"
-  std::string target;     ///< the folder of the Windows it was made on, as it was given
-  UnicodeString product;  ///< for example "Windows 7 Professional"
-  std::string undoes;     ///< the session that this one put back something of; empty for a clean
-  std::size_t items = 0;
-  std::size_t undone = 0;  ///< how many of them were put back
-  /// False: the changes were prepared but never made (or wait for Recover).
-  bool carriedOut = false;
-  std::string error;  ///< one sentence when the journal can't be used; the rest is then a guess
-};
-
-struct SessionContent {
-  SessionInfo info;
-  std::vector<JournalProblem> problems;
-  std::vector<JournalItem> items;
-  CleanFailure failure = CleanFailure::None;
-  std::string error;
-};
-
-/// All sessions of a backup folder (empty: the default one), the oldest first.
-std::vector<SessionInfo> ListSessions(const std::string& backupFolder);
-
-/// One session; the empty name is the newest clean that was carried out. A journal that is cut or
-/// was tampered with is Unreadable.
-SessionContent ReadSession(const std::string& backupFolder, const std::string& session);
-
-struct ExportResult {
-  CleanFailure failure = CleanFailure::None;
-  std::string error;
-  std::string bytes;  ///< a registry text, UTF-16LE with its mark: importing it puts all back
-};
-/// The registry part of a session as a registry text.
-ExportResult ExportSession(const std::string& backupFolder, const std::string& session);
-
-struct UndoOptions {
-  OfflineOptions target;
-  std::string backupFolder;
-  std::string session;  ///< empty: the newest clean that was carried out
-  /// Ids of items or of problems (all their items); empty: everything.
-  std::vector<std::string> items;
-  offline::IDisk* disk = nullptr;
-};
-
-enum class UndoOutcome : std::uint8_t {
-  Restored,
-  AlreadyThere,  ///< it is there, exactly as it was
-  Taken,         ///< something else is in its place now; nothing of this item was put back
-  Failed,        ///< its place can't be read or written
-};
-
-struct UndoItem {
-  JournalItem item;
-  UndoOutcome outcome = UndoOutcome::Restored;
-  std::string why;  ///< one sentence naming the place for Taken and Failed
-};
-
-struct UndoResult {
-  CleanFailure failure = CleanFailure::None;
-  std::string error;
-  std::string session;  ///< the one that was put back
-  std::vector<UndoItem> items;
-  std::vector<std::string> notes;
-};
-
 /// Puts back what a session changed, in one transaction that has a journal of its own. Items whose
 /// place is taken are left out, the others are put back.
-UndoResult Undo(const UndoOptions& options);
-
-struct RecoverResult {
-  CleanFailure failure = CleanFailure::None;
-  std::string error;
-  enum class Outcome : std::uint8_t { NothingToDo, Completed, RolledBack };
-  Outcome outcome = Outcome::NothingToDo;
-  std::vector<std::string> notes;
-};
+UndoResult Undo(const UndoOptions& options, offline::IDisk* disk = nullptr);
 
 /// Finishes a clean or undo that was interrupted after its commit, takes back one that was
 /// interrupted before.
-RecoverResult Recover(const OfflineOptions& target, offline::IDisk* disk = nullptr);
+RecoverResult Recover(const TargetOptions& target, offline::IDisk* disk = nullptr);
 
 }  // namespace scrubwell

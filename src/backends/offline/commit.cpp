@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <set>
 
-#include "backends/offline/journal.h"
-#include "backends/offline/json_line.h"
+#include "backends/common/journal.h"
+#include "backends/common/json_line.h"
 
 namespace scrubwell::offline {
 namespace {

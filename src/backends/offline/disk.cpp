@@ -174,9 +174,4 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::uint64_t ContentHash(std::span<const std::uint8_t> data, std::uint64_t seed) {
-  for (const std::uint8_t byte : data) seed = (seed ^ byte) * 0x100000001B3U;
-  return seed;
-}
-
 }  // namespace scrubwell::offline

@@ -2,23 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <span>
 #include <string>
 
-#include "registry/types.h"
+#include "backends/common/journal.h"
 
 namespace scrubwell::offline {
-
-/// What belongs to a file or folder beside its content.
-struct FileAttributes {
-  std::uint32_t mode = 0600;
-  std::uint32_t owner = 0;
-  std::uint32_t group = 0;
-  std::int64_t modifiedSeconds = 0;  ///< with the next 0 too: the time of writing
-  std::int64_t modifiedNanoseconds = 0;
-  std::map<std::string, Bytes> extended;  ///< among them what NTFS drivers show of its security
-};
 
 /// Every call that writes. Paths are this machine's. All answer 0 or the system's error number.
 class IDisk {
@@ -52,8 +41,5 @@ int ReadAttributes(const std::string& path, FileAttributes& out);
 bool PathExists(const std::string& path);
 /// The part before the last slash.
 std::string FolderOf(const std::string& path);
-/// Tells contents apart that differ by accident (FNV-1a, 64 bits).
-std::uint64_t ContentHash(std::span<const std::uint8_t> data,
-                          std::uint64_t seed = 0xCBF29CE484222325U);
 
 }  // namespace scrubwell::offline

@@ -1,7 +1,8 @@
 // Compares a changed hive with what was meant to change, without trust in whatever changed it.
 #pragma once
 
-#include "backends/offline/journal.h"
+#include "backends/common/journal.h"
+#include "formats/regf/hive.h"
 
 namespace scrubwell::offline {
 

@@ -38,7 +38,7 @@ ComposedSettings SettingsOf(const Installation& installation, const UserProfile*
 
 }  // namespace
 
-bool OfflineBackend::Parts::AddDrives(const OfflineOptions& options, std::string& error) {
+bool OfflineBackend::Parts::AddDrives(const TargetOptions& options, std::string& error) {
   for (const DriveOption& drive : options.drives) {
     if (!drives.Add(drive.letter, drive.folder, drive.kind, error)) return false;
   }
@@ -177,7 +177,7 @@ void OfflineBackend::Parts::DescribeTarget(const std::string& folder) {
   if (user->sidKnown) target.userSid = user->sid;
 }
 
-OfflineOpenResult OfflineBackend::Open(const OfflineOptions& options) {
+OfflineOpenResult OfflineBackend::Open(const TargetOptions& options) {
   OfflineOpenResult opened = Open(options, nullptr);
   if (opened.backend == nullptr) return opened;
   Parts& parts = *opened.backend->parts_;
@@ -207,7 +207,7 @@ OfflineOpenResult OfflineBackend::Open(const OfflineOptions& options) {
   return opened;
 }
 
-OfflineOpenResult OfflineBackend::Open(const OfflineOptions& options,
+OfflineOpenResult OfflineBackend::Open(const TargetOptions& options,
                                        const FinishedState* finished) {
   auto parts = std::make_unique<Parts>();
   if (finished != nullptr) parts->hives.SetReplacements(finished->hives);

@@ -53,7 +53,7 @@ struct OfflineBackend::Parts {
     TPlatform platform;
   };
 
-  bool AddDrives(const OfflineOptions& options, std::string& error);
+  bool AddDrives(const TargetOptions& options, std::string& error);
   bool PickUser(const std::string& wanted, std::string& error);
   void MountHives();
   void MountFile(UnicodeView place, const UnicodeString& path);
@@ -86,7 +86,7 @@ struct OfflineBackend::FinishedState {
 struct offline::BackendAccess {
   static auto& Of(OfflineBackend& backend) { return *backend.parts_; }
   /// Without a look for an interrupted clean.
-  static OfflineOpenResult OpenAsIs(const OfflineOptions& options) {
+  static OfflineOpenResult OpenAsIs(const TargetOptions& options) {
     return OfflineBackend::Open(options, nullptr);
   }
 };

@@ -87,9 +87,9 @@ std::string CleanSession::Parts::PlanHive(offline::RegfHive& hive, CommitPlan& p
   if (error == 0) error = offline::ReadAttributes(step.local, step.attributes);
   if (error != 0) return Sentence(step.local, error);
   step.attributes.modifiedSeconds = step.attributes.modifiedNanoseconds = 0;
-  step.hashBefore = offline::ContentHash(before);
+  step.hashBefore = ContentHash(before);
   step.data = hive.Finish(NewestOf(logs));
-  step.hashAfter = offline::ContentHash(step.data);
+  step.hashAfter = ContentHash(step.data);
   const regf::OpenedHive written = regf::Hive::FromBytes(step.data, step.local);
   if (written.hive == nullptr || !IsAsSoundAs(step.data, before)) {
     return step.local + ": the changed hive would not be sound";
@@ -109,7 +109,7 @@ std::string CleanSession::Parts::PlanHive(offline::RegfHive& hive, CommitPlan& p
     cut.letter = hive.Path().front();
     cut.relative = RelativeTo(log, cut.letter);
     cut.existed = true;
-    cut.hashBefore = offline::ContentHash(bytes);
+    cut.hashBefore = ContentHash(bytes);
   }
   return {};
 }
@@ -131,7 +131,7 @@ bool CleanSession::Parts::PlanFile(const std::string& local, const FileChange& c
   step.existed = offline::PathExists(local);
   Bytes before;
   if (step.existed && offline::ReadWholeFile(local, before) == 0) {
-    step.hashBefore = offline::ContentHash(before);
+    step.hashBefore = ContentHash(before);
   }
   switch (change.kind) {
     case FileChange::Kind::FolderMade:
@@ -148,7 +148,7 @@ bool CleanSession::Parts::PlanFile(const std::string& local, const FileChange& c
   }
   step.kind = CommitStep::Kind::Replace;
   step.data = change.data;
-  step.hashAfter = offline::ContentHash(step.data);
+  step.hashAfter = ContentHash(step.data);
   if (change.attributes) {
     step.attributes = *change.attributes;
   } else if (step.existed) {
@@ -191,7 +191,7 @@ std::string CleanSession::Parts::PlanFiles(CommitPlan& plan) {
 
 std::string CleanSession::Parts::WhyNotRoom(const CommitPlan& plan) {
   std::uint64_t fresh = 0;
-  std::uint64_t kept = offline::FormatJournal(journal).size();
+  std::uint64_t kept = FormatJournal(journal).size();
   for (const CommitStep& step : plan.steps) {
     fresh += step.data.size();
     std::error_code ignored;
@@ -201,7 +201,7 @@ std::string CleanSession::Parts::WhyNotRoom(const CommitPlan& plan) {
     const std::string why = offline::WhyFolderUnfit(offline::FolderOf(step.local));
     if (!why.empty()) return why;
   }
-  for (const offline::JournalEntry& entry : journal.entries) kept += entry.content.size();
+  for (const JournalEntry& entry : journal.entries) kept += entry.content.size();
   // Backup and hives may share one volume; then it needs room for both.
   const std::string why = offline::WhyTooFull(disk, config, fresh + kept);
   return why.empty() ? offline::WhyTooFull(disk, backupFolder, kept) : why;
@@ -224,7 +224,7 @@ std::string CleanSession::Parts::WriteInto(const std::string& file,
 
 std::string CleanSession::Parts::CopyOriginals(const CommitPlan& plan,
                                                std::vector<std::string>& made) {
-  const std::string folder = plan.session + std::string(offline::kHivesFolder);
+  const std::string folder = plan.session + std::string(kHivesFolder);
   if (std::string why = NewFolder(folder, made); !why.empty()) return why;
   std::size_t number = 0;
   for (const CommitStep& step : plan.steps) {
@@ -234,7 +234,7 @@ std::string CleanSession::Parts::CopyOriginals(const CommitPlan& plan,
     if (const int error = offline::ReadWholeFile(step.local, bytes); error != 0) {
       return Sentence(step.local, error);
     }
-    if (offline::ContentHash(bytes) != step.hashBefore) {
+    if (ContentHash(bytes) != step.hashBefore) {
       return step.local + ": was changed by others meanwhile";
     }
     const std::string name = std::filesystem::path(step.local).filename().string();
@@ -249,16 +249,16 @@ std::string CleanSession::Parts::CopyOriginals(const CommitPlan& plan,
 std::string CleanSession::Parts::WriteSession(CommitPlan& plan, std::vector<std::string>& made) {
   if (std::string why = NewFolder(plan.session, made); !why.empty()) return why;
   if (std::string why = CopyOriginals(plan, made); !why.empty()) return why;
-  const std::string files = plan.session + std::string(offline::kFilesFolder);
+  const std::string files = plan.session + std::string(kFilesFolder);
   if (std::string why = NewFolder(files, made); !why.empty()) return why;
-  for (const offline::JournalEntry& entry : journal.entries) {
+  for (const JournalEntry& entry : journal.entries) {
     if (entry.item.action < JournalAction::WriteFile || !entry.existed) continue;
-    const std::string copy = offline::ContentFile(plan.session, entry);
+    const std::string copy = ContentFile(plan.session, entry);
     if (std::string why = WriteInto(copy, entry.content, made); !why.empty()) return why;
   }
   if (const int error = disk.Sync(files); error != 0) return Sentence(files, error);
-  const std::string text = offline::FormatJournal(journal);
-  const std::string file = plan.session + std::string(offline::kJournalFile);
+  const std::string text = FormatJournal(journal);
+  const std::string file = plan.session + std::string(kJournalFile);
   const auto* const data = reinterpret_cast<const std::uint8_t*>(text.data());
   if (std::string why = WriteInto(file, {data, text.size()}, made); !why.empty()) return why;
   for (const std::string& folder : {plan.session, backupFolder}) {
@@ -306,7 +306,7 @@ CommitResult CleanSession::Parts::Commit() {
     TakeAway(made);
     return fail(CleanFailure::NotWritten, why);
   }
-  made.push_back(plan.session + std::string(offline::kRecordFile));
+  made.push_back(plan.session + std::string(kRecordFile));
   made.push_back(plan.session + "/carrying-out");
   offline::CommitOutcome outcome = offline::RunCommit(disk, plan);
   if (outcome.failure == CleanFailure::NotWritten) {

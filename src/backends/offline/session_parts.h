@@ -1,23 +1,23 @@
 // What an open clean consists of. Not for use outside this folder.
 #pragma once
 
+#include "backends/common/journal.h"
 #include "backends/offline/commit.h"
-#include "backends/offline/journal.h"
 #include "backends/offline/offline_parts.h"
 
 namespace scrubwell {
 
 /// Writes down every change with the state before it, and turns them into a commit.
 struct CleanSession::Parts final : IRegistryObserver, offline::IFileObserver {
-  explicit Parts(const CleanOptions& from)
-      : options(from), disk(from.disk != nullptr ? *from.disk : offline::RealDisk()) {}
+  Parts(const CleanOptions& from, offline::IDisk* writer)
+      : options(from), disk(writer != nullptr ? *writer : offline::RealDisk()) {}
 
   bool BeforeChange(const RegistryChange& change) override;
   bool BeforeFileChange(JournalAction action, const offline::FileTarget& target,
                         const Bytes* data) override;
   /// The change announced last was made, or not.
   void ChangeDone(Status status);
-  offline::JournalEntry& Add(offline::JournalEntry entry);
+  JournalEntry& Add(JournalEntry entry);
 
   CleanOpenResult OpenBackend();
   CleanOpenResult ChooseBackupFolder();
@@ -34,7 +34,7 @@ struct CleanSession::Parts final : IRegistryObserver, offline::IFileObserver {
   offline::UniqueFd lock;
   std::string backupFolder;
   std::string config;
-  offline::Journal journal;
+  Journal journal;
   std::vector<JournalItem> items;
   std::size_t problem = JournalItem::NoProblem;
   bool isAnnounced = false;

@@ -9,9 +9,6 @@
 
 namespace scrubwell {
 
-using offline::JournalEntry;
-using offline::KeyImage;
-
 namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{1} << 30U;
@@ -50,8 +47,7 @@ void ForEachKey(const JournalEntry& entry, Use&& use) {
 
 /// One undo under way.
 struct UndoRun {
-  UndoRun(CleanSession& session, const offline::Journal& from)
-      : parts(*session.parts_), journal(from) {
+  UndoRun(CleanSession& session, const Journal& from) : parts(*session.parts_), journal(from) {
     for (const JournalEntry& entry : journal.entries) Remember(entry);
   }
 
@@ -59,7 +55,7 @@ struct UndoRun {
   UndoItem Restore(const JournalEntry& entry);
 
   CleanSession::Parts& parts;
-  const offline::Journal& journal;
+  const Journal& journal;
 
  private:
   using Cell = regf::CellOffset;
@@ -295,8 +291,8 @@ UndoRun::Answer UndoRun::RestoreRegistry(const JournalEntry& entry) {
 
 UndoRun::Answer UndoRun::WriteContent(const JournalEntry& entry) {
   Bytes content;
-  if (offline::ReadWholeFile(offline::ContentFile(journal.info.folder, entry), content) != 0 ||
-      offline::ContentHash(content) != entry.hashBefore) {
+  if (offline::ReadWholeFile(ContentFile(journal.info.folder, entry), content) != 0 ||
+      ContentHash(content) != entry.hashBefore) {
     return {UndoOutcome::Failed,
             ToUtf8(entry.item.place) + ": the copy in the session's folder can't be used"};
   }
@@ -316,7 +312,7 @@ UndoRun::Answer UndoRun::RestoreFile(const JournalEntry& entry) {
   const Status status = files.Read(entry.item.place, FsView::Physical, kLargestFile, now);
   if (status != Status::Ok && status != Status::Absent) return Broken(entry, status);
   const bool isThere = status == Status::Ok;
-  const std::uint64_t hash = offline::ContentHash(now);
+  const std::uint64_t hash = ContentHash(now);
   if (isThere ? entry.existed && hash == entry.hashBefore : !entry.existed) {
     return {UndoOutcome::AlreadyThere};
   }
@@ -347,14 +343,14 @@ UndoItem UndoRun::Restore(const JournalEntry& entry) {
 
 namespace {
 
-bool IsChosen(const offline::Journal& journal, const JournalEntry& entry, const std::string& id) {
+bool IsChosen(const Journal& journal, const JournalEntry& entry, const std::string& id) {
   return entry.item.id == id || (entry.item.problem != JournalItem::NoProblem &&
                                  journal.problems[entry.item.problem].id == id);
 }
 
 // Null for an id that the session does not know; it is then in `unknown`.
-std::vector<const JournalEntry*> Choose(const offline::Journal& journal,
-                                        const std::vector<std::string>& ids, std::string& unknown) {
+std::vector<const JournalEntry*> Choose(const Journal& journal, const std::vector<std::string>& ids,
+                                        std::string& unknown) {
   std::vector<const JournalEntry*> chosen;
   for (const std::string& id : ids) {
     const bool known =
@@ -373,7 +369,7 @@ std::vector<const JournalEntry*> Choose(const offline::Journal& journal,
 }
 
 // The list of items put back changes together with the hives.
-void AddUndoneMarks(const offline::Journal& journal, const std::vector<UndoItem>& items,
+void AddUndoneMarks(const Journal& journal, const std::vector<UndoItem>& items,
                     std::vector<offline::CommitStep>& steps) {
   std::vector<std::string> ids;
   for (const UndoItem& item : items) {
@@ -381,17 +377,17 @@ void AddUndoneMarks(const offline::Journal& journal, const std::vector<UndoItem>
       ids.push_back(item.item.id);
     }
   }
-  const std::string text = offline::FormatUndone(journal, ids);
+  const std::string text = FormatUndone(journal, ids);
   offline::CommitStep& step = steps.emplace_back();
   step.kind = offline::CommitStep::Kind::Replace;
-  step.local = journal.info.folder + std::string(offline::kUndoneFile);
+  step.local = journal.info.folder + std::string(kUndoneFile);
   step.existed = offline::PathExists(step.local);
   Bytes before;
   if (step.existed && offline::ReadWholeFile(step.local, before) == 0) {
-    step.hashBefore = offline::ContentHash(before);
+    step.hashBefore = ContentHash(before);
   }
   step.data.assign(text.begin(), text.end());
-  step.hashAfter = offline::ContentHash(step.data);
+  step.hashAfter = ContentHash(step.data);
   offline::ReadAttributes(journal.info.folder, step.attributes);
   step.attributes.mode = 0600;
   step.attributes.modifiedSeconds = step.attributes.modifiedNanoseconds = 0;
@@ -399,28 +395,28 @@ void AddUndoneMarks(const offline::Journal& journal, const std::vector<UndoItem>
 
 }  // namespace
 
-UndoResult Undo(const UndoOptions& options) {
+UndoResult Undo(const UndoOptions& options, offline::IDisk* disk) {
   SessionContent content = ReadSession(options.backupFolder, options.session);
   if (content.failure != CleanFailure::None) return Failed(content.failure, content.error);
   std::error_code ignored;
   const std::string folder =
       std::filesystem::weakly_canonical(content.info.folder, ignored).string();
-  const offline::Journal journal = offline::LoadJournal(folder);
+  const Journal journal = LoadJournal(folder);
   std::string unknown;
   const std::vector<const JournalEntry*> chosen = Choose(journal, options.items, unknown);
   if (!unknown.empty()) {
     return Failed(CleanFailure::WrongUse, unknown + ": there is no such item in this session");
   }
-  CleanOptions clean{options.target, offline::FolderOf(folder), false, options.disk};
+  CleanOptions clean{options.target, offline::FolderOf(folder), false};
   clean.target.user.clear();
-  CleanOpenResult opened = CleanSession::Open(clean);
+  CleanOpenResult opened = CleanSession::Open(clean, disk);
   if (opened.session == nullptr) return Failed(opened.failure, opened.error);
   UndoRun run(*opened.session, journal);
   if (run.parts.journal.identity != journal.identity) {
     return Failed(CleanFailure::WrongUse, folder + ": the session is of another Windows");
   }
   // Opening may have finished this very session.
-  if (!offline::PathExists(folder + std::string(offline::kCarriedOutFile))) {
+  if (!offline::PathExists(folder + std::string(kCarriedOutFile))) {
     return Failed(CleanFailure::WrongUse, folder + ": the session's changes were never made");
   }
   UndoResult result;

@@ -11,6 +11,7 @@
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/progress_line.h"
 #include "hosts/cli/stop_signals.h"
+#include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
@@ -78,7 +79,7 @@ class CleanPass {
     options.target = command_.scan.target;
     options.backupFolder = command_.backup;
     options.dryRun = command_.dryRun;
-    CleanOpenResult opened = CleanSession::Open(options);
+    OpenedSession opened = OpenSession(options);
     if (!opened.session) return Fail(CodeOf(opened.failure), opened.error);
     session_ = std::move(opened.session);
     package_ = std::make_unique<LoadedPackage>(session_->Backend().Platform());
@@ -88,7 +89,7 @@ class CleanPass {
   }
 
   CleanEvents Events() {
-    CleanSession& session = *session_;
+    ICleanSession& session = *session_;
     return {
         [&session] { session.BeginRound(); },
         [&session](const CleanedProblem& problem) {
@@ -99,7 +100,7 @@ class CleanPass {
 
   const CleanCommand& command_;
   CleanReport report_;
-  std::unique_ptr<CleanSession> session_;
+  std::unique_ptr<ICleanSession> session_;
   std::unique_ptr<LoadedPackage> package_;  // stands on the session's platform
 };
 

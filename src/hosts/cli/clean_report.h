@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "backends/offline/clean_session.h"
+#include "backends/common/session.h"
 #include "hosts/driver/clean_driver.h"
 #include "hosts/report/report.h"
 

@@ -18,7 +18,7 @@ constexpr std::string_view AllUsers = "all";
 
 // The options as they were typed.
 struct RawOptions {
-  OfflineOptions target;
+  TargetOptions target;
   std::vector<std::string> drives;
   std::vector<std::string> plugins;
   std::string format = "text";

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "backends/offline/clean_session.h"
+#include "backends/common/session.h"
 #include "hosts/driver/clean_driver.h"
 #include "hosts/report/report.h"
 
@@ -14,7 +14,7 @@ namespace scrubwell::hosts {
 
 /// What to look at, what of it is wanted, and where the result goes.
 struct ScanOptions {
-  OfflineOptions target;
+  TargetOptions target;
   TStringList plugins;  ///< empty: all
   TStringList exclude;
   ProblemChoice choice;
@@ -44,7 +44,7 @@ struct ExplainCommand {
 
 /// Show a registry key as the scanners see it.
 struct RegCommand {
-  OfflineOptions target;
+  TargetOptions target;
   std::string key;                  ///< empty for a search: everywhere
   std::optional<std::string> find;  ///< search for this text below the key
   View view = View::Native;         ///< native: the 64-bit one where there are two
@@ -63,7 +63,7 @@ struct CleanCommand {
 
 /// Put back, list or export what a session has changed.
 struct UndoCommand {
-  OfflineOptions target;  ///< without a folder: the one that the session names
+  TargetOptions target;  ///< without a folder: the one that the session names
   std::string backup;
   std::string session;             ///< empty: the last clean
   std::vector<std::string> items;  ///< empty: everything
@@ -74,7 +74,7 @@ struct UndoCommand {
 
 /// Finish or take back what was interrupted.
 struct RecoverCommand {
-  OfflineOptions target;
+  TargetOptions target;
   ReportFormat format = ReportFormat::Text;
 };
 
@@ -84,7 +84,7 @@ enum class IgnoreAction : std::uint8_t { Add, List, Remove };
 struct IgnoreCommand {
   IgnoreAction action = IgnoreAction::List;
   std::string id;
-  OfflineOptions target;
+  TargetOptions target;
   TStringList plugins;
   bool machine = false;  ///< the list of all users
   std::string reason;

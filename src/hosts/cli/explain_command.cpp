@@ -2,6 +2,7 @@
 #include "hosts/cli/explanation.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/stop_signals.h"
+#include "hosts/cli/targets.h"
 #include "hosts/driver/problem_id.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
@@ -15,7 +16,7 @@ int SayStopped() {
 }
 
 // A clean that is never committed tells what it would change.
-CleanDriver PlannedClean(CleanSession& session) {
+CleanDriver PlannedClean(ICleanSession& session) {
   return CleanDriver(
       {[&session] { session.BeginRound(); },
        [&session](const CleanedProblem& problem) {
@@ -26,7 +27,7 @@ CleanDriver PlannedClean(CleanSession& session) {
 
 // The problem that a scan of all categories has found is taken up once more by its own category
 // alone: first to listen to what it asks, then to see what a clean would do.
-std::optional<int> Explain(const std::string& wanted, CleanSession& session,
+std::optional<int> Explain(const std::string& wanted, ICleanSession& session,
                            EvidenceRecorder& recorder, Explanation& explanation) {
   if (ScanWithProgress() == RunOutcome::Stopped) return SayStopped();
   std::int32_t index = -1;
@@ -62,7 +63,7 @@ int Run(const ExplainCommand& command) {
   CleanOptions options;
   options.target = scan.target;
   options.dryRun = true;
-  const CleanOpenResult opened = CleanSession::Open(options);
+  const OpenedSession opened = OpenSession(options);
   if (!opened.session) return Fail(CodeOf(opened.failure), opened.error);
   EvidenceRecorder recorder(opened.session->Backend().Platform());
   const LoadedPackage package(recorder.Platform());

@@ -1,7 +1,7 @@
 // Why a problem is one: the evidence, in the forms that the program shows it in.
 #pragma once
 
-#include "backends/offline/clean_session.h"
+#include "backends/common/session.h"
 #include "hosts/driver/evidence.h"
 #include "hosts/report/report.h"
 

@@ -2,6 +2,7 @@
 
 #include "hosts/cli/commands.h"
 #include "hosts/cli/stop_signals.h"
+#include "hosts/cli/targets.h"
 #include "hosts/driver/problem_id.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/json_writer.h"
@@ -18,7 +19,7 @@ RootKey ListRoot(bool machine) {
 
 // The list changes through the same transaction as everything else, so that this too can be put
 // back.
-int Commit(CleanSession& session) {
+int Commit(ICleanSession& session) {
   const UnstoppableSection section;
   if (StopRequested()) return Fail(Stopped, Say(texts::NothingChanged));
   const CommitResult result = session.Commit();
@@ -26,7 +27,7 @@ int Commit(CleanSession& session) {
                                               : Fail(CodeOf(result.failure), result.error);
 }
 
-int Add(const IgnoreCommand& command, CleanSession& session) {
+int Add(const IgnoreCommand& command, ICleanSession& session) {
   ScanOptions options;
   options.plugins = command.plugins;
   if (const auto error = ApplyChoice(options)) return Fail(WrongUse, *error);
@@ -51,7 +52,7 @@ int Add(const IgnoreCommand& command, CleanSession& session) {
   return Commit(session);
 }
 
-int Remove(const IgnoreCommand& command, CleanSession& session) {
+int Remove(const IgnoreCommand& command, ICleanSession& session) {
   const UnicodeString key = IgnoredProblemsKey();
   const Status status = Platform().registry.DeleteValue(
       {ListRoot(command.machine), key, View::Native}, FromUtf8(command.id));
@@ -112,11 +113,11 @@ std::string ListJson(const std::vector<IgnoredEntry>& entries) {
 }
 
 int List(const IgnoreCommand& command) {
-  const OfflineOpenResult opened = OfflineBackend::Open(command.target);
-  if (!opened.backend) {
+  const OpenedTarget opened = OpenTarget(command.target);
+  if (!opened.target) {
     return Fail(CodeOf(opened.failure), opened.error);
   }
-  const LoadedPackage package(opened.backend->Platform());
+  const LoadedPackage package(opened.target->Platform());
   std::vector<IgnoredEntry> entries;
   if (!command.machine) ReadList(false, entries);
   ReadList(true, entries);
@@ -131,7 +132,7 @@ int Run(const IgnoreCommand& command) {
   CleanOptions options;
   options.target = command.target;
   options.backupFolder = command.backup;
-  const CleanOpenResult opened = CleanSession::Open(options);
+  const OpenedSession opened = OpenSession(options);
   if (!opened.session) return Fail(CodeOf(opened.failure), opened.error);
   const LoadedPackage package(opened.session->Backend().Platform());
   CatchStopSignals();

@@ -5,6 +5,7 @@
 
 #include "hosts/cli/commands.h"
 #include "hosts/cli/stop_signals.h"
+#include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 #include "hosts/report/registry_text.h"
@@ -206,17 +207,17 @@ int Run(const RegCommand& command) {
     if (!key) return Fail(WrongUse, Say(texts::UnknownRoot, {command.key}));
     keys = {std::move(*key)};
   }
-  const OfflineOpenResult opened = OfflineBackend::Open(command.target);
-  if (!opened.backend) {
+  const OpenedTarget opened = OpenTarget(command.target);
+  if (!opened.target) {
     return Fail(CodeOf(opened.failure), opened.error);
   }
-  const bool twoViews = opened.backend->Target().is64Bit;
+  const bool twoViews = opened.target->Target().is64Bit;
   for (KeyName& key : keys) {
     if (command.view != View::Native) key.view = command.view;
     if (key.view == View::Native && twoViews) key.view = View::Bits64;
     if (!twoViews) key.view = View::Native;
   }
-  IRegistry& registry = opened.backend->Platform().registry;
+  IRegistry& registry = opened.target->Platform().registry;
   if (!command.find) return List(command, registry, keys.front());
   CatchStopSignals();
   KeyInfo info;

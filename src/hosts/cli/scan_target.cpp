@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "hosts/cli/stop_signals.h"
+#include "hosts/cli/targets.h"
 #include "hosts/driver/problem_id.h"
 #include "hosts/report/hive_places.h"
 #include "hosts/report/problem_parts.h"
@@ -96,11 +97,11 @@ class MergedProblems {
 std::optional<int> ScannedTarget::Scan(const ScanOptions& options, ScanReport& report) {
   package_.reset();
   backend_.reset();
-  OfflineOpenResult opened = OfflineBackend::Open(options.target);
-  if (!opened.backend) {
+  OpenedTarget opened = OpenTarget(options.target);
+  if (!opened.target) {
     return Fail(CodeOf(opened.failure), opened.error);
   }
-  backend_ = std::move(opened.backend);
+  backend_ = std::move(opened.target);
   package_ = std::make_unique<LoadedPackage>(backend_->Platform());
   // Not before: loading the package clears the stop request. Until then there is nothing to show,
   // and a signal just ends the program.
@@ -115,11 +116,11 @@ std::optional<int> ScannedTarget::Scan(const ScanOptions& options, ScanReport& r
 std::optional<int> ScannedTarget::ScanAllUsers(const ScanOptions& options, ScanReport& report) {
   std::vector<TargetUser> users;
   {
-    const OfflineOpenResult opened = OfflineBackend::Open(options.target);
-    if (!opened.backend) {
+    const OpenedTarget opened = OpenTarget(options.target);
+    if (!opened.target) {
       return Fail(CodeOf(opened.failure), opened.error);
     }
-    users = opened.backend->Target().users;
+    users = opened.target->Target().users;
   }
   if (users.empty()) return Scan(options, report);
   MergedProblems merged;

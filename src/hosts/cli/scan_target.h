@@ -20,7 +20,7 @@ class ScannedTarget {
   std::optional<int> ScanAllUsers(const ScanOptions& options, ScanReport& report);
 
  private:
-  std::unique_ptr<OfflineBackend> backend_;
+  std::unique_ptr<ITarget> backend_;
   std::unique_ptr<LoadedPackage> package_;  // stands on the backend's platform
 };
 

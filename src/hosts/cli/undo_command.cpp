@@ -4,6 +4,7 @@
 #include "hosts/cli/commands.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/stop_signals.h"
+#include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/json_writer.h"
 #include "hosts/report/language.h"
@@ -80,7 +81,7 @@ int Run(const UndoCommand& command) {
     options.session = content.info.name;
   }
   const UnstoppableSection section;
-  const UndoResult result = Undo(options);
+  const UndoResult result = UndoSession(options);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
   const bool json = command.format == ReportFormat::Json;
   const int code = Print(json ? UndoJson(result) : UndoText(result, ReportWidth(false)));
@@ -92,7 +93,7 @@ int Run(const UndoCommand& command) {
 
 int Run(const RecoverCommand& command) {
   const UnstoppableSection section;
-  const RecoverResult result = Recover(command.target);
+  const RecoverResult result = RecoverTarget(command.target);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
   return Print(command.format == ReportFormat::Json ? RecoverJson(result) : RecoverText(result));
 }

@@ -53,8 +53,8 @@ CleanWorld::CleanWorld() {
   Add("Users/anna/Old/one.txt", "1");
 }
 
-CleanOptions CleanWorld::Options(offline::IDisk* disk) const {
-  return {{Folder(), {}, {}}, Backups(), false, disk};
+CleanOptions CleanWorld::Options() const {
+  return {{Folder(), {}, {}}, Backups(), false};
 }
 
 std::map<std::string, std::string> ContentOf(const std::string& folder) {
@@ -105,7 +105,7 @@ void ChangeAll(CleanSession& session) {
 }
 
 CommitResult CleanAll(const CleanWorld& world, offline::IDisk* disk) {
-  const CleanOpenResult opened = CleanSession::Open(world.Options(disk));
+  const CleanOpenResult opened = CleanSession::Open(world.Options(), disk);
   if (opened.session == nullptr) return {opened.failure, opened.error, {}, {}, {}};
   ChangeAll(*opened.session);
   return opened.session->Commit();

@@ -21,7 +21,7 @@ std::map<std::string, std::string> ContentOf(const std::string& folder);
 class CleanWorld : public Disk {
  public:
   CleanWorld();
-  [[nodiscard]] CleanOptions Options(offline::IDisk* disk = nullptr) const;
+  [[nodiscard]] CleanOptions Options() const;
   [[nodiscard]] std::string Backups() const { return backups_.Path().string(); }
   [[nodiscard]] std::map<std::string, std::string> Content() const { return ContentOf(Folder()); }
 

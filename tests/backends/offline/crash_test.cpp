@@ -13,7 +13,6 @@ namespace scrubwell::test {
 namespace {
 
 namespace fs = std::filesystem;
-using offline::FileAttributes;
 
 struct Killed {};
 
@@ -123,7 +122,7 @@ TEST(Crash, EveryPointLeavesAllOrNothing) {
     sweep.Reset();
     FaultDisk disk(FaultDisk::Mode::Kill, point);
     EXPECT_THROW(CleanAll(sweep.World(), &disk), Killed) << point;
-    const OfflineOptions target = sweep.World().Options().target;
+    const TargetOptions target = sweep.World().Options().target;
     // A scan in between works, on the old or the finished state.
     EXPECT_NE(OfflineBackend::Open(target).backend, nullptr) << point;
     // The recovery is cut off as well, at a point that moves along.

@@ -71,7 +71,7 @@ struct Machine : Disk {
     WriteHives("windows", "Users/anna", UnicodeString(kSid));
     fs::rename(fs::path(Folder()) / "windows/System32", fs::path(Folder()) / "windows/SYSTEM32");
   }
-  OfflineOpenResult Open(OfflineOptions options = {}) const {
+  OfflineOpenResult Open(TargetOptions options = {}) const {
     options.folder = Folder();
     return OfflineBackend::Open(options);
   }
@@ -282,7 +282,7 @@ TEST(OfflineBackend, SaysWhyItCannotOpen) {
   const struct {
     const char* name;
     std::function<void(Machine&)> change;
-    OfflineOptions options;
+    TargetOptions options;
     OpenFailure failure;
     const char* part;  // of the error, or of a note where it opens
   } rows[] = {

@@ -1,8 +1,8 @@
 // The record of an interrupted clean is read from a disk that anybody may have written.
 #include <gtest/gtest.h>
 
+#include "backends/common/json_line.h"
 #include "backends/offline/commit.h"
-#include "backends/offline/json_line.h"
 #include "support/disk.h"
 
 namespace scrubwell::test {

@@ -187,7 +187,7 @@ TEST(Transaction, RealRegistriesComeBack) {
       "tar -xf '" + archive.string() + "' -C '" + folder.Path().string() + "'";
   ASSERT_EQ(std::system(command.c_str()), 0);
   const std::string volume = (folder.Path() / "wine-win7-x64").string();
-  const CleanOptions options{{volume, {}, {}}, backups.Path().string(), false, nullptr};
+  const CleanOptions options{{volume, {}, {}}, backups.Path().string(), false};
   const auto before = ContentOf(volume);
   std::size_t deleted = 0;
   {

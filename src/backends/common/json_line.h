@@ -6,7 +6,7 @@
 
 #include "registry/types.h"
 
-namespace scrubwell::offline {
+namespace scrubwell {
 
 /// Writes one line. Texts keep every UTF-16 unit, lone surrogates too, for all but ASCII is
 /// escaped; bytes become hexadecimal digits.
@@ -50,4 +50,4 @@ struct JsonValue {
 /// one. Nesting deeper than 16 is refused.
 bool ReadJsonLines(std::string_view bytes, std::vector<JsonValue>& out);
 
-}  // namespace scrubwell::offline
+}  // namespace scrubwell

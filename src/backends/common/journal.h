@@ -1,13 +1,23 @@
 // What a session changed, with all that is needed to put it back, as it lies in a file.
 #pragma once
 
+#include <map>
 #include <optional>
+#include <span>
 
-#include "backends/offline/clean_session.h"
-#include "backends/offline/disk.h"
-#include "formats/regf/hive.h"
+#include "backends/common/session.h"
 
-namespace scrubwell::offline {
+namespace scrubwell {
+
+/// What belongs to a file or folder beside its content.
+struct FileAttributes {
+  std::uint32_t mode = 0600;
+  std::uint32_t owner = 0;
+  std::uint32_t group = 0;
+  std::int64_t modifiedSeconds = 0;  ///< with the next 0 too: the time of writing
+  std::int64_t modifiedNanoseconds = 0;
+  std::map<std::string, Bytes> extended;  ///< among them what NTFS drivers show of its security
+};
 
 /// One key of a subtree that went. Parents stand before their children.
 struct KeyImage {
@@ -23,8 +33,8 @@ struct KeyImage {
 /// A change and the state before it.
 struct JournalEntry {
   JournalItem item;
-  UnicodeString hive;              ///< path of the hive's file as Windows names it
-  UnicodeString path;              ///< of the key in that hive
+  UnicodeString hive;              ///< its file as Windows names it; empty on a running system
+  UnicodeString path;              ///< of the key in that hive; on a running system its place
   std::vector<KeyImage> tree;      ///< DeleteKey
   std::optional<RegValue> before;  ///< DeleteValue, SetValue; none where there was no value
   RegValue after;                  ///< SetValue
@@ -50,17 +60,18 @@ inline constexpr std::string_view kUndoneFile = "/undone.jsonl";
 inline constexpr std::string_view kFilesFolder = "/files";
 inline constexpr std::string_view kHivesFolder = "/hives";
 
-/// Copies a key with all below it. Corrupt when any of it can't be read.
-Status TakeKeyImage(const regf::Hive& hive, regf::CellOffset key, std::vector<KeyImage>& out);
-
 std::string FormatJournal(const Journal& journal);
 /// Reads a session's folder; one sentence in `info.error` when the journal is not whole. Contents
 /// of files are left where they are.
 Journal LoadJournal(const std::string& folder);
+/// Tells contents apart that differ by accident (FNV-1a, 64 bits).
+std::uint64_t ContentHash(std::span<const std::uint8_t> data,
+                          std::uint64_t seed = 0xCBF29CE484222325U);
+
 /// The file with the content that an entry's file had.
 std::string ContentFile(const std::string& folder, const JournalEntry& entry);
 
 /// The list of items put back so far, with some more.
 std::string FormatUndone(const Journal& journal, const std::vector<std::string>& more);
 
-}  // namespace scrubwell::offline
+}  // namespace scrubwell

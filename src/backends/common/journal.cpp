@@ -1,18 +1,13 @@
-#include "backends/offline/journal.h"
+#include "backends/common/journal.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <unordered_set>
 
-#include "backends/offline/json_line.h"
-#include "formats/reg/reg_text.h"
-#include "registry/Stringhelper.h"
+#include "backends/common/json_line.h"
+#include "backends/common/local_file.h"
 
 namespace scrubwell {
-namespace offline {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::int64_t kFormat = 1;
 
@@ -181,7 +176,7 @@ bool TakeLine(const JsonValue& json, Journal& out, bool& closed) {
 void LoadUndone(const std::string& folder, Journal& journal) {
   Bytes bytes;
   std::vector<JsonValue> lines;
-  if (ReadWholeFile(folder + std::string(kUndoneFile), bytes) != 0) return;
+  if (!ReadLocalFile(folder + std::string(kUndoneFile), bytes)) return;
   ReadJsonLines({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, lines);
   std::unordered_set<std::string> undone;
   for (const JsonValue& line : lines) undone.insert(line.Raw("undone"));
@@ -191,45 +186,11 @@ void LoadUndone(const std::string& folder, Journal& journal) {
   }
 }
 
-UnicodeString RootedPath(UnicodeView place) {
-  const std::size_t slash = std::min(place.find(u'\\'), place.size());
-  const bool user = SameText(place.substr(0, slash), u"HKU");
-  return UnicodeString(user ? u"HKEY_USERS" : u"HKEY_LOCAL_MACHINE").append(place.substr(slash));
-}
-
-void AddTree(const JournalEntry& entry, std::vector<reg::KeyEntry>& out) {
-  std::vector<UnicodeString> paths;
-  for (const KeyImage& key : entry.tree) {
-    paths.resize(key.level);
-    paths.push_back(key.level == 0 ? RootedPath(entry.item.place)
-                                   : paths.back() + u'\\' + key.name);
-    reg::KeyEntry& text = out.emplace_back();
-    text.path = paths.back();
-    for (const RegValue& value : key.values) text.values.push_back({value, false});
-  }
-}
-
 }  // namespace
 
-Status TakeKeyImage(const regf::Hive& hive, regf::CellOffset start, std::vector<KeyImage>& out) {
-  out.clear();
-  Status worst = Status::Ok;
-  const auto note = [&worst](Status status) {
-    if (status != Status::Ok && status != Status::Absent) worst = status;
-  };
-  note(hive.Walk(start, [&](const regf::Subkey& subkey, int level) {
-    KeyImage& key = out.emplace_back();
-    key.level = static_cast<std::uint32_t>(level);
-    key.name = subkey.facts.name.Text();
-    key.time = subkey.facts.lastWritten;
-    key.link = subkey.facts.IsLink();
-    note(hive.ClassName(subkey.key, key.className));
-    regf::ByteView security;
-    note(hive.Security(subkey.key, security));
-    key.security.assign(security.begin(), security.end());
-    note(hive.Values(subkey.key, key.values));
-  }));
-  return out.empty() && worst == Status::Ok ? Status::Corrupt : worst;
+std::uint64_t ContentHash(std::span<const std::uint8_t> data, std::uint64_t seed) {
+  for (const std::uint8_t byte : data) seed = (seed ^ byte) * 0x100000001B3U;
+  return seed;
 }
 
 std::string FormatJournal(const Journal& journal) {
@@ -260,10 +221,10 @@ std::string FormatJournal(const Journal& journal) {
 Journal LoadJournal(const std::string& folder) {
   Journal journal;
   journal.info.folder = folder;
-  journal.info.name = fs::path(folder).filename().string();
-  journal.info.carriedOut = PathExists(folder + std::string(kCarriedOutFile));
+  journal.info.name = NameOf(LocalPath(folder));
+  journal.info.carriedOut = IsLocalFile(folder + std::string(kCarriedOutFile));
   Bytes bytes;
-  if (ReadWholeFile(folder + std::string(kJournalFile), bytes) != 0) {
+  if (!ReadLocalFile(folder + std::string(kJournalFile), bytes)) {
     journal.info.error = folder + ": the session's journal can't be read";
     return journal;
   }
@@ -296,84 +257,6 @@ std::string FormatUndone(const Journal& journal, const std::vector<std::string>&
     text += line.Close(chain);
   }
   return text;
-}
-
-}  // namespace offline
-
-namespace {
-
-std::string FolderOrDefault(const std::string& backupFolder) {
-  return backupFolder.empty() ? DefaultBackupFolder() : backupFolder;
-}
-
-}  // namespace
-
-std::vector<SessionInfo> ListSessions(const std::string& backupFolder) {
-  std::vector<SessionInfo> sessions;
-  std::error_code ignored;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(FolderOrDefault(backupFolder), ignored)) {
-    const std::string folder = entry.path().string();
-    if (!offline::PathExists(folder + std::string(offline::kJournalFile))) continue;
-    sessions.push_back(offline::LoadJournal(folder).info);
-  }
-  std::sort(sessions.begin(), sessions.end(),
-            [](const SessionInfo& a, const SessionInfo& b) { return a.name < b.name; });
-  return sessions;
-}
-
-SessionContent ReadSession(const std::string& backupFolder, const std::string& session) {
-  SessionContent content;
-  std::string name = session;
-  if (name.empty()) {
-    for (const SessionInfo& info : ListSessions(backupFolder)) {
-      if (info.carriedOut && info.undoes.empty()) name = info.name;
-    }
-  }
-  const std::string folder = FolderOrDefault(backupFolder) + "/" + name;
-  if (name.empty() || name.find('/') != std::string::npos ||
-      !offline::PathExists(folder + std::string(offline::kJournalFile))) {
-    content.failure = CleanFailure::WrongUse;
-    content.error = session.empty() ? FolderOrDefault(backupFolder) + ": there is no session"
-                                    : folder + ": there is no such session";
-    return content;
-  }
-  offline::Journal journal = offline::LoadJournal(folder);
-  content.info = std::move(journal.info);
-  content.problems = std::move(journal.problems);
-  for (offline::JournalEntry& entry : journal.entries) {
-    content.items.push_back(std::move(entry.item));
-  }
-  content.error = content.info.error;
-  if (!content.error.empty()) content.failure = CleanFailure::Unreadable;
-  return content;
-}
-
-// What went first comes back last, so that importing the text ends with the oldest state.
-ExportResult ExportSession(const std::string& backupFolder, const std::string& session) {
-  const SessionContent content = ReadSession(backupFolder, session);
-  ExportResult result{content.failure, content.error, {}};
-  if (result.failure != CleanFailure::None) return result;
-  const offline::Journal journal = offline::LoadJournal(content.info.folder);
-  std::vector<reg::KeyEntry> keys;
-  for (auto entry = journal.entries.rbegin(); entry != journal.entries.rend(); ++entry) {
-    const UnicodeString path = offline::RootedPath(entry->item.place);
-    switch (entry->item.action) {
-      case JournalAction::DeleteKey:
-        offline::AddTree(*entry, keys);
-        break;
-      case JournalAction::DeleteValue:
-      case JournalAction::SetValue: {
-        RegValue value = entry->before.value_or(entry->after);
-        keys.push_back({path, false, 0, {{std::move(value), !entry->before.has_value()}}});
-        break;
-      }
-      default:
-        break;
-    }
-  }
-  result.bytes = reg::EncodeUtf16(reg::Format(keys));
-  return result;
 }
 
 }  // namespace scrubwell

@@ -1,12 +1,12 @@
-#include "backends/offline/json_line.h"
+#include "backends/common/json_line.h"
 
 #include <algorithm>
 #include <charconv>
 #include <utility>
 
-#include "backends/offline/disk.h"
+#include "backends/common/journal.h"
 
-namespace scrubwell::offline {
+namespace scrubwell {
 namespace {
 
 constexpr std::string_view kDigits = "0123456789abcdef";
@@ -226,4 +226,4 @@ bool ReadJsonLines(std::string_view bytes, std::vector<JsonValue>& out) {
   return true;
 }
 
-}  // namespace scrubwell::offline
+}  // namespace scrubwell

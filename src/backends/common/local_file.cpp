@@ -1,0 +1,35 @@
+#include "backends/common/local_file.h"
+
+#include <fstream>
+
+namespace scrubwell {
+
+namespace fs = std::filesystem;
+
+fs::path LocalPath(const std::string& path) {
+  return {std::u8string(path.begin(), path.end())};
+}
+
+std::string NameOf(const fs::path& path) {
+  const std::u8string name = path.filename().u8string();
+  return {name.begin(), name.end()};
+}
+
+bool IsLocalFile(const std::string& path) {
+  std::error_code error;
+  return fs::symlink_status(LocalPath(path), error).type() == fs::file_type::regular;
+}
+
+bool ReadLocalFile(const std::string& path, Bytes& out) {
+  out.clear();
+  if (!IsLocalFile(path)) return false;
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(LocalPath(path), error);
+  std::ifstream file(LocalPath(path), std::ios::binary);
+  if (error || !file || size > out.max_size()) return false;
+  out.resize(static_cast<std::size_t>(size));
+  file.read(reinterpret_cast<char*>(out.data()), static_cast<std::streamsize>(out.size()));
+  return static_cast<std::uintmax_t>(file.gcount()) == size;
+}
+
+}  // namespace scrubwell

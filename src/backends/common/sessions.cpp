@@ -1,0 +1,114 @@
+// The sessions that a backup folder holds.
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+
+#include "backends/common/journal.h"
+#include "backends/common/local_file.h"
+#include "formats/reg/reg_text.h"
+#include "registry/Stringhelper.h"
+
+namespace scrubwell {
+namespace {
+
+UnicodeString RootedPath(UnicodeView place) {
+  const std::size_t slash = std::min(place.find(u'\\'), place.size());
+  const bool user = SameText(place.substr(0, slash), u"HKU");
+  return UnicodeString(user ? u"HKEY_USERS" : u"HKEY_LOCAL_MACHINE").append(place.substr(slash));
+}
+
+void AddTree(const JournalEntry& entry, std::vector<reg::KeyEntry>& out) {
+  std::vector<UnicodeString> paths;
+  for (const KeyImage& key : entry.tree) {
+    paths.resize(key.level);
+    paths.push_back(key.level == 0 ? RootedPath(entry.item.place)
+                                   : paths.back() + u'\\' + key.name);
+    reg::KeyEntry& text = out.emplace_back();
+    text.path = paths.back();
+    for (const RegValue& value : key.values) text.values.push_back({value, false});
+  }
+}
+
+std::string FolderOrDefault(const std::string& backupFolder) {
+  return backupFolder.empty() ? DefaultBackupFolder() : backupFolder;
+}
+
+}  // namespace
+
+std::string DefaultBackupFolder() {
+  const char* const state = std::getenv("XDG_STATE_HOME");
+  if (state != nullptr && *state == '/') return std::string(state) + "/scrubwell";
+  const char* const home = std::getenv("HOME");
+  if (home != nullptr && *home == '/') return std::string(home) + "/.local/state/scrubwell";
+  return {};
+}
+
+std::vector<SessionInfo> ListSessions(const std::string& backupFolder) {
+  std::vector<SessionInfo> sessions;
+  std::error_code ignored;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(LocalPath(FolderOrDefault(backupFolder)), ignored)) {
+    const std::string folder = FolderOrDefault(backupFolder) + "/" + NameOf(entry.path());
+    if (!IsLocalFile(folder + std::string(kJournalFile))) continue;
+    sessions.push_back(LoadJournal(folder).info);
+  }
+  std::sort(sessions.begin(), sessions.end(),
+            [](const SessionInfo& a, const SessionInfo& b) { return a.name < b.name; });
+  return sessions;
+}
+
+SessionContent ReadSession(const std::string& backupFolder, const std::string& session) {
+  SessionContent content;
+  std::string name = session;
+  if (name.empty()) {
+    for (const SessionInfo& info : ListSessions(backupFolder)) {
+      if (info.carriedOut && info.undoes.empty()) name = info.name;
+    }
+  }
+  const std::string folder = FolderOrDefault(backupFolder) + "/" + name;
+  if (name.empty() || name.find_first_of("/\\") != std::string::npos ||
+      !IsLocalFile(folder + std::string(kJournalFile))) {
+    content.failure = CleanFailure::WrongUse;
+    content.error = session.empty() ? FolderOrDefault(backupFolder) + ": there is no session"
+                                    : folder + ": there is no such session";
+    return content;
+  }
+  Journal journal = LoadJournal(folder);
+  content.info = std::move(journal.info);
+  content.problems = std::move(journal.problems);
+  for (JournalEntry& entry : journal.entries) {
+    content.items.push_back(std::move(entry.item));
+  }
+  content.error = content.info.error;
+  if (!content.error.empty()) content.failure = CleanFailure::Unreadable;
+  return content;
+}
+
+// What went first comes back last, so that importing the text ends with the oldest state.
+ExportResult ExportSession(const std::string& backupFolder, const std::string& session) {
+  const SessionContent content = ReadSession(backupFolder, session);
+  ExportResult result{content.failure, content.error, {}};
+  if (result.failure != CleanFailure::None) return result;
+  const Journal journal = LoadJournal(content.info.folder);
+  std::vector<reg::KeyEntry> keys;
+  for (auto entry = journal.entries.rbegin(); entry != journal.entries.rend(); ++entry) {
+    const UnicodeString path = RootedPath(entry->item.place);
+    switch (entry->item.action) {
+      case JournalAction::DeleteKey:
+        AddTree(*entry, keys);
+        break;
+      case JournalAction::DeleteValue:
+      case JournalAction::SetValue: {
+        RegValue value = entry->before.value_or(entry->after);
+        keys.push_back({path, false, 0, {{std::move(value), !entry->before.has_value()}}});
+        break;
+      }
+      default:
+        break;
+    }
+  }
+  result.bytes = reg::EncodeUtf16(reg::Format(keys));
+  return result;
+}
+
+}  // namespace scrubwell
