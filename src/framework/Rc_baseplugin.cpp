@@ -180,6 +180,15 @@ bool TRCPlugin::DeleteRegValueWrapper(RootKey root, UnicodeView key, UnicodeView
   return DeleteRegValue(root, key, valueName, opts) == ERRC_SUCCESS;
 }
 
+bool TRCPlugin::DeleteErrorRegValue(const TSweepError& error) {
+  RootKey root = RootKey::None;
+  UnicodeString key;
+  UnicodeString valueName;
+  TZmRegOptions opts;
+  GetErrorRegValue(error, u"existingkey", u"existingvalue", root, key, valueName, opts);
+  return DeleteRegValueWrapper(root, key, valueName, opts);
+}
+
 bool TRCPlugin::ScanValueList(const KeyPlace& place, const TStringList& names,
                               const TStringList& data, const TValueCheck& check, bool skipDefault) {
   if (names.empty() || !KeyIsWriteable(place.root, place.key, place.opts)) return true;

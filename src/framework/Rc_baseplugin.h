@@ -107,6 +107,8 @@ class TRCPlugin {
  protected:
   /// Adds a problem of a kind of the plugin's table; an unknown kind has no icon and no texts.
   void AddError(std::int32_t kind, const TStringList& data);
+  /// Deletes the value that the problem's first two items name, by the wrapper.
+  bool DeleteErrorRegValue(const TSweepError& error);
   /// Adds a problem unless it lies on a protected key or stands in the list already.
   void AddErrorEx(std::int32_t errorType, UnicodeView iconID, UnicodeView caption,
                   UnicodeView shortDescription, UnicodeView description, const TStringList& data);

@@ -59,14 +59,14 @@ void PublishState(PackageState* s) {
   ShouldReSearch = false;
 }
 
-std::size_t HashProblem(UnicodeView pluginID, std::int32_t errorType,
-                        std::span<const UnicodeString> data) {
+std::uint32_t HashProblem(UnicodeView pluginID, std::int32_t errorType,
+                          std::span<const UnicodeString> data) {
   const std::hash<UnicodeView> hash;
-  std::size_t h = hash(pluginID) + static_cast<std::uint32_t>(errorType);
-  // Odd in either width: the order of the items counts.
-  constexpr auto kFactor = static_cast<std::size_t>(1099511628211U);
+  std::uint64_t h = hash(pluginID) + static_cast<std::uint32_t>(errorType);
+  // The order of the items counts.
+  constexpr std::uint64_t kFactor = 1099511628211U;
   for (const UnicodeString& item : data) h = h * kFactor + hash(item);
-  return h;
+  return static_cast<std::uint32_t>(h ^ h >> 32U);
 }
 
 TSweepError* ProblemAt(std::int32_t index) {
@@ -106,36 +106,68 @@ void FinaliseRcCommon() {
 
 // ---- Problem list -------------------------------------------------------------------------
 
+void TSweepErrorList::Enter(std::int32_t index) {
+  if (taken_ * 2 >= slots_.size()) Rebuild(std::max<std::size_t>(64, slots_.size() * 2));
+  const TSweepError& record = *Get(index);
+  const std::uint32_t hash = HashProblem(record.PluginID, record.ErrorType, record.Data);
+  std::size_t at = hash & (slots_.size() - 1);
+  while (slots_[at].record != kFree) at = (at + 1) & (slots_.size() - 1);
+  slots_[at] = {hash, index};
+  ++taken_;
+}
+
+void TSweepErrorList::Rebuild(std::size_t slots) {
+  std::vector<Slot> old(slots);
+  old.swap(slots_);
+  taken_ = 0;
+  for (const Slot& slot : old) {
+    if (slot.record < 0) continue;
+    std::size_t at = slot.hash & (slots_.size() - 1);
+    while (slots_[at].record != kFree) at = (at + 1) & (slots_.size() - 1);
+    slots_[at] = slot;
+    ++taken_;
+  }
+}
+
 std::int32_t TSweepErrorList::Add(std::unique_ptr<TSweepError> record) {
   const std::int32_t index = Count();
-  index_.emplace(HashProblem(record->PluginID, record->ErrorType, record->Data), index);
   records_.push_back(std::move(record));
+  Enter(index);
   return index;
 }
 
 void TSweepErrorList::Put(std::int32_t index, std::unique_ptr<TSweepError> record) {
   std::unique_ptr<TSweepError>& place = records_[static_cast<std::size_t>(index)];
-  auto [entry, end] =
-      index_.equal_range(HashProblem(place->PluginID, place->ErrorType, place->Data));
-  entry = std::find_if(entry, end, [index](const auto& e) { return e.second == index; });
-  if (entry != end) index_.erase(entry);
-  index_.emplace(HashProblem(record->PluginID, record->ErrorType, record->Data), index);
+  const std::size_t mask = slots_.size() - 1;
+  std::size_t at = HashProblem(place->PluginID, place->ErrorType, place->Data) & mask;
+  while (slots_[at].record != index && slots_[at].record != kFree) at = (at + 1) & mask;
+  // A record that was changed in place is no longer where its data leads; its slot then stays,
+  // and is compared with what is there now.
+  if (slots_[at].record == index) slots_[at].record = kGone;
   place = std::move(record);
+  Enter(index);
 }
 
 bool TSweepErrorList::HasUnfixed(UnicodeView pluginID, std::int32_t errorType,
                                  std::span<const UnicodeString> data) const {
-  const auto [begin, end] = index_.equal_range(HashProblem(pluginID, errorType, data));
-  return std::any_of(begin, end, [&](const auto& entry) {
-    const TSweepError& e = *Get(entry.second);
-    return !e.Fixed && e.ErrorType == errorType && e.PluginID == pluginID &&
-           std::ranges::equal(e.Data, data);
-  });
+  if (slots_.empty()) return false;
+  const std::uint32_t hash = HashProblem(pluginID, errorType, data);
+  const std::size_t mask = slots_.size() - 1;
+  for (std::size_t at = hash & mask; slots_[at].record != kFree; at = (at + 1) & mask) {
+    if (slots_[at].record == kGone || slots_[at].hash != hash) continue;
+    const TSweepError& e = *Get(slots_[at].record);
+    if (!e.Fixed && e.ErrorType == errorType && e.PluginID == pluginID &&
+        std::ranges::equal(e.Data, data)) {
+      return true;
+    }
+  }
+  return false;
 }
 
 void TSweepErrorList::Clear() {
   records_.clear();
-  index_.clear();
+  slots_.clear();
+  taken_ = 0;
 }
 
 // ---- Problem state ------------------------------------------------------------------------

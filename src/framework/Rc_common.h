@@ -50,8 +50,21 @@ class TSweepErrorList {
   void Clear();
 
  private:
+  // One slot for each record, found by the hash of what makes two records equal; at most half of
+  // the slots, whose number is a power of two, were ever taken.
+  struct Slot {
+    std::uint32_t hash = 0;
+    std::int32_t record = kFree;
+  };
+  static constexpr std::int32_t kFree = -1;
+  static constexpr std::int32_t kGone = -2;
+
+  void Enter(std::int32_t index);
+  void Rebuild(std::size_t slots);
+
   std::vector<std::unique_ptr<TSweepError>> records_;
-  std::unordered_multimap<std::size_t, std::int32_t> index_;
+  std::vector<Slot> slots_;
+  std::size_t taken_ = 0;
 };
 
 // ---- Globals: null or zero until the package starts up ------------------------------------

@@ -6,6 +6,7 @@
 #include "registry/CommandLine.h"
 #include "registry/Hashlist.h"
 #include "registry/Stringhelper.h"
+#include "registry/TextTable.h"
 
 namespace scrubwell::paths {
 namespace {
@@ -22,7 +23,7 @@ constexpr UnicodeView kAppPaths = u"Software\\Microsoft\\Windows\\CurrentVersion
 
 struct Memory {
   detail::TextMap<std::optional<UnicodeString>> variables[3];  // by view
-  detail::TextMap<Lookup> lookups[2];                          // by what is wanted
+  detail::TextTable<Lookup> lookups[2];                        // by what is wanted
   std::optional<TStringList> searchFolders;
   bool searchFoldersKnown = true;
 };
@@ -229,7 +230,7 @@ Status ProbeName(UnicodeView text, Want want, UnicodeString& found) {
 
 Lookup Resolve(UnicodeView text, Want want) {
   auto& known = Remembered().lookups[want == Want::File ? 0 : 1];
-  if (const auto it = known.find(text); it != known.end()) return it->second;
+  if (const Lookup* const before = known.Find(text)) return *before;
   Lookup result;
   const UnicodeView trimmed = Trim(text);
   if (!trimmed.empty() && trimmed.size() <= kLongestText && trimmed.front() != u'@') {
@@ -247,8 +248,8 @@ Lookup Resolve(UnicodeView text, Want want) {
     result.argument = argument.Get();
     result.log = log.Get();
   }
-  if (known.size() >= kMostCached) known.clear();
-  known.emplace(text, result);
+  if (known.Size() >= kMostCached) known.Clear();
+  known.Add(text, result);
   return result;
 }
 

@@ -190,6 +190,37 @@ TEST(BasePlugin, KeyItemsNameTheirView) {
   }
 }
 
+TEST(ErrorList, KnowsWhatStandsInIt) {
+  TSweepErrorList list;
+  const auto record = [](std::int32_t type, const TStringList& data) {
+    auto made = std::make_unique<TSweepError>();
+    made->PluginID = u"P";
+    made->ErrorType = type;
+    made->Data = data;
+    return made;
+  };
+  EXPECT_FALSE(list.HasUnfixed(u"P", 1, TStringList{u"a"}));
+  for (std::int32_t i = 0; i < 200; ++i) list.Add(record(i, {u"a", IntToStr(i)}));
+  list.Put(3, record(3, {u"other"}));
+  list[4].Fixed = true;
+  list[5].Data = {u"in place"};
+  list.Put(5, record(5, {u"again"}));
+  struct Row {
+    std::int32_t type;
+    TStringList data;
+    bool there;
+  };
+  const Row kRows[] = {
+      {0, {u"a", u"0"}, true},  {199, {u"a", u"199"}, true}, {0, {u"a", u"199"}, false},
+      {0, {u"0", u"a"}, false}, {3, {u"a", u"3"}, false},    {3, {u"other"}, true},
+      {4, {u"a", u"4"}, false}, {5, {u"a", u"5"}, false},    {5, {u"in place"}, false},
+      {5, {u"again"}, true},
+  };
+  for (const Row& row : kRows) EXPECT_EQ(list.HasUnfixed(u"P", row.type, row.data), row.there);
+  list.Clear();
+  EXPECT_FALSE(list.HasUnfixed(u"P", 0, TStringList{u"a", u"0"}));
+}
+
 TEST(BasePlugin, ManyProblemsAreNotQuadratic) {
   World world;
   auto& plugin = world.Create<TRCPTrial>();

@@ -80,7 +80,8 @@ class ComposedRegistry::Cache {
     RootKey root = RootKey::None;
     bool bits32 = false;
   };
-  static Probe ProbeFor(RootKey root, bool bits32, UnicodeView path);
+  /// The hash of a path, from that of what is in front of this part; 0 is in front of all.
+  static std::uint64_t HashBelow(std::uint64_t hash, UnicodeView part);
   const Place* Find(const Probe& probe, UnicodeView path) const;
   void Store(const Probe& probe, UnicodeView path, const Place& place);
   void Clear() { ++generation_; }
@@ -92,6 +93,12 @@ class ComposedRegistry::Cache {
     UnicodeString path;
     Place place;
   };
+  [[nodiscard]] std::size_t SlotOf(const Probe& probe) const {
+    const std::uint64_t view =
+        static_cast<std::uint64_t>(probe.root) * 2 + (probe.bits32 ? 1U : 0U);
+    return static_cast<std::size_t>((probe.hash + view * 0x9E3779B1U) % slots_.size());
+  }
+
   std::vector<Slot> slots_ = std::vector<Slot>(kFirstSlots);
   std::size_t stored_ = 0;
   std::uint64_t generation_ = 1;

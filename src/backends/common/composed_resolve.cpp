@@ -49,31 +49,29 @@ void AppendPart(UnicodeString* trail, UnicodeView name) {
 
 // ---- Cache --------------------------------------------------------------------------------
 
-ComposedRegistry::Cache::Probe ComposedRegistry::Cache::ProbeFor(RootKey root, bool bits32,
-                                                                 UnicodeView path) {
+std::uint64_t ComposedRegistry::Cache::HashBelow(std::uint64_t hash, UnicodeView part) {
   // Blind to the bit that tells the cases of ASCII letters apart. Other letters in another case
   // are just looked up once more.
   constexpr std::uint64_t caseless = 0xFFDFFFDFFFDFFFDFU;
   constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
   constexpr std::size_t block = sizeof(std::uint64_t) / sizeof(char16_t);
-  std::uint64_t hash = static_cast<std::uint64_t>(root) * 2 + (bits32 ? 1U : 0U);
   const auto mix = [&hash](std::uint64_t units) {
     hash = (hash ^ (units & caseless)) * factor;
     hash ^= hash >> 32U;
   };
   std::size_t at = 0;
-  for (; path.size() - at >= block; at += block) {
+  for (; part.size() - at >= block; at += block) {
     std::uint64_t units = 0;
-    std::memcpy(&units, path.data() + at, sizeof units);
+    std::memcpy(&units, part.data() + at, sizeof units);
     mix(units);
   }
-  for (; at < path.size(); ++at) mix(path[at]);
-  return {hash, root, bits32};
+  for (; at < part.size(); ++at) mix(part[at]);
+  return hash;
 }
 
 const ComposedRegistry::Place* ComposedRegistry::Cache::Find(const Probe& probe,
                                                              UnicodeView path) const {
-  const Slot& slot = slots_[static_cast<std::size_t>(probe.hash % slots_.size())];
+  const Slot& slot = slots_[SlotOf(probe)];
   if (slot.generation != generation_ || slot.probe.hash != probe.hash ||
       slot.probe.root != probe.root || slot.probe.bits32 != probe.bits32)
     return nullptr;
@@ -86,7 +84,7 @@ void ComposedRegistry::Cache::Store(const Probe& probe, UnicodeView path, const 
     slots_ = std::vector<Slot>(slots_.size() * 4);
     stored_ = 0;
   }
-  Slot& slot = slots_[static_cast<std::size_t>(probe.hash % slots_.size())];
+  Slot& slot = slots_[SlotOf(probe)];
   slot.generation = generation_;
   slot.probe = probe;
   slot.path = path;
@@ -105,20 +103,24 @@ ComposedRegistry::Place ComposedRegistry::Resolver::Find(RootKey root, UnicodeVi
     const std::size_t slash = end == UnicodeView::npos ? end : path.find_last_of(u'\\', end);
     kept = path.substr(0, slash == UnicodeView::npos ? 0 : slash);
   }
-  // Ends of the leading parts of the path that the cache is asked for, the root's first.
+  // The leading parts of the path that the cache is asked for: where each ends, the root's first.
   std::array<std::size_t, 32> leads;
+  std::array<std::uint64_t, 32> hashes;
   std::size_t count = 0;
   if (cached) {
-    leads[count++] = 0;
-    for (std::size_t i = 1; i <= kept.size() && count < leads.size(); ++i)
-      if (i == kept.size() || kept[i] == u'\\') leads[count++] = i;
+    leads[0] = 0;
+    hashes[0] = 0;
+    for (count = 1; leads[count - 1] < kept.size() && count < leads.size(); ++count) {
+      const std::size_t begin = leads[count - 1];
+      leads[count] = std::min(kept.find(u'\\', begin + 1), kept.size());
+      hashes[count] = Cache::HashBelow(hashes[count - 1], kept.substr(begin, leads[count] - begin));
+    }
   }
-  const auto probe = [&](UnicodeView lead) { return Cache::ProbeFor(root, bits32_, lead); };
+  const auto probe = [&](std::size_t lead) { return Cache::Probe{hashes[lead], root, bits32_}; };
   Place place;
   std::size_t known = count;  // index behind the lead that was found
   for (; known > 0; --known) {
-    const UnicodeView lead = path.substr(0, leads[known - 1]);
-    const Place* hit = registry_.cache_->Find(probe(lead), lead);
+    const Place* hit = registry_.cache_->Find(probe(known - 1), path.substr(0, leads[known - 1]));
     if (hit == nullptr) continue;
     place = *hit;
     break;
@@ -126,7 +128,7 @@ ComposedRegistry::Place ComposedRegistry::Resolver::Find(RootKey root, UnicodeVi
   std::size_t from = known > 0 ? leads[known - 1] : 0;
   if (known == 0) {
     place = Root(root);
-    if (cached) registry_.cache_->Store(probe({}), {}, place), known = 1;
+    if (cached) registry_.cache_->Store(probe(0), {}, place), known = 1;
   }
   while (HasMore(path, from)) {
     const UnicodeView part = NextPart(path, from);
@@ -135,7 +137,7 @@ ComposedRegistry::Place ComposedRegistry::Resolver::Find(RootKey root, UnicodeVi
       break;
     while (known < count && leads[known] < from) ++known;
     if (known < count && leads[known] == from && (place.user.Ok() || place.machine.Ok()))
-      registry_.cache_->Store(probe(path.substr(0, from)), path.substr(0, from), place);
+      registry_.cache_->Store(probe(known), path.substr(0, from), place);
   }
   return place;
 }

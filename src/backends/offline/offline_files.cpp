@@ -74,7 +74,7 @@ bool IsThere(const FileChange& change) {
 void OfflineFiles::SetRedirection(RedirectionRules rules) {
   rules_ = std::move(rules);
   if (!ParsePath(rules_.systemRoot, systemRoot_)) rules_.is64Bit = false;
-  for (Answers& answers : answers_) answers.clear();
+  for (Answers& answers : answers_) answers.Clear();
 }
 
 DriveKind OfflineFiles::Drive(char16_t letter) {
@@ -147,13 +147,14 @@ Status OfflineFiles::Stat(UnicodeView path, FsView view, FileInfo& out) {
   std::transform(path.begin(), path.end(), key_.begin(),
                  [](char16_t unit) { return UpCase(unit); });
   Answers& answers = answers_[view == FsView::Redirected ? 1 : 0];
-  auto known = answers.find(key_);
-  if (known == answers.end()) {
-    if (answers.size() >= kMaxAnswers) answers.clear();
-    known = answers.emplace(key_, Look(path, view)).first;
+  const Answer* const known = answers.Find(key_);
+  const Answer answer = known != nullptr ? *known : Look(path, view);
+  if (known == nullptr) {
+    if (answers.Size() >= kMaxAnswers) answers.Clear();
+    answers.Add(key_, answer);
   }
-  out = known->second.info;
-  return known->second.status;
+  out = answer.info;
+  return answer.status;
 }
 
 Status OfflineFiles::ListOnDisk(UnicodeView path, FsView view, std::vector<DirEntry>& out) {
@@ -230,7 +231,7 @@ const FileChange* OfflineFiles::ChangeOf(const std::string& local) const {
 
 void OfflineFiles::SetChanges(FileChanges changes) {
   changes_ = std::move(changes);
-  for (Answers& answers : answers_) answers.clear();
+  for (Answers& answers : answers_) answers.Clear();
 }
 
 // This machine's path of a folder that is there, on the disk or among the changes.
@@ -335,7 +336,7 @@ Status OfflineFiles::Change(JournalAction action, const FileTarget& target, File
   } else {
     changes_[target.local] = std::move(change);
   }
-  for (Answers& answers : answers_) answers.clear();
+  for (Answers& answers : answers_) answers.Clear();
   return Status::Ok;
 }
 

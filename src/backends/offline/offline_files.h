@@ -3,11 +3,11 @@
 
 #include <map>
 #include <optional>
-#include <unordered_map>
 
 #include "backends/offline/clean_session.h"
 #include "backends/offline/disk.h"
 #include "backends/offline/drive_tree.h"
+#include "registry/TextTable.h"
 
 namespace scrubwell::offline {
 
@@ -83,7 +83,7 @@ class OfflineFiles final : public IFiles {
     Status status = Status::Unknown;
     FileInfo info;
   };
-  using Answers = std::unordered_map<UnicodeString, Answer>;
+  using Answers = detail::TextTable<Answer>;
 
   Answer Look(UnicodeView path, FsView view);
   Answer LookOnDisk(UnicodeView path, FsView view);

@@ -35,6 +35,21 @@ std::string_view Chars(Span file, std::uint64_t at, std::uint64_t size) {
   return {reinterpret_cast<const char*>(part.data()), part.size()};
 }
 
+bool IsRecord(Span file, std::uint64_t at) {
+  const std::string_view signature = Chars(file, at, kUrlSignature.size());
+  return std::find(std::begin(kSignatures), std::end(kSignatures), signature) !=
+         std::end(kSignatures);
+}
+
+// The library looks for records from the start of the file on. One in front of the first block,
+// which there can't be, would not be among those whose lengths are checked here.
+bool HasRecordInHeader(Span file) {
+  for (std::uint64_t at = 0; at < kFirstBlock; at += kBlockSize) {
+    if (IsRecord(file, at)) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::uint32_t U32(Span data, std::uint64_t at) {
@@ -63,6 +78,7 @@ Status CacheFile::Open(Span file) {
   if (size < kFirstBlock || size > file.size()) return Status::Corrupt;
   // The library takes room for as many cache folders as the header says.
   if (U32(file, kFolderCountAt) > (kBitmapAt - kFoldersAt) / kFolderSize) return Status::Corrupt;
+  if (HasRecordInHeader(file)) return Status::Corrupt;
   file_ = file.first(size);
   blockCount_ = std::min(
       {std::uint64_t{U32(file, kBlockCountAt)}, (size - kFirstBlock) / kBlockSize, kBitmapBlocks});
@@ -120,10 +136,7 @@ bool CacheFile::IsSound(const Record& record) const {
 bool CacheFile::NextRecord(std::uint64_t& block, Record& out) const {
   for (; block < blockCount_; ++block) {
     out = {kFirstBlock + block * kBlockSize, 0};
-    const std::string_view signature = Chars(file_, out.offset, kUrlSignature.size());
-    const bool known = std::find(std::begin(kSignatures), std::end(kSignatures), signature) !=
-                       std::end(kSignatures);
-    if (known && IsAllocated(block) && Spans(out.offset, out.blocks)) {
+    if (IsRecord(file_, out.offset) && IsAllocated(block) && Spans(out.offset, out.blocks)) {
       block += out.blocks;
       return true;
     }

@@ -169,6 +169,10 @@ class ListEntries {
   [[nodiscard]] CellOffset operator[](std::size_t entry) const {
     return Get32(list_, 4 + entry * stride_);
   }
+  /// What stands behind the offset; only where the stride is 8.
+  [[nodiscard]] std::uint32_t Hint(std::size_t entry) const {
+    return Get32(list_, 8 + entry * stride_);
+  }
   /// False when this is no list or claims more entries than fit its cell.
   [[nodiscard]] bool Whole() const { return whole_; }
 

@@ -22,6 +22,31 @@ bool IsHive(ByteView file) {
   return file.size() >= 4 && file[0] == 'r' && file[1] == 'e' && file[2] == 'g' && file[3] == 'f';
 }
 
+/// A name in upper case. Look-ups are too many for each to ask for memory.
+class UpperName {
+ public:
+  explicit UpperName(UnicodeView name) {
+    if (name.size() > short_.size()) {
+      long_ = UpperCase(name);
+      view_ = long_;
+      return;
+    }
+    std::transform(name.begin(), name.end(), short_.begin(), [](char16_t unit) {
+      const bool ascii = unit < 0x80;
+      return !ascii ? UpCase(unit) : unit >= u'a' && unit <= u'z' ? char16_t(unit - 32) : unit;
+    });
+    view_ = UnicodeView(short_.data(), name.size());
+  }
+  UpperName(const UpperName&) = delete;
+  UpperName& operator=(const UpperName&) = delete;
+  operator UnicodeView() const { return view_; }
+
+ private:
+  std::array<char16_t, 64> short_;
+  UnicodeString long_;
+  UnicodeView view_;
+};
+
 /// Tells keys that a list names twice. In a list that ascends strictly no key can come twice, so
 /// nothing is remembered until the order breaks.
 class RepeatGuard {
@@ -168,6 +193,7 @@ std::string Hive::WhyUnreadable(const std::string& name) const {
 }
 
 std::span<std::uint8_t> Hive::Changeable() {
+  cursors_.fill({});
   return source_->bytes;
 }
 
@@ -247,7 +273,9 @@ bool Hive::HasEmptyLeaf(ByteView list) const {
 Status Hive::VisitSubkeys(CellOffset key, SubkeyVisitor visit) const {
   KeyFacts facts;
   if (Key(key, facts) != Status::Ok) return Status::Corrupt;
-  return ScanSubkeys(key, facts, visit) == Order::Damaged ? Status::Corrupt : Status::Ok;
+  const Order order = ScanSubkeys(key, facts, visit);
+  if (order == Order::Ascending && facts.subkeyCount > 1) CursorOf(key) = {key, 0, 0};
+  return order == Order::Damaged ? Status::Corrupt : Status::Ok;
 }
 
 Status Hive::Subkeys(CellOffset key, std::vector<Subkey>& out) const {
@@ -283,9 +311,28 @@ Hive::Order Hive::OrderOf(CellOffset key, const KeyFacts& facts) const {
   return order;
 }
 
+/// The entry of an `lh` leaf by the hashes beside its offsets, which lie close together while keys
+/// are all over the file. Hashes may be wrong, so NoCell proves nothing.
+CellOffset Hive::SearchHashes(CellOffset parent, const ListEntries& entries,
+                              UnicodeView upper) const {
+  const std::uint32_t hash = NameHash(upper);
+  KeyFacts facts;
+  for (std::size_t i = 0; i < entries.Count(); ++i) {
+    if (entries.Hint(i) == hash && ChildKey(parent, entries[i], facts) == Status::Ok &&
+        facts.name.CompareUpper(upper) == 0) {
+      return entries[i];
+    }
+  }
+  return NoCell;
+}
+
 /// The entry whose key has this name, or NoCell. What can't be read ends the search.
 CellOffset Hive::SearchLeaf(CellOffset parent, ByteView leaf, UnicodeView upper) const {
   const ListEntries entries(leaf);
+  if (HasSignature(leaf, "lh")) {
+    const CellOffset found = SearchHashes(parent, entries, upper);
+    if (found != NoCell) return found;
+  }
   std::size_t low = 0;
   std::size_t high = entries.Count();
   KeyFacts facts;
@@ -295,6 +342,30 @@ CellOffset Hive::SearchLeaf(CellOffset parent, ByteView leaf, UnicodeView upper)
     const int order = facts.name.CompareUpper(upper);
     if (order == 0) return entries[middle];
     (order < 0 ? low : high) = order < 0 ? middle + 1 : middle;
+  }
+  return NoCell;
+}
+
+/// The key that the cursor is at or the one behind it, when it has this name; the cursor then
+/// moves on.
+CellOffset Hive::NextInOrder(Cursor& cursor, ByteView list, UnicodeView upper) const {
+  ByteView leaf = list;
+  if (HasSignature(list, "ri")) {
+    const ListEntries leaves(list);
+    if (cursor.leaf >= leaves.Count()) return NoCell;
+    leaf = cells_.Leaf(leaves[cursor.leaf]);
+  }
+  const ListEntries entries(leaf);
+  KeyFacts facts;
+  // Now and then one is left out.
+  const std::size_t end = std::min(entries.Count(), cursor.entry + 2);
+  for (std::size_t entry = cursor.entry; entry < end; ++entry) {
+    const CellOffset key = entries[entry];
+    if (ChildKey(cursor.parent, key, facts) != Status::Ok) return NoCell;
+    if (facts.name.CompareUpper(upper) != 0) continue;
+    cursor.entry = entry + 1;
+    if (cursor.entry == entries.Count()) cursor = {cursor.parent, cursor.leaf + 1, 0};
+    return key;
   }
   return NoCell;
 }
@@ -322,8 +393,10 @@ Status Hive::Child(CellOffset parent, UnicodeView name, CellOffset& out) const {
   if (Key(parent, facts) != Status::Ok) return Status::Corrupt;
   if (facts.subkeyCount == 0) return Status::Absent;
   const ByteView list = cells_.List(Get32(cells_.Content(parent), nk::SubkeyList));
-  const UnicodeString upper = UpperCase(name);
-  out = Search(parent, list, upper);
+  const UpperName upper(name);
+  Cursor& cursor = CursorOf(parent);
+  out = cursor.parent == parent ? NextInOrder(cursor, list, upper) : NoCell;
+  if (out == NoCell) out = Search(parent, list, upper);
   if (out != NoCell) return Status::Ok;
   // A search that misses proves nothing unless the list is in order. That is found out once.
   const Order order = OrderOf(parent, facts);

@@ -1,6 +1,7 @@
 // Reader of registry hive files (regf 1.3 to 1.6). Works on mapped memory, trusts nothing in it.
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <span>
@@ -151,6 +152,15 @@ class Hive {
     Damaged,    ///< some entry can't be read, or the number of entries is not the key's
   };
 
+  /// Where in a list of subkeys the last look-up ended. Who walks over a key's subkeys asks for
+  /// them by name in the order of the list, so that the next one is found with one look.
+  struct Cursor {
+    CellOffset parent = NoCell;
+    std::size_t leaf = 0;   ///< where the list has several
+    std::size_t entry = 0;  ///< the next one
+  };
+  static constexpr std::size_t CursorCount = 16;
+
   // An editor changes the bytes under a hive of its own, and takes care of orders_.
   friend class Editor;
   /// The image, when it lies in memory of our own.
@@ -173,7 +183,10 @@ class Hive {
   Status VisitValues(CellOffset key, ValueVisitor visit) const;
   Status ReadData(const ValueFacts& value, ByteView& whole, ByteView& segments) const;
   [[nodiscard]] bool HasEmptyLeaf(ByteView list) const;
+  Cursor& CursorOf(CellOffset parent) const { return cursors_[parent / 8 % CursorCount]; }
+  CellOffset NextInOrder(Cursor& cursor, ByteView list, UnicodeView upper) const;
   CellOffset Search(CellOffset parent, ByteView list, UnicodeView upper) const;
+  CellOffset SearchHashes(CellOffset parent, const ListEntries& entries, UnicodeView upper) const;
   CellOffset SearchLeaf(CellOffset parent, ByteView leaf, UnicodeView upper) const;
 
   std::unique_ptr<Source> source_;
@@ -182,6 +195,7 @@ class Hive {
   CellOffset root_ = NoCell;
   HiveFacts facts_;
   mutable std::unordered_map<CellOffset, Order> orders_;
+  mutable std::array<Cursor, CursorCount> cursors_;
 };
 
 }  // namespace scrubwell::regf

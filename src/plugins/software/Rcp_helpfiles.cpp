@@ -89,14 +89,7 @@ void TRCPHelpFiles::Check_Help(UnicodeView fileName, UnicodeView folder, TZmRegO
 }
 
 bool TRCPHelpFiles::CleanError(const TSweepError& error) {
-  if (error.ErrorType >= kHelpMissing && error.ErrorType <= kEmptyFile) {
-    RootKey root = RootKey::None;
-    UnicodeString key;
-    UnicodeString valueName;
-    TZmRegOptions opts;
-    GetErrorRegValue(error, u"existingkey", u"existingvalue", root, key, valueName, opts);
-    DeleteRegValueWrapper(root, key, valueName, opts);
-  }
+  if (error.ErrorType >= kHelpMissing && error.ErrorType <= kEmptyFile) DeleteErrorRegValue(error);
   // Deliberately a success whatever came of it: what has gone already counts as repaired.
   return true;
 }

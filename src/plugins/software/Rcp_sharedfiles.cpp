@@ -68,14 +68,7 @@ void TRCPSharedFiles::Check_SharedDLL(UnicodeView fileName, UnicodeView /*valueD
 }
 
 bool TRCPSharedFiles::CleanError(const TSweepError& error) {
-  if (error.ErrorType == kMissingFile) {
-    RootKey root = RootKey::None;
-    UnicodeString key;
-    UnicodeString valueName;
-    TZmRegOptions opts;
-    GetErrorRegValue(error, u"existingkey", u"existingvalue", root, key, valueName, opts);
-    DeleteRegValueWrapper(root, key, valueName, opts);
-  }
+  if (error.ErrorType == kMissingFile) DeleteErrorRegValue(error);
   // A value that has gone already counts as repaired, and so does, deliberately, any other failure.
   return true;
 }

@@ -139,14 +139,8 @@ void TRCPAutostart::Check_Task(UnicodeView job, UnicodeView application) {
 
 bool TRCPAutostart::CleanError(const TSweepError& error) {
   switch (error.ErrorType) {
-    case kMissingProgram: {
-      RootKey root = RootKey::None;
-      UnicodeString key;
-      UnicodeString valueName;
-      TZmRegOptions opts;
-      GetErrorRegValue(error, u"existingkey", u"existingvalue", root, key, valueName, opts);
-      return DeleteRegValueWrapper(root, key, valueName, opts);
-    }
+    case kMissingProgram:
+      return DeleteErrorRegValue(error);
     case kInvalidTask:
       return Clean_Task(error);
     default:

@@ -136,14 +136,7 @@ void TRCPFonts::Check_Font(UnicodeView fontsKey, UnicodeView fontName, UnicodeVi
 }
 
 bool TRCPFonts::CleanError(const TSweepError& error) {
-  if (error.ErrorType == kMissingFile || error.ErrorType == kEmptyFile) {
-    RootKey root = RootKey::None;
-    UnicodeString key;
-    UnicodeString valueName;
-    TZmRegOptions opts;
-    GetErrorRegValue(error, u"existingkey", u"existingvalue", root, key, valueName, opts);
-    DeleteRegValueWrapper(root, key, valueName, opts);
-  }
+  if (error.ErrorType == kMissingFile || error.ErrorType == kEmptyFile) DeleteErrorRegValue(error);
   // Deliberately a success whatever came of it: an entry of a key that both views share has gone
   // with its twin.
   return true;

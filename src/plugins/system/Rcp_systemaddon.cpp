@@ -93,16 +93,8 @@ void TRCPSystemAddOn::CheckBrowserHelperObjects() {
 }
 
 bool TRCPSystemAddOn::CleanError(const TSweepError& error) {
-  if (error.ErrorType == kMissingCodec) {
-    RootKey root = RootKey::None;
-    UnicodeString key;
-    UnicodeString valueName;
-    TZmRegOptions opts;
-    GetErrorRegValue(error, u"existingkey", u"existingvalue", root, key, valueName, opts);
-    DeleteRegValueWrapper(root, key, valueName, opts);
-  } else if (error.ErrorType == kOrphanedHelper) {
-    Clean_BrowserHelperObject(error);
-  }
+  if (error.ErrorType == kMissingCodec) DeleteErrorRegValue(error);
+  if (error.ErrorType == kOrphanedHelper) Clean_BrowserHelperObject(error);
   return true;  // deliberately, whatever came of it
 }
 

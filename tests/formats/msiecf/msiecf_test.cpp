@@ -52,6 +52,7 @@ TEST(Msiecf, ChangesNothingInDoubt) {
       {"tables in a ring", kTable + 8, kTable, 4, Status::Corrupt, Status::Corrupt},
       {"no blocks at all", 36, 0, 4, Status::Corrupt, Status::Corrupt},
       {"endless cache folders", 72, 0xFFFA0000, 4, Status::Corrupt, Status::Corrupt},
+      {"record in the header", 5760, 0x48534148, 4, Status::Corrupt, Status::Corrupt},
       {"cached file", Record(0) + 60, 110, 4, Status::Denied, Status::Ok},
       {"foreign block", 0x254, 0x0D, 1, Status::Corrupt, Status::Ok},
       {"count too small", 40, 1, 4, Status::Corrupt, Status::Ok},
