@@ -23,6 +23,12 @@ function(scrubwell_box dir)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${dir}/*.cpp)
   # A program's entry point belongs to the product, not to the box.
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  # Sources that only one of the systems has say so by their names.
+  if(WIN32)
+    list(FILTER sources EXCLUDE REGEX "_(posix|offline)\\.cpp$")
+  else()
+    list(FILTER sources EXCLUDE REGEX "_windows\\.cpp$")
+  endif()
   if(sources)
     add_library(scrubwell_${name} STATIC ${sources})
     set(scope PUBLIC)

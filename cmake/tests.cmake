@@ -51,6 +51,16 @@ if(WIN32)
   # What depends on the width of the numbers, and what only Windows has.
   scrubwell_tests(registry)
   scrubwell_tests(backends/windows backends/memory hosts/driver)
+
+  # The program itself in a Windows of its own, furnished by a helper that links nothing of it but
+  # headers. What is read offline there is read by the programs for the building machine.
+  set(SCRUBWELL_OFFLINE_BUILD ${CMAKE_SOURCE_DIR}/out/test CACHE PATH
+    "Where the programs for the building machine lie")
+  add_executable(plant ${CMAKE_SOURCE_DIR}/tests/hosts/live/plant.cpp)
+  target_link_libraries(plant PRIVATE scrubwell_options ole32 oleaut32 uuid wininet)
+  add_test(NAME live_program COMMAND ${PYTHON3} ${CMAKE_SOURCE_DIR}/tests/hosts/live/program_test.py
+    $<TARGET_FILE:scrubwell> $<TARGET_FILE:plant> ${CMAKE_SOURCE_DIR} ${SCRUBWELL_OFFLINE_BUILD})
+  set_tests_properties(live_program PROPERTIES TIMEOUT 600)
   return()
 endif()
 

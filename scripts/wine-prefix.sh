@@ -12,7 +12,7 @@ set -eu
 here=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
 # shellcheck source=/dev/null
 . "$here/wine-env.sh"
-ready="$SCRUBWELL_WINE_HOME/ready"
+ready="$SCRUBWELL_WINE_HOME/complete"
 
 stop_server() {
   [ ! -d "$WINEPREFIX" ] || "$SCRUBWELL_WINE/wineserver64" -k >/dev/null 2>&1 </dev/null || true
@@ -39,6 +39,8 @@ make_prefix() {
   # What it changed is written when the server ends.
   "$SCRUBWELL_WINE/wineserver64" -w >/dev/null 2>&1 </dev/null
   make_folders_real
+  # For tests that want one to themselves. Wine replaces its registry's files, so this one's stay.
+  cp -al "$WINEPREFIX" "$SCRUBWELL_WINE_HOME/fresh"
   : >"$ready"
 }
 

@@ -3,7 +3,8 @@
 #
 #   wine-run.sh PROGRAM.EXE [ARGUMENT...]
 #
-# The prefix is scripts/wine-prefix.sh's. Exit status: the program's.
+# The prefix is scripts/wine-prefix.sh's. The program has no input, unless SCRUBWELL_WINE_CONSOLE is
+# set: then a terminal becomes its console. Exit status: the program's.
 set -eu
 
 here=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
@@ -17,4 +18,5 @@ header=$(od -An -tu4 -j60 -N4 "$program" | tr -d ' ')
 machine=$(od -An -tx2 -j$((header + 4)) -N2 "$program" | tr -d ' ')
 loader=wine
 [ "$machine" = 8664 ] && loader=wine64
-exec "$SCRUBWELL_WINE/$loader" "$program" "$@" </dev/null
+[ -n "${SCRUBWELL_WINE_CONSOLE:-}" ] || exec </dev/null
+exec "$SCRUBWELL_WINE/$loader" "$program" "$@"

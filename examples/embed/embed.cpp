@@ -1,10 +1,14 @@
 // A host in one page: opens the package as a module, shows it a Windows, scans, prints what was
 // found, repairs it, and closes the module again.
 //
-//   embed FOLDER/scrubwell_package.so
+//   embed FOLDER/scrubwell_package.so      (on Windows: scrubwell_package.dll)
 //
 // It links nothing of Scrubwell; the headers are enough.
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 
 #include <iostream>
 
@@ -35,19 +39,41 @@ std::string Utf8(UnicodeView text) {
   return bytes;
 }
 
+#ifdef _WIN32
+void* OpenModule(const char* file) {
+  return LoadLibraryA(file);
+}
+void CloseModule(void* module) {
+  FreeLibrary(static_cast<HMODULE>(module));
+}
+void* FindFunction(void* module, const char* name) {
+  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name));
+}
+#else
+void* OpenModule(const char* file) {
+  return dlopen(file, RTLD_NOW | RTLD_LOCAL);
+}
+void CloseModule(void* module) {
+  dlclose(module);
+}
+void* FindFunction(void* module, const char* name) {
+  return dlsym(module, name);
+}
+#endif
+
 // The module, open from here to the end of the block.
 class Module {
  public:
-  explicit Module(const char* file) : handle_(dlopen(file, RTLD_NOW | RTLD_LOCAL)) {}
+  explicit Module(const char* file) : handle_(OpenModule(file)) {}
   ~Module() {
-    if (handle_ != nullptr) dlclose(handle_);
+    if (handle_ != nullptr) CloseModule(handle_);
   }
   Module(const Module&) = delete;
   Module& operator=(const Module&) = delete;
 
   template <class Function>
   Function* Find(const char* name) const {
-    return handle_ == nullptr ? nullptr : reinterpret_cast<Function*>(dlsym(handle_, name));
+    return handle_ == nullptr ? nullptr : reinterpret_cast<Function*>(FindFunction(handle_, name));
   }
 
  private:
@@ -114,7 +140,7 @@ int main(int argc, char** argv) {
   auto* load = module.Find<decltype(ScrubwellLoad)>("ScrubwellLoad");
   auto* unload = module.Find<decltype(ScrubwellUnload)>("ScrubwellUnload");
   if (load == nullptr || unload == nullptr) {
-    std::cerr << "embed: " << dlerror() << '\n';
+    std::cerr << "embed: " << argv[1] << ": is no such module\n";
     return 3;
   }
   const TPackageInterface* package = load(&windows.platform, TLanguage::English);

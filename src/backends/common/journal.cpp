@@ -91,8 +91,9 @@ bool TakeFile(const JsonValue& json, JournalEntry& entry) {
   return true;
 }
 
-bool IsFileAction(JournalAction action) {
-  return action >= JournalAction::WriteFile;
+// All others keep what they need as a file does: content, marks, and what else belongs to it.
+bool IsRegistryAction(JournalAction action) {
+  return action < JournalAction::WriteFile;
 }
 
 void PutEntry(JsonLine& line, const JournalEntry& entry) {
@@ -105,7 +106,7 @@ void PutEntry(JsonLine& line, const JournalEntry& entry) {
   line.Number("subkeys", static_cast<std::int64_t>(item.subkeys))
       .Number("values", static_cast<std::int64_t>(item.values))
       .Number("bytes", static_cast<std::int64_t>(item.bytes));
-  if (IsFileAction(item.action)) {
+  if (!IsRegistryAction(item.action)) {
     PutFile(line, entry);
     return;
   }
@@ -125,7 +126,8 @@ void PutEntry(JsonLine& line, const JournalEntry& entry) {
 bool TakeEntry(const JsonValue& json, JournalEntry& entry) {
   JournalItem& item = entry.item;
   item.id = json.Raw("item");
-  if (json.Count("action") > static_cast<std::uint64_t>(JournalAction::KeepFile)) return false;
+  constexpr auto kLast = static_cast<std::uint64_t>(JournalAction::RemoveFirewallApplication);
+  if (json.Count("action") > kLast) return false;
   item.action = static_cast<JournalAction>(json.Count("action"));
   if (json.Has("of")) item.problem = static_cast<std::size_t>(json.Count("of"));
   item.place = json["place"].text;
@@ -133,7 +135,7 @@ bool TakeEntry(const JsonValue& json, JournalEntry& entry) {
   item.subkeys = json.Count("subkeys");
   item.values = json.Count("values");
   item.bytes = json.Count("bytes");
-  if (IsFileAction(item.action)) return TakeFile(json, entry);
+  if (!IsRegistryAction(item.action)) return TakeFile(json, entry);
   entry.hive = json["hive"].text;
   entry.path = json["path"].text;
   if (!TakeTree(json, entry.tree)) return false;
@@ -145,14 +147,15 @@ bool TakeEntry(const JsonValue& json, JournalEntry& entry) {
          (item.action != JournalAction::DeleteKey || !entry.tree.empty());
 }
 
-bool TakeLine(const JsonValue& json, Journal& out, bool& closed) {
-  if (closed) return false;
+bool TakeLine(const JsonValue& json, Journal& out) {
+  if (out.closed) return false;
   if (json.Has("journal")) {
     out.info.time = json.Raw("time");
     out.info.target = json.Raw("target");
     out.info.product = json["product"].text;
     out.info.undoes = json.Raw("undoes");
     out.identity = json["identity"].text;
+    out.live = json.Count("live") != 0;
     return json["journal"].number == kFormat;
   }
   if (json.Has("problem")) {
@@ -164,8 +167,13 @@ bool TakeLine(const JsonValue& json, Journal& out, bool& closed) {
     problem.fixed = json.Count("fixed") != 0;
     return true;
   }
+  if (json.Has("dropped")) {
+    if (out.entries.empty() || out.entries.back().item.id != json.Raw("dropped")) return false;
+    out.entries.pop_back();
+    return true;
+  }
   if (json.Has("end")) {
-    closed = true;
+    out.closed = true;
     return json.Count("end") == out.entries.size();
   }
   return TakeEntry(json, out.entries.emplace_back()) &&
@@ -193,29 +201,49 @@ std::uint64_t ContentHash(std::span<const std::uint8_t> data, std::uint64_t seed
   return seed;
 }
 
-std::string FormatJournal(const Journal& journal) {
-  std::uint64_t chain = 0;
+std::string JournalLines::Head(const Journal& journal) {
   JsonLine head;
   head.Number("journal", kFormat).Raw("time", journal.info.time);
   head.Raw("target", journal.info.target).Text("product", journal.info.product);
   head.Raw("undoes", journal.info.undoes).Text("identity", journal.identity);
-  std::string text = head.Close(chain);
+  if (journal.live) head.Number("live", 1);
+  std::string text = head.Close(chain_);
   for (std::size_t i = 0; i < journal.problems.size(); ++i) {
     const JournalProblem& problem = journal.problems[i];
     JsonLine line;
     line.Number("problem", static_cast<std::int64_t>(i)).Raw("id", problem.id);
     line.Text("plugin", problem.plugin).Number("kind", problem.kind);
     line.Text("caption", problem.caption).Number("fixed", problem.fixed ? 1 : 0);
-    text += line.Close(chain);
+    text += line.Close(chain_);
   }
-  for (const JournalEntry& entry : journal.entries) {
-    JsonLine line;
-    PutEntry(line, entry);
-    text += line.Close(chain);
-  }
+  return text;
+}
+
+std::string JournalLines::Entry(const JournalEntry& entry) {
+  JsonLine line;
+  PutEntry(line, entry);
+  ++entries_;
+  return line.Close(chain_);
+}
+
+std::string JournalLines::Dropped(const JournalEntry& entry) {
+  JsonLine line;
+  line.Raw("dropped", entry.item.id);
+  --entries_;
+  return line.Close(chain_);
+}
+
+std::string JournalLines::End() {
   JsonLine end;
-  end.Number("end", static_cast<std::int64_t>(journal.entries.size()));
-  return text + end.Close(chain);
+  end.Number("end", entries_);
+  return end.Close(chain_);
+}
+
+std::string FormatJournal(const Journal& journal) {
+  JournalLines lines;
+  std::string text = lines.Head(journal);
+  for (const JournalEntry& entry : journal.entries) text += lines.Entry(entry);
+  return text + lines.End();
 }
 
 Journal LoadJournal(const std::string& folder) {
@@ -229,12 +257,17 @@ Journal LoadJournal(const std::string& folder) {
     return journal;
   }
   std::vector<JsonValue> lines;
-  bool closed = false;
-  bool good = ReadJsonLines({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, lines) &&
-              !lines.empty() && lines.front().Has("journal");
-  for (const JsonValue& line : lines) good = good && TakeLine(line, journal, closed);
-  if (!good || !closed) {
+  std::string_view rest;
+  ReadJsonLines({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, lines, &rest);
+  bool good = !lines.empty() && lines.front().Has("journal");
+  for (const JsonValue& line : lines) good = good && TakeLine(line, journal);
+  // A crash cuts the line that was being written and none before it.
+  const bool isCut = rest.find('\n') >= rest.size() - std::min<std::size_t>(rest.size(), 1);
+  if (!good || !(journal.live ? isCut && (rest.empty() || !journal.closed)
+                              : rest.empty() && journal.closed)) {
     journal.info.error = folder + ": the session's journal is cut off or was changed";
+  } else if (journal.live) {
+    journal.info.carriedOut = true;
   }
   journal.info.items = journal.entries.size();
   LoadUndone(folder, journal);

@@ -49,6 +49,10 @@ struct JournalEntry {
 struct Journal {
   SessionInfo info;
   UnicodeString identity;  ///< of the Windows it was made on
+  /// Made on the running system: each entry was written just before its change was made, so that
+  /// an end that is missing takes nothing from what stands before it.
+  bool live = false;
+  bool closed = false;  ///< the end is there
   std::vector<JournalProblem> problems;
   std::vector<JournalEntry> entries;
 };
@@ -61,8 +65,25 @@ inline constexpr std::string_view kFilesFolder = "/files";
 inline constexpr std::string_view kHivesFolder = "/hives";
 
 std::string FormatJournal(const Journal& journal);
-/// Reads a session's folder; one sentence in `info.error` when the journal is not whole. Contents
-/// of files are left where they are.
+
+/// Formats a journal line by line, for one that grows with the changes it tells of: what a function
+/// gives is to be written before the next one is called.
+class JournalLines {
+ public:
+  /// All that stands before the first entry.
+  std::string Head(const Journal& journal);
+  std::string Entry(const JournalEntry& entry);
+  /// The change of the last entry was not made after all: it counts no more.
+  std::string Dropped(const JournalEntry& entry);
+  std::string End();
+
+ private:
+  std::uint64_t chain_ = 0;
+  std::int64_t entries_ = 0;
+};
+
+/// Reads a session's folder; one sentence in `info.error` when the journal is not whole. A live one
+/// may lack its end, and may break off in its last line. Contents of files are left where they are.
 Journal LoadJournal(const std::string& folder);
 /// Tells contents apart that differ by accident (FNV-1a, 64 bits).
 std::uint64_t ContentHash(std::span<const std::uint8_t> data,

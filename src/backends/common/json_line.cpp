@@ -210,20 +210,23 @@ bool JsonValue::Data(std::string_view name, Bytes& out) const {
   return true;
 }
 
-bool ReadJsonLines(std::string_view bytes, std::vector<JsonValue>& out) {
+bool ReadJsonLines(std::string_view bytes, std::vector<JsonValue>& out, std::string_view* rest) {
   std::uint64_t chain = 0;
-  while (!bytes.empty()) {
+  for (;;) {
+    if (rest != nullptr) *rest = bytes;
+    if (bytes.empty()) return true;
     const std::size_t end = bytes.find('\n');
     if (end == std::string_view::npos) return false;
     const std::string_view line = bytes.substr(0, end);
-    bytes.remove_prefix(end + 1);
     const std::size_t sum = line.rfind(kSumName);
     if (sum == std::string_view::npos) return false;
     chain = LineSum(line.substr(0, sum), chain);
     if (line.substr(sum) != std::string(kSumName) + Hex(chain, 16) + "\"}") return false;
-    if (!Parser(line).Parse(out.emplace_back())) return false;
+    JsonValue value;
+    if (!Parser(line).Parse(value)) return false;
+    out.push_back(std::move(value));
+    bytes.remove_prefix(end + 1);
   }
-  return true;
 }
 
 }  // namespace scrubwell

@@ -47,7 +47,8 @@ struct JsonValue {
 };
 
 /// Reads lines up to the first one that is cut, changed or out of its place; false when there is
-/// one. Nesting deeper than 16 is refused.
-bool ReadJsonLines(std::string_view bytes, std::vector<JsonValue>& out);
+/// one, and `rest` is then what begins with it. Nesting deeper than 16 is refused.
+bool ReadJsonLines(std::string_view bytes, std::vector<JsonValue>& out,
+                   std::string_view* rest = nullptr);
 
 }  // namespace scrubwell

@@ -1,10 +1,28 @@
 #include "backends/common/local_file.h"
 
+#include <cstdlib>
 #include <fstream>
 
 namespace scrubwell {
 
 namespace fs = std::filesystem;
+
+std::string LocalVariable(const std::string& name) {
+#ifdef _WIN32
+  // The narrow environment is in a code page that can't hold every user's name.
+  const wchar_t* const value = _wgetenv(LocalPath(name).c_str());
+  const std::u8string text = value == nullptr ? std::u8string() : fs::path(value).u8string();
+  return {text.begin(), text.end()};
+#else
+  const char* const value = std::getenv(name.c_str());
+  return value == nullptr ? std::string() : value;
+#endif
+}
+
+std::string WithSlashes(const std::string& path) {
+  const std::u8string text = LocalPath(path).generic_u8string();
+  return {text.begin(), text.end()};
+}
 
 fs::path LocalPath(const std::string& path) {
   return {std::u8string(path.begin(), path.end())};

@@ -8,6 +8,10 @@
 
 namespace scrubwell {
 
+/// A variable of the program's environment; empty when it is not set.
+std::string LocalVariable(const std::string& name);
+/// A path of this machine's own with slashes for its separators.
+std::string WithSlashes(const std::string& path);
 std::filesystem::path LocalPath(const std::string& path);
 /// The last part of a path.
 std::string NameOf(const std::filesystem::path& path);

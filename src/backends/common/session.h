@@ -45,6 +45,9 @@ enum class JournalAction : std::uint8_t {
   EraseFile,
   EraseFolder,  ///< an empty one
   KeepFile,     ///< nothing changes: a copy was asked for
+  RemoveTask,   ///< by its scheduler; the place is the task's file, the name the task's
+  RemoveUrl,    ///< from the browser's history; the place is the address
+  RemoveFirewallApplication,  ///< the place is the program's file, the name what the list calls it
 };
 
 /// One change, as the user is shown it. The data to undo it is kept beside.

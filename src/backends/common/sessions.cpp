@@ -1,6 +1,5 @@
 // The sessions that a backup folder holds.
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 
 #include "backends/common/journal.h"
@@ -36,11 +35,15 @@ std::string FolderOrDefault(const std::string& backupFolder) {
 }  // namespace
 
 std::string DefaultBackupFolder() {
-  const char* const state = std::getenv("XDG_STATE_HOME");
-  if (state != nullptr && *state == '/') return std::string(state) + "/scrubwell";
-  const char* const home = std::getenv("HOME");
-  if (home != nullptr && *home == '/') return std::string(home) + "/.local/state/scrubwell";
-  return {};
+#ifdef _WIN32
+  const std::string local = LocalVariable("LOCALAPPDATA");
+  return local.empty() ? local : WithSlashes(local) + "/Scrubwell/Sessions";
+#else
+  const std::string state = LocalVariable("XDG_STATE_HOME");
+  if (state.starts_with('/')) return state + "/scrubwell";
+  const std::string home = LocalVariable("HOME");
+  return home.starts_with('/') ? home + "/.local/state/scrubwell" : std::string();
+#endif
 }
 
 std::vector<SessionInfo> ListSessions(const std::string& backupFolder) {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "backends/common/composed_registry.h"
+#include "backends/common/ini_profiles.h"
 #include "backends/offline/offline_backend.h"
 #include "backends/offline/offline_browser.h"
-#include "backends/offline/offline_profiles.h"
 #include "backends/offline/offline_resources.h"
 #include "backends/offline/offline_services.h"
 #include "backends/offline/offline_shell.h"
@@ -44,7 +44,7 @@ struct OfflineBackend::Parts {
     offline::TextServices text;
     offline::OfflineShell shell;
     offline::OfflineResources resources;
-    offline::OfflineProfiles profiles;
+    IniProfiles profiles;
     offline::OfflineServices services;
     offline::OfflineTasks tasks;
     offline::OfflineFirewall firewall;

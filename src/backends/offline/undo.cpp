@@ -1,9 +1,8 @@
 // Putting back what a session changed, through a session of its own.
 #include <algorithm>
 #include <filesystem>
-#include <unordered_map>
-#include <unordered_set>
 
+#include "backends/common/undo_choice.h"
 #include "backends/offline/guards.h"
 #include "backends/offline/session_parts.h"
 
@@ -20,38 +19,13 @@ UndoResult Failed(CleanFailure failure, std::string error) {
   return result;
 }
 
-UnicodeString KeyMark(UnicodeView hive, UnicodeView path) {
-  return UpperCase(hive) + u'|' + UpperCase(path);
-}
-
-UnicodeString ValueMark(UnicodeView hive, UnicodeView path, UnicodeView name) {
-  return KeyMark(hive, path) + UnicodeString(u"\\\0", 2) + UpperCase(name);
-}
-
-UnicodeString Below(UnicodeView path, UnicodeView name) {
-  return path.empty() ? UnicodeString(name) : UnicodeString(path) + u'\\' + UnicodeString(name);
-}
-
-// Calls use(key, its path in the hive) for each key of a subtree that went.
-template <class Use>
-void ForEachKey(const JournalEntry& entry, Use&& use) {
-  std::vector<UnicodeString> paths;
-  for (const KeyImage& key : entry.tree) {
-    paths.resize(key.level);
-    paths.push_back(key.level == 0 ? entry.path : Below(paths.back(), key.name));
-    use(key, paths.back());
-  }
-}
-
 }  // namespace
 
 /// One undo under way.
 struct UndoRun {
-  UndoRun(CleanSession& session, const Journal& from) : parts(*session.parts_), journal(from) {
-    for (const JournalEntry& entry : journal.entries) Remember(entry);
-  }
+  UndoRun(CleanSession& session, const Journal& from)
+      : parts(*session.parts_), journal(from), changed(from) {}
 
-  void Remember(const JournalEntry& entry);
   UndoItem Restore(const JournalEntry& entry);
 
   CleanSession::Parts& parts;
@@ -82,36 +56,15 @@ struct UndoRun {
   offline::RegfHive* hive = nullptr;
   regf::Editor* editor = nullptr;
   UnicodeString hivePath;
-  std::unordered_map<UnicodeString, const KeyImage*> images;  // of every key that went
-  std::unordered_set<UnicodeString> touched;  // keys and values that the session itself changed
+  ChangedPlaces changed;
 };
 
-void UndoRun::Remember(const JournalEntry& entry) {
-  ForEachKey(entry, [&](const KeyImage& key, const UnicodeString& path) {
-    images[KeyMark(entry.hive, path)] = &key;
-    touched.insert(KeyMark(entry.hive, path));
-    for (const RegValue& value : key.values) {
-      touched.insert(ValueMark(entry.hive, path, value.name));
-    }
-  });
-  if (entry.item.action == JournalAction::CreateKey)
-    touched.insert(KeyMark(entry.hive, entry.path));
-  touched.insert(ValueMark(entry.hive, entry.path, entry.item.name));
-}
-
 UndoRun::Answer UndoRun::Taken(const JournalEntry& entry) {
-  std::string place = ToUtf8(entry.item.place);
-  const bool isValue = entry.item.action == JournalAction::DeleteValue ||
-                       entry.item.action == JournalAction::SetValue;
-  if (isValue) place += entry.item.name.empty() ? ", (Default)" : ", " + ToUtf8(entry.item.name);
-  return {UndoOutcome::Taken, place + ": its place has been taken since"};
+  return {UndoOutcome::Taken, TakenText(entry.item)};
 }
 
 UndoRun::Answer UndoRun::Broken(const JournalEntry& entry, Status status) {
-  const std::string why = status == Status::Corrupt  ? ": the place is damaged"
-                          : status == Status::Denied ? ": the place can't be changed"
-                                                     : ": the place can't be reached";
-  return {UndoOutcome::Failed, ToUtf8(entry.item.place) + why};
+  return {UndoOutcome::Failed, BrokenText(entry.item, status)};
 }
 
 // The undo's own journal says what undo changes, so that its hives can be checked against it.
@@ -158,10 +111,10 @@ Status UndoRun::EnsureKey(const UnicodeString& path, Cell& out) {
       created.path = path.substr(0, to);
       created.item.place = hivePath + u": " + created.path;
       Note(created, JournalAction::CreateKey);
-      const auto image = images.find(KeyMark(hivePath, created.path));
-      const bool known = image != images.end();
-      status = editor->Create(parent, known ? UnicodeView(image->second->name) : name, out);
-      if (status == Status::Ok && known) status = Dress(out, *image->second);
+      const KeyImage* const image = changed.Image(hivePath, created.path);
+      const bool known = image != nullptr;
+      status = editor->Create(parent, known ? UnicodeView(image->name) : name, out);
+      if (status == Status::Ok && known) status = Dress(out, *image);
     }
     if (status != Status::Ok) return status;
     from = to + 1;
@@ -173,24 +126,11 @@ bool UndoRun::KeyConflicts(const KeyImage& key, const UnicodeString& path, Cell 
                            bool& identical) {
   std::vector<RegValue> values;
   if (hive->Raw().Values(cell, values) != Status::Ok) return true;
-  std::unordered_map<UnicodeString, const RegValue*> mine;
-  for (const RegValue& value : key.values) mine[UpperCase(value.name)] = &value;
-  std::size_t same = 0;
-  for (const RegValue& value : values) {
-    const auto it = mine.find(UpperCase(value.name));
-    if (it == mine.end()) {
-      if (!touched.contains(ValueMark(hivePath, path, value.name))) return true;
-    } else if (value.type != it->second->type || value.data != it->second->data) {
-      return true;
-    } else {
-      ++same;
-    }
-  }
-  identical = identical && same == key.values.size();
+  if (changed.ValuesConflict(hivePath, path, key, values, identical)) return true;
   bool foreign = false;
   const Status status = hive->Raw().ForEachSubkey(cell, [&](const regf::Subkey& subkey) {
     const UnicodeString name = subkey.facts.name.Text();
-    foreign = foreign || !touched.contains(KeyMark(hivePath, Below(path, name)));
+    foreign = foreign || !changed.HasKey(hivePath, PathBelow(path, name));
   });
   return status != Status::Ok || foreign;
 }
@@ -343,41 +283,10 @@ UndoItem UndoRun::Restore(const JournalEntry& entry) {
 
 namespace {
 
-bool IsChosen(const Journal& journal, const JournalEntry& entry, const std::string& id) {
-  return entry.item.id == id || (entry.item.problem != JournalItem::NoProblem &&
-                                 journal.problems[entry.item.problem].id == id);
-}
-
-// Null for an id that the session does not know; it is then in `unknown`.
-std::vector<const JournalEntry*> Choose(const Journal& journal, const std::vector<std::string>& ids,
-                                        std::string& unknown) {
-  std::vector<const JournalEntry*> chosen;
-  for (const std::string& id : ids) {
-    const bool known =
-        std::any_of(journal.entries.begin(), journal.entries.end(),
-                    [&](const JournalEntry& entry) { return IsChosen(journal, entry, id); });
-    if (!known) unknown = id;
-  }
-  for (auto entry = journal.entries.rbegin(); entry != journal.entries.rend(); ++entry) {
-    const bool wanted =
-        ids.empty() || std::any_of(ids.begin(), ids.end(), [&](const std::string& id) {
-          return IsChosen(journal, *entry, id);
-        });
-    if (wanted) chosen.push_back(&*entry);
-  }
-  return chosen;
-}
-
 // The list of items put back changes together with the hives.
 void AddUndoneMarks(const Journal& journal, const std::vector<UndoItem>& items,
                     std::vector<offline::CommitStep>& steps) {
-  std::vector<std::string> ids;
-  for (const UndoItem& item : items) {
-    if (item.outcome == UndoOutcome::Restored || item.outcome == UndoOutcome::AlreadyThere) {
-      ids.push_back(item.item.id);
-    }
-  }
-  const std::string text = FormatUndone(journal, ids);
+  const std::string text = FormatUndone(journal, UndoneIds(items));
   offline::CommitStep& step = steps.emplace_back();
   step.kind = offline::CommitStep::Kind::Replace;
   step.local = journal.info.folder + std::string(kUndoneFile);
@@ -402,8 +311,11 @@ UndoResult Undo(const UndoOptions& options, offline::IDisk* disk) {
   const std::string folder =
       std::filesystem::weakly_canonical(content.info.folder, ignored).string();
   const Journal journal = LoadJournal(folder);
+  if (journal.live) {
+    return Failed(CleanFailure::WrongUse, folder + ": the session was made on the running system");
+  }
   std::string unknown;
-  const std::vector<const JournalEntry*> chosen = Choose(journal, options.items, unknown);
+  const std::vector<const JournalEntry*> chosen = ChooseEntries(journal, options.items, unknown);
   if (!unknown.empty()) {
     return Failed(CleanFailure::WrongUse, unknown + ": there is no such item in this session");
   }

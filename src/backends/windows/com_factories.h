@@ -10,6 +10,7 @@ namespace scrubwell::windows {
 struct ComFactories {
   ComFactory<ITaskScheduler> scheduler = SystemScheduler();
   ComFactory<INetFwMgr> firewall = SystemFirewall();
+  ComFactory<INetFwAuthorizedApplication> firewallEntry = SystemFirewallEntry();
   ComFactory<IUrlHistoryStg2> urlHistory = SystemUrlHistory();
 };
 

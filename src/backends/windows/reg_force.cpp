@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "backends/windows/privileges.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::windows {
@@ -12,57 +13,15 @@ namespace {
 
 constexpr int kMaxDepth = 512;  // the system's own limit
 constexpr REGSAM kToDelete = DELETE | KEY_ENUMERATE_SUB_KEYS | KEY_QUERY_VALUE;
+constexpr const wchar_t* kTakeOver[] = {SE_TAKE_OWNERSHIP_NAME, SE_RESTORE_NAME};
 constexpr SECURITY_INFORMATION kOwner = OWNER_SECURITY_INFORMATION;
 constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
-
-/// Switches privileges on and, in the end, back to what they were.
-class Privileges {
- public:
-  Privileges() {
-    if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY,
-                         token_.Out()) == FALSE)
-      return;
-    constexpr std::array<const wchar_t*, 2> kNames = {SE_TAKE_OWNERSHIP_NAME, SE_RESTORE_NAME};
-    for (std::size_t i = 0; i < kNames.size(); ++i) {
-      TOKEN_PRIVILEGES wanted{};
-      wanted.PrivilegeCount = 1;
-      wanted.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
-      if (LookupPrivilegeValueW(nullptr, kNames[i], &wanted.Privileges[0].Luid) == FALSE) continue;
-      DWORD size = sizeof before_[i];
-      AdjustTokenPrivileges(token_.Get(), FALSE, &wanted, size, &before_[i], &size);
-    }
-  }
-  ~Privileges() {
-    for (TOKEN_PRIVILEGES& before : before_) {
-      if (before.PrivilegeCount != 0)
-        AdjustTokenPrivileges(token_.Get(), FALSE, &before, 0, nullptr, nullptr);
-    }
-  }
-  Privileges(const Privileges&) = delete;
-  Privileges& operator=(const Privileges&) = delete;
-
- private:
-  OwnedHandle token_;
-  std::array<TOKEN_PRIVILEGES, 2> before_{};  // empty where nothing was changed
-};
 
 using Sid = std::array<std::uint8_t, SECURITY_MAX_SID_SIZE>;
 
 bool Administrators(Sid& sid) {
   DWORD size = static_cast<DWORD>(sid.size());
   return CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, sid.data(), &size) != FALSE;
-}
-
-Bytes SecurityOf(const RegKey& key, SECURITY_INFORMATION parts) {
-  DWORD size = 0;
-  if (RegGetKeySecurity(key.Get(), parts, nullptr, &size) != ERROR_INSUFFICIENT_BUFFER) return {};
-  Bytes descriptor(size);
-  const LSTATUS error = RegGetKeySecurity(key.Get(), parts, descriptor.data(), &size);
-  return error == ERROR_SUCCESS ? descriptor : Bytes();
-}
-
-bool SetSecurity(const RegKey& key, SECURITY_INFORMATION parts, void* descriptor) {
-  return RegSetKeySecurity(key.Get(), parts, descriptor) == ERROR_SUCCESS;
 }
 
 /// Opens the same place again and again with other rights.
@@ -81,18 +40,18 @@ class Takeover {
   bool Take() {
     RegKey key;
     if (open_(READ_CONTROL, key) == Status::Ok) {
-      owner_ = SecurityOf(key, kOwner);
-      list_ = SecurityOf(key, kList);
+      owner_ = key.Security(kOwner);
+      list_ = key.Security(kList);
     }
     Sid sid;
     SECURITY_DESCRIPTOR descriptor;
     if (!Administrators(sid)) return false;
     InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
     SetSecurityDescriptorOwner(&descriptor, sid.data(), FALSE);
-    if (open_(WRITE_OWNER, key) == Status::Ok && SetSecurity(key, kOwner, &descriptor))
+    if (open_(WRITE_OWNER, key) == Status::Ok && key.SetSecurity(kOwner, &descriptor) == Status::Ok)
       ownerSet_ = true;
     if (open_(WRITE_DAC | READ_CONTROL, key) != Status::Ok) return false;
-    if (list_.empty()) list_ = SecurityOf(key, kList);  // an owner may always read it
+    if (list_.empty()) list_ = key.Security(kList);  // an owner may always read it
     return listSet_ = AllowAll(key, sid);
   }
   /// The key was deleted; there is nothing to give back.
@@ -107,15 +66,15 @@ class Takeover {
     return InitializeAcl(list, static_cast<DWORD>(buffer.size()), ACL_REVISION) != FALSE &&
            AddAccessAllowedAce(list, ACL_REVISION, KEY_ALL_ACCESS, sid.data()) != FALSE &&
            SetSecurityDescriptorDacl(&descriptor, TRUE, list, FALSE) != FALSE &&
-           SetSecurity(key, kList, &descriptor);
+           key.SetSecurity(kList, &descriptor) == Status::Ok;
   }
 
   void GiveBack() {
     RegKey key;
     if (listSet_ && !list_.empty() && open_(WRITE_DAC, key) == Status::Ok)
-      SetSecurity(key, kList, list_.data());
+      (void)key.SetSecurity(kList, list_.data());
     if (ownerSet_ && !owner_.empty() && open_(WRITE_OWNER, key) == Status::Ok)
-      SetSecurity(key, kOwner, owner_.data());
+      (void)key.SetSecurity(kOwner, owner_.data());
   }
 
   Opener open_;
@@ -130,7 +89,7 @@ class Takeover {
 class TreeDeletion {
  public:
   explicit TreeDeletion(bool force) : force_(force) {
-    if (force) privileges_ = std::make_unique<Privileges>();
+    if (force) privileges_ = std::make_unique<Privileges>(kTakeOver);
   }
 
   /// Deletes what `open` opens, with all below.
@@ -178,19 +137,24 @@ class TreeDeletion {
   std::unique_ptr<Privileges> privileges_;
 };
 
-// "\REGISTRY\MACHINE\SOFTWARE" is a hive: its root can't go, and its content must not.
+// "\REGISTRY\MACHINE\SOFTWARE" is a hive: its root can't go, and its content must not, nor that of
+// the key which stands for it in the 32-bit view.
 bool LiesInHive(UnicodeView physicalName) {
   constexpr auto kSlashesOfHive = 3;
+  constexpr UnicodeView kWow = u"\\Wow6432Node";
+  const std::size_t size = physicalName.size();
+  if (size > kWow.size() && SameText(physicalName.substr(size - kWow.size()), kWow)) return false;
   return std::count(physicalName.begin(), physicalName.end(), u'\\') > kSlashesOfHive;
 }
 
-}  // namespace
-
-Status DeleteTree(HKEY root, UnicodeView path, REGSAM view, bool force) {
-  const Opener open = [root, path, view](REGSAM access, RegKey& out) {
+Opener OpenerOf(HKEY root, UnicodeView path, REGSAM view) {
+  return [root, path, view](REGSAM access, RegKey& out) {
     return out.Open(root, path, access | view, true);
   };
-  TreeDeletion deletion(force);
+}
+
+// Ok for a key that is no hive's root.
+Status Check(const Opener& open) {
   RegKey key;
   // Any right is enough to ask for the name.
   Status status = Status::Denied;
@@ -199,9 +163,23 @@ Status DeleteTree(HKEY root, UnicodeView path, REGSAM view, bool force) {
     if (status == Status::Denied) status = open(right, key);
   }
   if (status != Status::Ok) return status;
-  if (!LiesInHive(key.PhysicalName())) return Status::Denied;
-  if (!force) status = TreeDeletion::Test(open, 0);
+  return LiesInHive(key.PhysicalName()) ? Status::Ok : Status::Denied;
+}
+
+}  // namespace
+
+Status DeleteTree(HKEY root, UnicodeView path, REGSAM view, bool force) {
+  const Opener open = OpenerOf(root, path, view);
+  TreeDeletion deletion(force);
+  Status status = Check(open);
+  if (status == Status::Ok && !force) status = TreeDeletion::Test(open, 0);
   return status == Status::Ok ? deletion.Delete(open, 0) : status;
+}
+
+Status MayDeleteTree(HKEY root, UnicodeView path, REGSAM view) {
+  const Opener open = OpenerOf(root, path, view);
+  const Status status = Check(open);
+  return status == Status::Ok ? TreeDeletion::Test(open, 0) : status;
 }
 
 }  // namespace scrubwell::windows

@@ -14,4 +14,7 @@ namespace scrubwell::windows {
 /// deleted gets back what it had.
 Status DeleteTree(HKEY root, UnicodeView path, REGSAM view, bool force);
 
+/// What DeleteTree without force would answer.
+Status MayDeleteTree(HKEY root, UnicodeView path, REGSAM view);
+
 }  // namespace scrubwell::windows

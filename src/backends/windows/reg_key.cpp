@@ -93,29 +93,71 @@ HKEY RootHandle(RootKey root) {
   }
 }
 
-Status RegKey::OpenAt(HKEY parent, UnicodeView path, REGSAM access, bool asLink) {
+// Since Windows 7.
+using NtOpenKeyEx = NTSTATUS NTAPI(PHANDLE, ACCESS_MASK, POBJECT_ATTRIBUTES, ULONG);
+
+Status RegKey::OpenAt(HKEY parent, UnicodeView path, REGSAM access, bool asLink, DWORD options) {
+  static auto* const openEx = SystemFunction<NtOpenKeyEx>(L"ntdll", "NtOpenKeyEx");
   UNICODE_STRING name;
   if (!Counted(path, name)) return Status::Unknown;
+  if (options != 0 && openEx == nullptr) return Status::Denied;
   OBJECT_ATTRIBUTES attributes = Attributes(parent, name, asLink);
   HANDLE opened = nullptr;
-  const NTSTATUS status = NtOpenKey(&opened, access, &attributes);
+  const NTSTATUS status = options == 0 ? NtOpenKey(&opened, access, &attributes)
+                                       : openEx(&opened, access, &attributes, options);
   key_ = Owned<HKEY, &RegCloseKey>(static_cast<HKEY>(opened));
   return StatusOfNt(status);
 }
 
-Status RegKey::Open(HKEY root, UnicodeView path, REGSAM access, bool asLink) {
+Status RegKey::OpenWith(HKEY root, UnicodeView path, REGSAM access, DWORD options) {
   const std::size_t counted = CountedFrom(path);
   const bool isWhole = counted == path.size();
   const UnicodeString plain = Before(path, counted);
   constexpr REGSAM kViews = KEY_WOW64_32KEY | KEY_WOW64_64KEY;
   const REGSAM wanted = isWhole ? access : KEY_ENUMERATE_SUB_KEYS | (access & kViews);
   Owned<HKEY, &RegCloseKey> opened;
-  const DWORD options = asLink && isWhole ? REG_OPTION_OPEN_LINK : 0;
-  const LSTATUS error = RegOpenKeyExW(root, Wide(plain), options, wanted, opened.Out());
+  const LSTATUS error =
+      RegOpenKeyExW(root, Wide(plain), isWhole ? options : 0, wanted, opened.Out());
   if (error != ERROR_SUCCESS) return StatusOfError(static_cast<DWORD>(error));
-  if (!isWhole) return OpenAt(opened.Get(), path.substr(counted), access, asLink);
+  const bool asLink = (options & REG_OPTION_OPEN_LINK) != 0;
+  if (!isWhole) {
+    return OpenAt(opened.Get(), path.substr(counted), access, asLink,
+                  options & ~static_cast<DWORD>(REG_OPTION_OPEN_LINK));
+  }
   key_ = std::move(opened);
   return Status::Ok;
+}
+
+Status RegKey::Open(HKEY root, UnicodeView path, REGSAM access, bool asLink) {
+  return OpenWith(root, path, access, asLink ? REG_OPTION_OPEN_LINK : 0);
+}
+
+Status RegKey::OpenToSave(HKEY root, UnicodeView path, REGSAM access) {
+  const Status status = OpenWith(root, path, access, REG_OPTION_OPEN_LINK);
+  if (status != Status::Denied) return status;
+  return OpenWith(root, path, access, REG_OPTION_OPEN_LINK | REG_OPTION_BACKUP_RESTORE);
+}
+
+Status RegKey::OpenBelowToSave(const RegKey& parent, UnicodeView name, REGSAM access) {
+  const Status status = OpenAt(parent.Get(), name, access | KEY_WOW64_64KEY, true);
+  if (status != Status::Denied) return status;
+  return OpenAt(parent.Get(), name, access | KEY_WOW64_64KEY, true, REG_OPTION_BACKUP_RESTORE);
+}
+
+Status RegKey::CreateBelow(const RegKey& parent, UnicodeView name, UnicodeView className,
+                           bool asLink, REGSAM access) {
+  UNICODE_STRING counted;
+  UNICODE_STRING countedClass;
+  if (!Counted(name, counted) || !Counted(className, countedClass)) return Status::Unknown;
+  OBJECT_ATTRIBUTES attributes = Attributes(parent.Get(), counted, asLink);
+  HANDLE made = nullptr;
+  ULONG disposition = 0;
+  const NTSTATUS status = NtCreateKey(&made, access | KEY_WOW64_64KEY, &attributes, 0,
+                                      className.empty() ? nullptr : &countedClass,
+                                      asLink ? REG_OPTION_CREATE_LINK : 0, &disposition);
+  key_ = Owned<HKEY, &RegCloseKey>(static_cast<HKEY>(made));
+  if (status >= 0 && disposition != REG_CREATED_NEW_KEY) return Status::Denied;
+  return StatusOfNt(status);
 }
 
 Status RegKey::OpenBelow(const RegKey& parent, UnicodeView path, REGSAM access, bool asLink) {
@@ -165,6 +207,46 @@ Status RegKey::Info(KeyInfo& out) const {
   const LSTATUS error = RegQueryInfoKeyW(Get(), nullptr, nullptr, nullptr, &subkeys, nullptr,
                                          nullptr, &values, nullptr, nullptr, nullptr, nullptr);
   out = {subkeys, values};
+  return StatusOfError(static_cast<DWORD>(error));
+}
+
+Status RegKey::ClassName(UnicodeString& out) const {
+  LSTATUS error = ERROR_MORE_DATA;
+  for (DWORD size = 64; error == ERROR_MORE_DATA && size <= kMaxCountedUnits; size *= 4) {
+    DWORD length = size;
+    out.assign(size, u'\0');
+    error = RegQueryInfoKeyW(Get(), WideBuffer(out), &length, nullptr, nullptr, nullptr, nullptr,
+                             nullptr, nullptr, nullptr, nullptr, nullptr);
+    out.resize(std::min(length, size));
+  }
+  return StatusOfError(static_cast<DWORD>(error));
+}
+
+std::uint64_t RegKey::LastWritten() const {
+  FILETIME time{};
+  const LSTATUS error = RegQueryInfoKeyW(Get(), nullptr, nullptr, nullptr, nullptr, nullptr,
+                                         nullptr, nullptr, nullptr, nullptr, nullptr, &time);
+  if (error != ERROR_SUCCESS) return 0;
+  return std::uint64_t{time.dwHighDateTime} << 32U | time.dwLowDateTime;
+}
+
+Status RegKey::SetLastWritten(std::uint64_t time) const {
+  LARGE_INTEGER value;
+  value.QuadPart = static_cast<LONGLONG>(time);
+  return StatusOfNt(NtSetInformationKey(Get(), KeyWriteTimeInformation, &value, sizeof value));
+}
+
+Bytes RegKey::Security(SECURITY_INFORMATION parts) const {
+  DWORD size = 0;
+  if (RegGetKeySecurity(Get(), parts, nullptr, &size) != ERROR_INSUFFICIENT_BUFFER) return {};
+  Bytes descriptor(size);
+  const LSTATUS error = RegGetKeySecurity(Get(), parts, descriptor.data(), &size);
+  return error == ERROR_SUCCESS ? descriptor : Bytes();
+}
+
+Status RegKey::SetSecurity(SECURITY_INFORMATION parts, const void* descriptor) const {
+  // The function only reads it, but its declaration does not say so.
+  const LSTATUS error = RegSetKeySecurity(Get(), parts, const_cast<void*>(descriptor));
   return StatusOfError(static_cast<DWORD>(error));
 }
 

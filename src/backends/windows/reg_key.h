@@ -17,6 +17,13 @@ class RegKey {
   Status Open(HKEY root, UnicodeView path, REGSAM access, bool asLink = false);
   /// Opens what lies below an open key, in no view but this place itself.
   Status OpenBelow(const RegKey& parent, UnicodeView path, REGSAM access, bool asLink = false);
+  /// Opens a link itself and, where the privilege to make backups is held, what rights forbid to
+  /// read.
+  Status OpenToSave(HKEY root, UnicodeView path, REGSAM access);
+  Status OpenBelowToSave(const RegKey& parent, UnicodeView name, REGSAM access);
+  /// Creates one key below an open one, which must not be there.
+  Status CreateBelow(const RegKey& parent, UnicodeView name, UnicodeView className, bool asLink,
+                     REGSAM access);
   /// Opens root\path and creates what is missing of it.
   Status Create(HKEY root, UnicodeView path, REGSAM access);
 
@@ -26,6 +33,14 @@ class RegKey {
   /// The system's name of it, "\REGISTRY\MACHINE\SOFTWARE\..."; empty when it can't be told.
   [[nodiscard]] UnicodeString PhysicalName() const;
   Status Info(KeyInfo& out) const;
+  Status ClassName(UnicodeString& out) const;
+  /// A FILETIME; 0 when it can't be told.
+  [[nodiscard]] std::uint64_t LastWritten() const;
+  /// Not all systems let it be set.
+  Status SetLastWritten(std::uint64_t time) const;
+  /// The self-relative descriptor; empty when those parts of it can't be read.
+  [[nodiscard]] Bytes Security(SECURITY_INFORMATION parts) const;
+  [[nodiscard]] Status SetSecurity(SECURITY_INFORMATION parts, const void* descriptor) const;
   Status Subkeys(TStringList& out) const;
   Status Values(std::vector<RegValue>& out) const;
   Status Value(UnicodeView name, RegValue& out) const;
@@ -35,7 +50,8 @@ class RegKey {
   Status Erase() const;
 
  private:
-  Status OpenAt(HKEY parent, UnicodeView path, REGSAM access, bool asLink);
+  Status OpenAt(HKEY parent, UnicodeView path, REGSAM access, bool asLink, DWORD options = 0);
+  Status OpenWith(HKEY root, UnicodeView path, REGSAM access, DWORD options);
 
   Owned<HKEY, &RegCloseKey> key_;
 };

@@ -74,8 +74,13 @@ UnicodeString WindowsFolder() {
 }
 
 UnicodeString PathInView(UnicodeView path, FsView view) {
+  const bool isAsIs = sizeof(void*) == 4 || view == FsView::Physical;
+  return isAsIs ? UnicodeString(path) : RedirectedPath(path);
+}
+
+UnicodeString RedirectedPath(UnicodeView path) {
   UnicodeString plain(path);
-  if (sizeof(void*) == 4 || view == FsView::Physical) return plain;
+  if (!Is64BitSystem()) return plain;
   std::replace(plain.begin(), plain.end(), u'/', u'\\');
   UnicodeView rest;
   const UnicodeString windows = WindowsFolder();

@@ -75,6 +75,9 @@ using OwnedHandle = Owned<HANDLE, &CloseHandle>;
 using OwnedService = Owned<SC_HANDLE, &CloseServiceHandle>;
 using OwnedModule = Owned<HMODULE, &FreeLibrary>;
 
+/// Where a 32-bit process on a 64-bit system finds what it looks for under that path.
+UnicodeString RedirectedPath(UnicodeView path);
+
 /// A path as this process must spell it to reach what a view has there: a 64-bit process has no
 /// redirection to switch on.
 UnicodeString PathInView(UnicodeView path, FsView view);

@@ -62,7 +62,8 @@ struct WindowsBackend::Parts {
         files(options.mayChange, options.backupFolder),
         profiles(options.mayChange, files, system),
         tasks(options.mayChange, files, std::move(factories.scheduler)),
-        firewall(options.mayChange, std::move(factories.firewall)),
+        firewall(options.mayChange, std::move(factories.firewall),
+                 std::move(factories.firewallEntry)),
         browser(options.mayChange, registry, std::move(factories.urlHistory)),
         platform{registry, files, system,   text,    shell,  resources, profiles,
                  services, tasks, firewall, browser, images, notes,     options.product} {

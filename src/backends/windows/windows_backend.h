@@ -3,8 +3,7 @@
 
 #include <memory>
 
-#include "backends/common/target_facts.h"
-#include "registry/platform.h"
+#include "backends/common/target.h"
 
 namespace scrubwell {
 
@@ -24,20 +23,20 @@ struct WindowsOptions {
 /// sees both registry views of a 64-bit system, and its files, as a 32-bit one does.
 /// Takes part in COM and may switch file system redirection for the thread that makes it: to be
 /// made, used and destroyed on the same one.
-class WindowsBackend {
+class WindowsBackend final : public ITarget {
  public:
   explicit WindowsBackend(const WindowsOptions& options);
   /// With COM objects of one's own in place of the system's.
   WindowsBackend(const WindowsOptions& options, windows::ComFactories factories);
-  ~WindowsBackend();
+  ~WindowsBackend() override;
   WindowsBackend(const WindowsBackend&) = delete;
   WindowsBackend& operator=(const WindowsBackend&) = delete;
 
   /// Good for as long as the backend lives.
-  TPlatform& Platform();
-  [[nodiscard]] const TargetFacts& Target() const;
+  TPlatform& Platform() override;
+  [[nodiscard]] const TargetFacts& Target() const override;
   /// What could not be told, in the order it came up and each once.
-  [[nodiscard]] const std::vector<UnicodeString>& Notes() const;
+  [[nodiscard]] const std::vector<UnicodeString>& Notes() const override;
   /// A run of deletions begins: what was deleted through the classes root may be deleted again.
   void ForgetDeletions();
 

@@ -2,6 +2,7 @@
 
 #include <wininet.h>
 
+#include <cstring>
 #include <unordered_set>
 
 #include "registry/Stringhelper.h"
@@ -156,6 +157,110 @@ Status WindowsBrowser::CacheNames(TStringList& out) {
   for (UnicodeString& name : visited)
     if (!seen.contains(name)) out.push_back(std::move(name));
   return more;
+}
+
+namespace {
+
+// What a session keeps of an entry; its header follows.
+struct StoredEntry {
+  std::uint32_t type;
+  std::uint32_t useCount;
+  std::uint32_t hitRate;
+  FILETIME modified;
+  FILETIME expires;
+  FILETIME accessed;
+};
+
+Bytes StoredForm(const INTERNET_CACHE_ENTRY_INFOW& info) {
+  const StoredEntry entry{info.CacheEntryType,   info.dwUseCount, info.dwHitRate,
+                          info.LastModifiedTime, info.ExpireTime, info.LastAccessTime};
+  const std::size_t header = info.lpHeaderInfo == nullptr ? 0 : info.dwHeaderInfoSize;
+  Bytes bytes(sizeof entry + header * 2);
+  std::memcpy(bytes.data(), &entry, sizeof entry);
+  // The size is in units.
+  if (header != 0) std::memcpy(bytes.data() + sizeof entry, info.lpHeaderInfo, header * 2);
+  return bytes;
+}
+
+Status SaveEntry(const UnicodeString& name, UrlFacts& out) {
+  std::vector<INTERNET_CACHE_ENTRY_INFOW> buffer(32);
+  for (;;) {
+    auto size = static_cast<DWORD>(buffer.size() * sizeof buffer[0]);
+    if (GetUrlCacheEntryInfoW(Wide(name), buffer.data(), &size) != FALSE) break;
+    const DWORD error = GetLastError();
+    if (error != ERROR_INSUFFICIENT_BUFFER || size <= buffer.size() * sizeof buffer[0])
+      return StatusOfError(error);
+    buffer.resize(size / sizeof buffer[0] + 1);
+  }
+  // A file behind an entry would not come back with it.
+  if (buffer[0].lpszLocalFileName != nullptr && buffer[0].lpszLocalFileName[0] != L'\0')
+    return Status::Denied;
+  out[ToUtf8(name)] = StoredForm(buffer[0]);
+  return Status::Ok;
+}
+
+Status RestoreEntry(const UnicodeString& name, const Bytes& bytes) {
+  StoredEntry entry{};
+  if (bytes.size() < sizeof entry) return Status::Corrupt;
+  std::memcpy(&entry, bytes.data(), sizeof entry);
+  std::vector<wchar_t> header((bytes.size() - sizeof entry) / 2 + 1);
+  std::memcpy(header.data(), bytes.data() + sizeof entry, (header.size() - 1) * 2);
+  const auto units = static_cast<DWORD>(header.size() - 1);
+  if (CommitUrlCacheEntryW(Wide(name), nullptr, entry.expires, entry.modified, entry.type,
+                           units == 0 ? nullptr : header.data(), units, nullptr, nullptr) == FALSE)
+    return StatusOfError(GetLastError());
+  INTERNET_CACHE_ENTRY_INFOW info{};
+  info.dwStructSize = sizeof info;
+  info.dwHitRate = entry.hitRate;
+  info.LastAccessTime = entry.accessed;
+  info.LastModifiedTime = entry.modified;
+  info.ExpireTime = entry.expires;
+  // The entry is there; what can't be set of its counts is no reason to call it lost.
+  SetUrlCacheEntryInfoW(Wide(name), &info,
+                        CACHE_ENTRY_HITRATE_FC | CACHE_ENTRY_ACCTIME_FC | CACHE_ENTRY_MODTIME_FC |
+                            CACHE_ENTRY_EXPTIME_FC);
+  return Status::Ok;
+}
+
+}  // namespace
+
+Status WindowsBrowser::Save(UnicodeView url, UrlFacts& out) {
+  out.clear();
+  TStringList names;
+  Status status = VisitedNames(names);
+  for (const UnicodeString& name : names)
+    if (status == Status::Ok && AddressOf(name) == url) status = SaveEntry(name, out);
+  if (status != Status::Ok || !out.empty()) return status;
+  if (!Connect()) return Status::Absent;
+  STATURL entry{};
+  entry.cbSize = sizeof entry;
+  const UnicodeString text(url);
+  const HRESULT result = history_->QueryUrl(Wide(text), 0, &entry);
+  const UnicodeString title = FromWide(entry.pwcsTitle);
+  CoTaskMemFree(entry.pwcsUrl);
+  CoTaskMemFree(entry.pwcsTitle);
+  if (result == kNotFound || result == E_NOTIMPL) return Status::Absent;
+  if (result != S_OK) return Status::Unknown;
+  const std::string bytes = ToUtf8(title);
+  out[""].assign(bytes.begin(), bytes.end());
+  return Status::Ok;
+}
+
+Status WindowsBrowser::Restore(UnicodeView url, const UrlFacts& facts) {
+  if (!mayChange_) return Status::Denied;
+  Status status = Status::Unknown;
+  for (const auto& [name, bytes] : facts) {
+    if (!name.empty()) {
+      status = RestoreEntry(FromUtf8(name), bytes);
+    } else if (Connect()) {
+      const UnicodeString title =
+          FromUtf8({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+      const UnicodeString text(url);
+      status = StatusOfCom(history_->AddUrl(Wide(text), Wide(title), 0));
+    }
+    if (status != Status::Ok) return status;
+  }
+  return status;
 }
 
 }  // namespace scrubwell::windows

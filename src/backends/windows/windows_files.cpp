@@ -17,9 +17,7 @@ constexpr std::size_t kMaxPlainPath = 247;
 /// No box that asks for a disk, whatever drive is looked at.
 class QuietErrors {
  public:
-  QuietErrors() {
-    SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before_);
-  }
+  QuietErrors() { SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before_); }
   ~QuietErrors() { SetThreadErrorMode(before_, nullptr); }
   QuietErrors(const QuietErrors&) = delete;
   QuietErrors& operator=(const QuietErrors&) = delete;

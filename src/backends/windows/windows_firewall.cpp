@@ -1,5 +1,7 @@
 #include "backends/windows/windows_firewall.h"
 
+#include <optional>
+
 namespace scrubwell::windows {
 namespace {
 
@@ -49,6 +51,16 @@ ComFactory<INetFwMgr> SystemFirewall() {
     if (FAILED(known)) return known;
     return CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, __uuidof(INetFwMgr),
                             reinterpret_cast<void**>(out));
+  };
+}
+
+ComFactory<INetFwAuthorizedApplication> SystemFirewallEntry() {
+  return [](INetFwAuthorizedApplication** out) {
+    CLSID id;
+    const HRESULT known = CLSIDFromProgID(L"HNetCfg.FwAuthorizedApplication", &id);
+    if (FAILED(known)) return known;
+    return CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER,
+                            __uuidof(INetFwAuthorizedApplication), reinterpret_cast<void**>(out));
   };
 }
 
@@ -108,6 +120,98 @@ Status WindowsFirewall::SetEnabled(UnicodeView imageFile, bool enabled) {
   if (SUCCEEDED(result)) result = list->Item(BasicText(imageFile).Get(), application.Out());
   if (SUCCEEDED(result) && !application.Good()) result = E_FAIL;
   if (SUCCEEDED(result)) result = application->put_Enabled(enabled ? VARIANT_TRUE : VARIANT_FALSE);
+  return StatusOfCom(result);
+}
+
+namespace {
+
+constexpr const char* kName = "name";
+constexpr const char* kEnabled = "enabled";
+constexpr const char* kIpVersion = "ipVersion";
+constexpr const char* kScope = "scope";
+constexpr const char* kAddresses = "addresses";
+
+Bytes BytesOf(UnicodeView text) {
+  Bytes bytes;
+  for (const char16_t unit : text) {
+    bytes.push_back(static_cast<std::uint8_t>(unit & 0xFFU));
+    bytes.push_back(static_cast<std::uint8_t>(unit >> 8U));
+  }
+  return bytes;
+}
+
+UnicodeString TextIn(const FirewallFacts& facts, const char* name) {
+  UnicodeString text;
+  const auto it = facts.find(name);
+  for (std::size_t i = 0; it != facts.end() && i + 1 < it->second.size(); i += 2)
+    text += static_cast<char16_t>(it->second[i] | it->second[i + 1] << 8);
+  return text;
+}
+
+// Small numbers only; nothing where the entry did not tell.
+std::optional<int> NumberIn(const FirewallFacts& facts, const char* name) {
+  const auto it = facts.find(name);
+  if (it == facts.end() || it->second.size() != 1) return std::nullopt;
+  return it->second[0];
+}
+
+template <class Number>
+void Keep(FirewallFacts& facts, const char* name, HRESULT result, Number number) {
+  if (SUCCEEDED(result)) facts[name] = {static_cast<std::uint8_t>(number)};
+}
+
+}  // namespace
+
+Status WindowsFirewall::Save(UnicodeView imageFile, FirewallFacts& out) {
+  out.clear();
+  ComPtr<INetFwAuthorizedApplications> list;
+  ComPtr<INetFwAuthorizedApplication> entry;
+  HRESULT result = List(list);
+  if (SUCCEEDED(result)) result = list->Item(BasicText(imageFile).Get(), entry.Out());
+  if (FAILED(result)) return StatusOfCom(result);
+  if (!entry.Good()) return Status::Unknown;
+  BasicText name;
+  BasicText addresses;
+  VARIANT_BOOL enabled = VARIANT_FALSE;
+  NET_FW_IP_VERSION version = NET_FW_IP_VERSION_ANY;
+  NET_FW_SCOPE scope = NET_FW_SCOPE_ALL;
+  result = entry->get_Enabled(&enabled);
+  if (FAILED(result)) return StatusOfCom(result);
+  Keep(out, kEnabled, result, enabled != VARIANT_FALSE ? 1 : 0);
+  if (SUCCEEDED(entry->get_Name(name.Out()))) out[kName] = BytesOf(name.Text());
+  result = entry->get_IpVersion(&version);
+  Keep(out, kIpVersion, result, version);
+  result = entry->get_Scope(&scope);
+  Keep(out, kScope, result, scope);
+  if (SUCCEEDED(entry->get_RemoteAddresses(addresses.Out())))
+    out[kAddresses] = BytesOf(addresses.Text());
+  return Status::Ok;
+}
+
+Status WindowsFirewall::Restore(UnicodeView imageFile, UnicodeView name,
+                                const FirewallFacts& facts) {
+  if (!mayChange_) return Status::Denied;
+  ComPtr<INetFwAuthorizedApplications> list;
+  ComPtr<INetFwAuthorizedApplication> entry;
+  HRESULT result = List(list);
+  if (SUCCEEDED(result)) result = createEntry_(entry.Out());
+  if (SUCCEEDED(result) && !entry.Good()) result = E_FAIL;
+  if (SUCCEEDED(result)) result = entry->put_ProcessImageFileName(BasicText(imageFile).Get());
+  const UnicodeString stored = TextIn(facts, kName);
+  if (SUCCEEDED(result))
+    result = entry->put_Name(BasicText(stored.empty() ? name : UnicodeView(stored)).Get());
+  const auto version = NumberIn(facts, kIpVersion);
+  if (SUCCEEDED(result) && version) entry->put_IpVersion(static_cast<NET_FW_IP_VERSION>(*version));
+  // Addresses of one's own are a scope of their own: setting them sets it.
+  const auto scope = NumberIn(facts, kScope);
+  if (SUCCEEDED(result) && scope && *scope == NET_FW_SCOPE_CUSTOM) {
+    result = entry->put_RemoteAddresses(BasicText(TextIn(facts, kAddresses)).Get());
+  } else if (SUCCEEDED(result) && scope) {
+    result = entry->put_Scope(static_cast<NET_FW_SCOPE>(*scope));
+  }
+  const bool enabled = NumberIn(facts, kEnabled).value_or(0) != 0;
+  if (SUCCEEDED(result)) result = entry->put_Enabled(enabled ? VARIANT_TRUE : VARIANT_FALSE);
+  if (SUCCEEDED(result)) result = list->Add(entry.Get());
   return StatusOfCom(result);
 }
 

@@ -221,6 +221,27 @@ Status WindowsRegistry::CreateKey(const KeyRef& key) {
   return machine.key.Create(machine.root, machine.path, KEY_CREATE_SUB_KEY | machine.view);
 }
 
+Status WindowsRegistry::PhysicalName(const KeyRef& key, bool asLink, UnicodeString& out) {
+  Side side = SidesOf(key).machine;
+  if (key.root == RootKey::ClassesRoot || side.root == nullptr) return Status::Unknown;
+  const UnicodeString whole = side.path;
+  UnicodeString missing;
+  for (;;) {
+    // Any right is enough to ask for the name.
+    for (const REGSAM right : {REGSAM{KEY_QUERY_VALUE}, REGSAM{READ_CONTROL}, REGSAM{DELETE}}) {
+      if (side.Open(right, asLink && missing.empty()) != Status::Denied) break;
+    }
+    if (side.Ok()) out = side.key.PhysicalName() + missing;
+    if (side.Ok()) return out.starts_with(u'\\') ? Status::Ok : Status::Unknown;
+    if (side.path.empty()) return side.status;
+    // What is not there, or can't be looked at, lies below what can.
+    const std::size_t slash = side.path.rfind(u'\\');
+    side.path.resize(slash == UnicodeString::npos ? 0 : slash);
+    missing = u"\\" + whole.substr(side.path.empty() ? 0 : side.path.size() + 1);
+    side.view = ViewFlag(key.view, side.path);
+  }
+}
+
 bool WindowsRegistry::AlreadyDeleted(const RegKey& key, UnicodeView name, bool isValue) const {
   if (deleted_.empty()) return false;
   const UnicodeString whole = ClassPath(key);

@@ -28,6 +28,10 @@ class WindowsRegistry final : public IRegistry {
   /// Asks the system for the right by opening the key with it.
   Status CheckAccess(const KeyRef& key, Access access) override;
 
+  /// The system's own name of the place that a key of any root but the classes root has, or would
+  /// have: "\REGISTRY\MACHINE\SOFTWARE\x".
+  Status PhysicalName(const KeyRef& key, bool asLink, UnicodeString& out);
+
   /// Deleting something of the user's through the classes root uncovers the machine's of the same
   /// name, which was not meant: deleting it again is Absent until this forgets it.
   void ForgetDeletions() { deleted_.clear(); }

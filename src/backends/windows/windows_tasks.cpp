@@ -54,17 +54,20 @@ Status WindowsTasks::Names(TStringList& out) {
   }
 }
 
-Status WindowsTasks::Application(UnicodeView job, UnicodeString& out) {
-  out.clear();
+Status WindowsTasks::Activate(UnicodeView job, ComPtr<ITask>& out) {
   if (!scheduler_.Good()) return Status::Unknown;
   ComPtr<IUnknown> item;
   HRESULT result = scheduler_->Activate(Wide(TaskName(job)), IID_ITask, item.Out());
-  if (FAILED(result)) return StatusOfCom(result);
+  if (SUCCEEDED(result)) result = item->QueryInterface(IID_ITask, out.OutVoid());
+  return StatusOfCom(result);
+}
+
+Status WindowsTasks::Application(UnicodeView job, UnicodeString& out) {
+  out.clear();
   ComPtr<ITask> task;
-  result = item->QueryInterface(IID_ITask, task.OutVoid());
-  if (FAILED(result)) return StatusOfCom(result);
+  if (const Status status = Activate(job, task); status != Status::Ok) return status;
   TaskText name;
-  result = task->GetApplicationName(name.Out());
+  const HRESULT result = task->GetApplicationName(name.Out());
   if (FAILED(result)) return StatusOfCom(result);
   out = name.Text();
   const bool isBare = out.find_first_of(u"\\/:%\"") == UnicodeString::npos && !out.empty();
@@ -86,6 +89,32 @@ Status WindowsTasks::InWorkingFolder(ITask& task, UnicodeString& application) {
     if (status != Status::Ok && status != Status::Absent) return Status::Unknown;
   }
   return Status::Ok;
+}
+
+Status WindowsTasks::FileOf(UnicodeView job, UnicodeString& out) {
+  ComPtr<ITask> task;
+  if (const Status status = Activate(job, task); status != Status::Ok) return status;
+  ComPtr<IPersistFile> file;
+  TaskText name;
+  HRESULT result = task->QueryInterface(IID_IPersistFile, file.OutVoid());
+  if (SUCCEEDED(result)) result = file->GetCurFile(name.Out());
+  out = name.Text();
+  return result == S_OK && !out.empty() ? Status::Ok : Status::Unknown;
+}
+
+// Old schedulers are content with the file. Later ones keep lists of their own, which saving a task
+// enters it in.
+Status WindowsTasks::Register(UnicodeView job, UnicodeView file) {
+  if (!mayChange_) return Status::Denied;
+  ComPtr<ITask> task;
+  if (const Status status = Activate(job, task); status != Status::Absent) return status;
+  ComPtr<IUnknown> item;
+  ComPtr<IPersistFile> stored;
+  HRESULT result = scheduler_->NewWorkItem(Wide(TaskName(job)), CLSID_CTask, IID_ITask, item.Out());
+  if (SUCCEEDED(result)) result = item->QueryInterface(IID_IPersistFile, stored.OutVoid());
+  if (SUCCEEDED(result)) result = stored->Load(Wide(UnicodeString(file)), STGM_READ);
+  if (SUCCEEDED(result)) result = stored->Save(nullptr, TRUE);
+  return StatusOfCom(result);
 }
 
 Status WindowsTasks::Remove(UnicodeView job) {

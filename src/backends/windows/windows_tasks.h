@@ -21,7 +21,13 @@ class WindowsTasks final : public ITasks {
   Status Application(UnicodeView job, UnicodeString& out) override;
   Status Remove(UnicodeView job) override;
 
+  /// The task's own file.
+  Status FileOf(UnicodeView job, UnicodeString& out);
+  /// Makes the scheduler know a task whose file was put back in its place.
+  Status Register(UnicodeView job, UnicodeView file);
+
  private:
+  Status Activate(UnicodeView job, ComPtr<ITask>& out);
   Status InWorkingFolder(ITask& task, UnicodeString& application);
 
   bool mayChange_;

@@ -1,20 +1,17 @@
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <set>
 #include <tuple>
 
 #include "hosts/cli/clean_report.h"
 #include "hosts/cli/commands.h"
+#include "hosts/cli/console.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/progress_line.h"
 #include "hosts/cli/stop_signals.h"
 #include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
-#include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
 
@@ -122,18 +119,9 @@ bool KeepsTo(const CleanReport& plan, const CleanReport& report) {
 // Plan and question go where the user looks, and not between the lines of a report.
 bool UserAgrees(const CleanReport& plan, const CleanCommand& command) {
   const bool plain = command.scan.format == ReportFormat::Text && command.scan.output.empty();
-  std::FILE* stream = plain ? stdout : stderr;
-  const std::string text = PlanText(plan, ReportWidth(!plain));
-  std::fwrite(text.data(), 1, text.size(), stream);
-  std::fflush(stream);
-  std::fprintf(stderr, "\n%s", Say(texts::Ask).c_str());
-  char answer[64] = "";
-  if (std::fgets(answer, sizeof answer, stdin) == nullptr) return false;
-  const UnicodeString word(Trim(FromUtf8(answer)));
-  for (const UnicodeView yes : {u"y", u"yes", u"j", u"ja"}) {
-    if (SameText(word, yes)) return true;
-  }
-  return false;
+  WriteTo(plain ? Stream::Output : Stream::Error, PlanText(plan, ReportWidth(!plain)));
+  WriteTo(Stream::Error, '\n' + Say(texts::Ask));
+  return ReadsYes();
 }
 
 int Finish(const CleanReport& report, const CleanCommand& command, bool planShown) {
@@ -180,7 +168,7 @@ int CleanAfterAsking(const CleanCommand& command) {
 
 int Run(const CleanCommand& command) {
   const bool ask = !command.yes && !command.dryRun;
-  if (ask && ::isatty(STDIN_FILENO) != 1) return Fail(WrongUse, Say(texts::NeedsYes));
+  if (ask && !IsTerminal(Stream::Input)) return Fail(WrongUse, Say(texts::NeedsYes));
   if (const auto error = CheckOutput(command.scan.output)) return Fail(WrongUse, *error);
   if (ask) return CleanAfterAsking(command);
   CleanPass pass(command);

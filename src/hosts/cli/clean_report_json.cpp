@@ -8,9 +8,17 @@ namespace scrubwell::hosts {
 namespace {
 
 // In the order of the enumerations.
-constexpr std::array<std::string_view, 8> Actions = {"delete_key",   "delete_value", "set_value",
-                                                     "create_key",   "write_file",   "erase_file",
-                                                     "erase_folder", "keep_file"};
+constexpr std::array<std::string_view, 11> Actions = {"delete_key",
+                                                      "delete_value",
+                                                      "set_value",
+                                                      "create_key",
+                                                      "write_file",
+                                                      "erase_file",
+                                                      "erase_folder",
+                                                      "keep_file",
+                                                      "remove_task",
+                                                      "remove_url",
+                                                      "remove_firewall_application"};
 constexpr std::array<std::string_view, 4> Outcomes = {"fixed", "failed", "still_found", "gone"};
 constexpr std::array<std::string_view, 4> UndoOutcomes = {"restored", "already_there", "taken",
                                                           "failed"};

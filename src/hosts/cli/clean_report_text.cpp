@@ -14,10 +14,17 @@ namespace scrubwell::hosts {
 namespace {
 
 // In the order of the enumerations.
-constexpr std::array<TText, 8> Actions = {texts::ActionDeleteKey,   texts::ActionDeleteValue,
-                                          texts::ActionSetValue,    texts::ActionCreateKey,
-                                          texts::ActionWriteFile,   texts::ActionEraseFile,
-                                          texts::ActionEraseFolder, texts::ActionKeepFile};
+constexpr std::array<TText, 11> Actions = {texts::ActionDeleteKey,
+                                           texts::ActionDeleteValue,
+                                           texts::ActionSetValue,
+                                           texts::ActionCreateKey,
+                                           texts::ActionWriteFile,
+                                           texts::ActionEraseFile,
+                                           texts::ActionEraseFolder,
+                                           texts::ActionKeepFile,
+                                           texts::ActionRemoveTask,
+                                           texts::ActionRemoveUrl,
+                                           texts::ActionRemoveFirewallApplication};
 constexpr std::array<TText, 4> Outcomes = {texts::OutcomeFixed, texts::OutcomeFailed,
                                            texts::OutcomeStillFound, texts::OutcomeGone};
 constexpr std::array<TText, 4> UndoOutcomes = {texts::UndoRestored, texts::UndoAlreadyThere,

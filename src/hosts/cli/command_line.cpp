@@ -5,6 +5,8 @@
 #include <array>
 #include <utility>
 
+#include "hosts/cli/environment.h"
+#include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
@@ -19,6 +21,7 @@ constexpr std::string_view AllUsers = "all";
 // The options as they were typed.
 struct RawOptions {
   TargetOptions target;
+  bool live = false;
   std::vector<std::string> drives;
   std::vector<std::string> plugins;
   std::string format = "text";
@@ -103,6 +106,9 @@ void AddLanguage(CLI::App& app, RawOptions& raw) {
   app.add_option("--lang", raw.language, Say(texts::LangOption))->type_name("de|en")->take_last();
 }
 
+// Of options that the program takes only to say why it does not follow them.
+constexpr const char* kNotInHelp = "";
+
 CLI::App* AddCommand(CLI::App& app, RawOptions& raw, const char* name, const TText& text) {
   CLI::App* command = app.add_subcommand(name, Say(text));
   Dress(*command);
@@ -111,15 +117,24 @@ CLI::App* AddCommand(CLI::App& app, RawOptions& raw, const char* name, const TTe
   return command;
 }
 
-CLI::Option* AddTarget(CLI::App& app, RawOptions& raw, const TText& windows) {
-  app.add_option("--user", raw.target.user, Say(texts::UserOption))
-      ->type_name(Say(texts::NameType));
-  app.add_option("--drive", raw.drives, Say(texts::DriveOptionText))
-      ->type_name(Say(texts::DriveType))
-      ->expected(1)
-      ->take_all();
-  return app.add_option("--windows", raw.target.folder, Say(windows))
-      ->type_name(Say(texts::FolderType));
+enum class Folder : std::uint8_t { Required, Optional };
+
+void AddTarget(CLI::App& app, RawOptions& raw, Folder need, const TText& windows) {
+  const bool live = TargetIsRunningSystem();
+  CLI::Option* user = app.add_option("--user", raw.target.user, Say(texts::UserOption))
+                          ->type_name(Say(texts::NameType));
+  CLI::Option* drive = app.add_option("--drive", raw.drives, Say(texts::DriveOptionText))
+                           ->type_name(Say(texts::DriveType))
+                           ->expected(1)
+                           ->take_all();
+  CLI::Option* folder = app.add_option("--windows", raw.target.folder, Say(windows))
+                            ->type_name(Say(texts::FolderType))
+                            ->required(!live && need == Folder::Required);
+  CLI::Option* running = app.add_flag("--live", raw.live, Say(texts::LiveOption));
+  if (!live) running->group(kNotInHelp);
+  for (CLI::Option* option : {user, drive, folder}) {
+    if (live) option->group(kNotInHelp);
+  }
 }
 
 void AddList(CLI::App& app, const char* name, std::vector<std::string>& list, const TText& text) {
@@ -136,13 +151,14 @@ void AddFormat(CLI::App& app, RawOptions& raw, std::size_t formats = CommonForma
 }
 
 void AddBackup(CLI::App& app, RawOptions& raw) {
-  app.add_option("--backup", raw.backup, Say(texts::BackupOption))
+  const bool live = TargetIsRunningSystem();
+  app.add_option("--backup", raw.backup, Say(live ? texts::LiveBackupOption : texts::BackupOption))
       ->type_name(Say(texts::FolderType));
 }
 
 // What a scan and everything that begins with one understand.
 void AddScanOptions(CLI::App& app, RawOptions& raw, std::size_t formats) {
-  AddTarget(app, raw, texts::WindowsOption)->required();
+  AddTarget(app, raw, Folder::Required, texts::WindowsOption);
   AddList(app, "--plugins", raw.plugins, texts::PluginsOption);
   AddList(app, "--exclude", raw.exclude, texts::ExcludeOption);
   AddFormat(app, raw, formats);
@@ -199,7 +215,7 @@ CLI::App* AddReg(CLI::App& app, RawOptions& raw) {
       ->type_name(Say(texts::KeyType))
       ->expected(1, 2)
       ->required();
-  AddTarget(*reg, raw, texts::WindowsOption)->required();
+  AddTarget(*reg, raw, Folder::Required, texts::WindowsOption);
   reg->add_option("--view", raw.view, Say(texts::ViewOption))->type_name("32|64");
   reg->add_option("--key", raw.key, Say(texts::FindKeyOption))->type_name(Say(texts::KeyType));
   AddFormat(*reg, raw);
@@ -216,7 +232,7 @@ CLI::App* AddUndo(CLI::App& app, RawOptions& raw) {
   CLI::App* undo = AddCommand(app, raw, "undo", texts::UndoCommand);
   undo->footer(Say(texts::UndoExitCodes));
   undo->add_option("SESSION", raw.session, Say(texts::SessionArgument));
-  AddTarget(*undo, raw, texts::UndoWindowsOption);
+  AddTarget(*undo, raw, Folder::Optional, texts::UndoWindowsOption);
   AddList(*undo, "--item", raw.ids, texts::ItemOption);
   undo->add_flag("--list", raw.list, Say(texts::ListOption));
   AddBackup(*undo, raw);
@@ -228,7 +244,7 @@ CLI::App* AddUndo(CLI::App& app, RawOptions& raw) {
 
 CLI::App* AddRecover(CLI::App& app, RawOptions& raw) {
   CLI::App* recover = AddCommand(app, raw, "recover", texts::RecoverCommand);
-  AddTarget(*recover, raw, texts::WindowsOption)->required();
+  AddTarget(*recover, raw, Folder::Required, texts::WindowsOption);
   AddFormat(*recover, raw);
   return recover;
 }
@@ -239,7 +255,7 @@ CLI::App* AddIgnore(CLI::App& app, RawOptions& raw) {
       ->type_name("add|list|remove")
       ->required();
   ignore->add_option("ID", raw.id, Say(texts::IdArgument));
-  AddTarget(*ignore, raw, texts::WindowsOption)->required();
+  AddTarget(*ignore, raw, Folder::Required, texts::WindowsOption);
   AddList(*ignore, "--plugins", raw.plugins, texts::PluginsOption);
   ignore->add_flag("--machine", raw.machine, Say(texts::MachineOption));
   ignore->add_option("--reason", raw.reason, Say(texts::ReasonOption))->type_name("TEXT");
@@ -295,8 +311,21 @@ Complaint ConvertFormat(const RawOptions& raw, bool scan, ScanOptions& options) 
   return std::nullopt;
 }
 
+// What this build can't be asked for, each in a sentence of its own.
+Complaint RefuseTarget(const RawOptions& raw) {
+  if (!TargetIsRunningSystem()) {
+    if (raw.live) return ParsedCommand{std::nullopt, Say(texts::NotLive)};
+    return std::nullopt;
+  }
+  if (!raw.target.folder.empty()) return Fail(texts::OnlyLive, "--windows");
+  if (!raw.drives.empty()) return Fail(texts::OnlyLive, "--drive");
+  if (!raw.target.user.empty()) return Fail(texts::OnlyOwnUser, "--user");
+  return std::nullopt;
+}
+
 // The parts of the options that need more than to be copied. Nothing when all is well.
 Complaint Convert(RawOptions& raw, bool scan, ScanOptions& options) {
+  if (auto complaint = RefuseTarget(raw)) return complaint;
   if (auto complaint = ConvertFormat(raw, scan, options)) return complaint;
   for (const std::string& text : raw.drives) {
     std::optional<DriveOption> drive = ParseDrive(text);
@@ -407,7 +436,9 @@ ParsedCommand PluginsFrom(const RawOptions& raw, ScanOptions) {
 }
 
 // The parser library speaks English only; what users get to see of its complaints is said here.
-ParsedCommand Complain(const CLI::App& app, const CLI::ParseError& error) {
+ParsedCommand Complain(const CLI::App& app, const RawOptions& raw, const CLI::ParseError& error) {
+  // Before it is asked for what this build needs in its place.
+  if (const auto complaint = RefuseTarget(raw)) return *complaint;
   const auto extras = app.remaining(true);
   if (!extras.empty()) return Fail(texts::UnknownArgument, extras.front());
   if (app.get_subcommands().empty()) return {std::nullopt, Say(texts::MissingCommand)};
@@ -446,11 +477,11 @@ std::optional<DriveOption> ParseDrive(std::string_view text) {
 ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
   const std::string language = LanguageArgument(argc, argv);
   const std::optional<TLanguage> known = LanguageByName(language);
-  SetPackageLanguage(known.value_or(EnvironmentLanguage()));
+  SetPackageLanguage(known.value_or(PreferredLanguage()));
   if (!known && !language.empty()) return Fail(texts::UnknownLanguage, language);
 
   RawOptions raw;
-  CLI::App app(Say(texts::Program), "scrubwell");
+  CLI::App app(Say(TargetIsRunningSystem() ? texts::LiveProgram : texts::Program), "scrubwell");
   Dress(app);
   app.set_version_flag("--version", "scrubwell " SCRUBWELL_VERSION, Say(texts::VersionFlag));
   app.require_subcommand(1);
@@ -469,7 +500,7 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
   } catch (const CLI::CallForVersion& version) {
     return {PrintCommand{std::string(version.what()) + '\n'}, {}};
   } catch (const CLI::ParseError& error) {
-    return Complain(app, error);
+    return Complain(app, raw, error);
   }
   ScanOptions options;
   for (const auto& [command, finish] : commands) {

@@ -1,5 +1,6 @@
+#include "hosts/cli/environment.h"
 #include "hosts/cli/program.h"
 
 int main(int argc, char** argv) {
-  return scrubwell::hosts::RunProgram(argc, argv);
+  return scrubwell::hosts::RunProgram(scrubwell::hosts::ProgramArguments(argc, argv));
 }

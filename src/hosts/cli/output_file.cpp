@@ -1,14 +1,9 @@
 #include "hosts/cli/output_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <memory>
 #include <system_error>
 
+#include "hosts/cli/console.h"
+#include "hosts/cli/replace_file.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 
@@ -16,108 +11,28 @@ namespace scrubwell::hosts {
 
 namespace {
 
-std::string Failure(std::string_view path, int error) {
+std::optional<std::string> Complaint(std::string_view path, int error) {
+  if (error == 0) return std::nullopt;
   return Say(texts::CantWrite, {path, std::generic_category().message(error)});
-}
-
-// 0 or the system's error number.
-int WriteAll(int fd, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(fd, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return 0;
-}
-
-// The place that the bytes go to: behind symbolic links, so that a link stays one.
-struct Place {
-  std::string path;
-  bool exists = false;
-  bool direct = false;  ///< a device or pipe, which can't be replaced by a file
-  mode_t mode = 0;
-  int error = 0;
-};
-
-Place Locate(const std::string& path) {
-  Place place;
-  place.path = path;
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) {
-    if (errno != ENOENT) place.error = errno;
-    return place;
-  }
-  place.exists = true;
-  place.mode = info.st_mode & 07777U;
-  if (S_ISDIR(info.st_mode)) {
-    place.error = EISDIR;
-  } else if (!S_ISREG(info.st_mode)) {
-    place.direct = true;
-  } else if (::access(path.c_str(), W_OK) != 0) {
-    place.error = errno;
-  } else if (const std::unique_ptr<char, decltype(&std::free)> real(
-                 ::realpath(path.c_str(), nullptr), &std::free);
-             real != nullptr) {
-    place.path = real.get();
-  }
-  return place;
-}
-
-std::string TemporaryName(const Place& place) {
-  return place.path + ".scrubwell-" + std::to_string(::getpid());
-}
-
-int CreateTemporary(const std::string& name) {
-  return ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-}
-
-int WriteDirect(const std::string& path, std::string_view bytes) {
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
-  if (fd < 0) return errno;
-  const int error = WriteAll(fd, bytes);
-  return ::close(fd) != 0 && error == 0 ? errno : error;
-}
-
-int Replace(const Place& place, std::string_view bytes) {
-  const std::string temporary = TemporaryName(place);
-  const int fd = CreateTemporary(temporary);
-  if (fd < 0) return errno;
-  int error = WriteAll(fd, bytes);
-  if (error == 0 && place.exists && ::fchmod(fd, place.mode) != 0) error = errno;
-  if (error == 0 && ::fsync(fd) != 0) error = errno;
-  if (::close(fd) != 0 && error == 0) error = errno;
-  if (error == 0 && ::rename(temporary.c_str(), place.path.c_str()) != 0) error = errno;
-  if (error != 0) ::unlink(temporary.c_str());
-  return error;
 }
 
 }  // namespace
 
 std::optional<std::string> CheckOutput(const std::string& path) {
-  if (path.empty()) return std::nullopt;
-  const Place place = Locate(path);
-  if (place.error != 0) return Failure(path, place.error);
-  if (place.direct) return std::nullopt;
-  const std::string temporary = TemporaryName(place);
-  const int fd = CreateTemporary(temporary);
-  if (fd < 0) return Failure(path, errno);
-  ::close(fd);
-  ::unlink(temporary.c_str());
-  return std::nullopt;
+  return path.empty() ? std::nullopt : Complaint(path, TryReplacing(path));
 }
 
 std::optional<std::string> WriteOutput(const std::string& path, std::string_view bytes) {
-  if (path.empty()) {
-    const int error = WriteAll(STDOUT_FILENO, bytes);
-    if (error != 0) return Failure(Say(texts::StandardOutput), error);
-    return std::nullopt;
-  }
-  const Place place = Locate(path);
-  int error = place.error;
-  if (error == 0) error = place.direct ? WriteDirect(path, bytes) : Replace(place, bytes);
-  if (error != 0) return Failure(path, error);
-  return std::nullopt;
+  return WriteOutput(path, ContentSource([bytes](const auto& put) { put(bytes); }));
+}
+
+std::optional<std::string> WriteOutput(const std::string& path, const ContentSource& content) {
+  if (!path.empty()) return Complaint(path, ReplaceContent(path, content));
+  int error = 0;
+  content([&error](std::string_view piece) {
+    if (error == 0) error = WriteTo(Stream::Output, piece);
+  });
+  return Complaint(Say(texts::StandardOutput), error);
 }
 
 }  // namespace scrubwell::hosts

@@ -1,15 +1,12 @@
 #include "hosts/cli/program.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 
 #include "hosts/cli/commands.h"
+#include "hosts/cli/console.h"
 #include "hosts/cli/output_file.h"
-#include "hosts/cli/progress_line.h"
 #include "hosts/driver/null_platform.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
@@ -49,7 +46,7 @@ std::optional<std::string> FindUnknown(const ScanOptions& options) {
 int Fail(ExitCode code, std::string_view sentence) {
   // Some sentences come complete from where they arose.
   if (sentence.ends_with('.')) sentence.remove_suffix(1);
-  std::fprintf(stderr, "scrubwell: %.*s.\n", static_cast<int>(sentence.size()), sentence.data());
+  WriteTo(Stream::Error, std::string("scrubwell: ").append(sentence).append(".\n"));
   return code;
 }
 
@@ -62,17 +59,15 @@ ExitCode CodeOf(CleanFailure failure) {
 }
 
 std::size_t ReportWidth(bool toFile) {
-  return std::min(toFile ? PlainWidth : TerminalWidth(STDOUT_FILENO, PlainWidth), MaxWidth);
+  return std::min(toFile ? PlainWidth : TerminalWidth(Stream::Output, PlainWidth), MaxWidth);
 }
 
 TextLook LookFor(const std::string& output) {
   const char* refused = std::getenv("NO_COLOR");
-  const char* term = std::getenv("TERM");
   TextLook look;
   look.width = ReportWidth(!output.empty());
-  look.colours = output.empty() && ::isatty(STDOUT_FILENO) == 1 &&
-                 (refused == nullptr || *refused == '\0') && term != nullptr && *term != '\0' &&
-                 std::string_view(term) != "dumb";
+  const bool wanted = refused == nullptr || *refused == '\0';
+  look.colours = output.empty() && wanted && ShowsColours(Stream::Output);
   return look;
 }
 
@@ -113,9 +108,13 @@ int Run(const PluginsCommand& command) {
   return Run(PrintCommand{list});
 }
 
-int RunProgram(int argc, const char* const* argv) {
+int RunProgram(const std::vector<std::string>& arguments) {
   try {
-    const ParsedCommand parsed = ParseCommandLine(argc, argv);
+    std::vector<const char*> pointers;
+    for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
+    const int count = static_cast<int>(pointers.size());
+    pointers.push_back(nullptr);
+    const ParsedCommand parsed = ParseCommandLine(count, pointers.data());
     if (!parsed.command) return Fail(WrongUse, parsed.error);
     return std::visit([](const auto& command) { return Run(command); }, *parsed.command);
   } catch (const std::exception& error) {

@@ -1,12 +1,9 @@
 #include "hosts/cli/progress_line.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
-#include <algorithm>
+#include <array>
 #include <cstdio>
-#include <cstdlib>
 
+#include "hosts/cli/console.h"
 #include "hosts/report/columns.h"
 #include "hosts/report/report.h"
 
@@ -19,20 +16,10 @@ constexpr std::size_t UsualWidth = 80;
 
 }  // namespace
 
-std::size_t TerminalWidth(int fd, std::size_t fallback) {
-  winsize size{};
-  if (::ioctl(fd, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return fallback;
-  return size.ws_col;
-}
-
-// The line needs a terminal that can take back what it shows.
-ProgressLine::ProgressLine() {
-  const char* term = std::getenv("TERM");
-  terminal_ = ::isatty(STDERR_FILENO) == 1 && (term == nullptr || std::string_view(term) != "dumb");
-}
+ProgressLine::ProgressLine() : terminal_(RewritesLines(Stream::Error)) {}
 
 ProgressLine::~ProgressLine() {
-  if (shown_) std::fputs("\r\033[K", stderr);
+  if (shown_) RewriteLine(Stream::Error, {});
 }
 
 void ProgressLine::Show(const RunProgress& progress) {
@@ -45,11 +32,12 @@ void ProgressLine::Show(const RunProgress& progress) {
   label += u"  ";
   label += progress.item;
   // Room for the percentage and a free last column, where terminals begin a new line.
-  const std::size_t width = TerminalWidth(STDERR_FILENO, UsualWidth);
+  const std::size_t width = TerminalWidth(Stream::Error, UsualWidth);
   const std::string text = Printable(label);
-  const std::string_view shown = FirstColumns(text, width > 8 ? width - 8 : 0);
-  std::fprintf(stderr, "\r\033[K%3d %%  %.*s", progress.promille / 10,
-               static_cast<int>(shown.size()), shown.data());
+  std::array<char, 16> percent{};
+  std::snprintf(percent.data(), percent.size(), "%3d %%  ", progress.promille / 10);
+  RewriteLine(Stream::Error,
+              std::string(percent.data()).append(FirstColumns(text, width > 8 ? width - 8 : 0)));
 }
 
 }  // namespace scrubwell::hosts

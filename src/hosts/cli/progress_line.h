@@ -24,7 +24,4 @@ class ProgressLine {
   std::chrono::steady_clock::time_point last_;
 };
 
-/// Columns of the terminal behind a file descriptor, `fallback` when there is none.
-std::size_t TerminalWidth(int fd, std::size_t fallback);
-
 }  // namespace scrubwell::hosts

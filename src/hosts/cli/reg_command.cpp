@@ -1,9 +1,8 @@
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <system_error>
 
 #include "hosts/cli/commands.h"
+#include "hosts/cli/console.h"
 #include "hosts/cli/stop_signals.h"
 #include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
@@ -117,14 +116,13 @@ class Search {
       open.pop_back();
       Visit(key, open);
     }
-    if (std::fflush(stdout) != 0 && error_ == 0) error_ = errno;
     if (error_ != 0) {
       return Fail(WrongUse, Say(texts::CantWrite, {Say(texts::StandardOutput),
                                                    std::generic_category().message(error_)}));
     }
     if (unread_ > 0) {
-      std::fprintf(stderr, "scrubwell: %s\n",
-                   Say(texts::KeysUnread, {std::to_string(unread_)}).c_str());
+      const std::string unread = Say(texts::KeysUnread, {std::to_string(unread_)});
+      WriteTo(Stream::Error, "scrubwell: " + unread + '\n');
     }
     if (StopRequested()) return Stopped;
     return hits_ > 0 ? NoProblems : ProblemsFound;
@@ -184,7 +182,7 @@ class Search {
       if (value != nullptr) line_ += "  " + ValueLine(*value, kMostBytes);
     }
     line_ += '\n';
-    if (std::fwrite(line_.data(), 1, line_.size(), stdout) != line_.size()) error_ = errno;
+    error_ = WriteTo(Stream::Output, line_);
   }
 
   IRegistry& registry_;

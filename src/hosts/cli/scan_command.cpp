@@ -1,11 +1,11 @@
-#include <unistd.h>
-
 #include <cerrno>
 #include <chrono>
 #include <fstream>
 #include <system_error>
 
+#include "backends/common/local_file.h"
 #include "hosts/cli/commands.h"
+#include "hosts/cli/console.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/progress_line.h"
 #include "hosts/cli/scan_target.h"
@@ -26,34 +26,46 @@ constexpr std::size_t ShownOfMany = 25;
 TextLook ScanLook(const ScanReport& report, const ScanCommand& command) {
   TextLook look = LookFor(command.scan.output);
   look.details = command.details;
-  const bool cut = command.scan.output.empty() && ::isatty(STDOUT_FILENO) == 1 &&
-                   !command.details && command.scan.plugins.size() != 1 &&
-                   report.shown.size() > ManyProblems;
+  const bool cut = command.scan.output.empty() && IsTerminal(Stream::Output) && !command.details &&
+                   command.scan.plugins.size() != 1 && report.shown.size() > ManyProblems;
   look.limit = command.limit.value_or(cut ? ShownOfMany : 0);
   return look;
 }
 
-std::string Render(const ScanReport& report, const ScanCommand& command) {
+std::string Render(const ScanReport& report, const ScanCommand& command, const Drain& drain) {
   switch (command.scan.format) {
     case ReportFormat::Json:
-      return JsonReport(report);
+      return JsonReport(report, drain);
     case ReportFormat::JsonLines:
-      return JsonLinesReport(report);
+      return JsonLinesReport(report, drain);
     case ReportFormat::Csv:
-      return CsvReport(report);
+      return CsvReport(report, drain);
     case ReportFormat::Html:
-      return HtmlReport(report);
+      return HtmlReport(report, drain);
     case ReportFormat::Sarif:
-      return SarifReport(report);
+      return SarifReport(report, drain);
     case ReportFormat::Text:
       break;
   }
-  return TextReport(report, ScanLook(report, command));
+  return TextReport(report, ScanLook(report, command), drain);
+}
+
+// In pieces that the processor still holds when they are written.
+std::optional<std::string> WriteReport(const ScanReport& report, const ScanCommand& command) {
+  constexpr std::size_t piece = std::size_t{1} << 17U;
+  return WriteOutput(command.scan.output, ContentSource([&](const auto& put) {
+                       const std::string rest = Render(report, command, [&put](std::string& text) {
+                         if (text.size() < piece) return;
+                         put(text);
+                         text.clear();
+                       });
+                       put(rest);
+                     }));
 }
 
 // Nothing, or one sentence that says why the earlier report can't be used.
 std::optional<std::string> ReadPrevious(const std::string& path, PreviousScan& previous) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(LocalPath(path), std::ios::binary);
   const auto unreadable = [&path] {
     return Say(texts::CantRead, {path, std::generic_category().message(errno)});
   };
@@ -139,9 +151,7 @@ int Run(const ScanCommand& command) {
   report.duration = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::chrono::steady_clock::now() - begin);
   SettleShown(report, command, previous);
-  if (const auto error = WriteOutput(options.output, Render(report, command))) {
-    return Fail(WrongUse, *error);
-  }
+  if (const auto error = WriteReport(report, command)) return Fail(WrongUse, *error);
   return StatusOf(report, command.failOn);
 }
 

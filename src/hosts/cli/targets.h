@@ -18,6 +18,8 @@ struct OpenedSession {
   std::string error;  ///< one sentence without a final full stop
 };
 
+/// Whether commands work on the system that the program runs on, and need no target to be named.
+bool TargetIsRunningSystem();
 /// For reading only.
 OpenedTarget OpenTarget(const TargetOptions& options);
 /// For changes. What an earlier clean left half way is settled first.

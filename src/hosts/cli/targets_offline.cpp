@@ -3,6 +3,10 @@
 
 namespace scrubwell::hosts {
 
+bool TargetIsRunningSystem() {
+  return false;
+}
+
 OpenedTarget OpenTarget(const TargetOptions& options) {
   OfflineOpenResult opened = OfflineBackend::Open(options);
   return {std::move(opened.backend), opened.failure, std::move(opened.error)};

@@ -74,7 +74,7 @@ int Run(const UndoCommand& command) {
   options.backupFolder = command.backup;
   options.session = command.session;
   options.items = command.items;
-  if (options.target.folder.empty()) {
+  if (options.target.folder.empty() && !TargetIsRunningSystem()) {
     const SessionContent content = ReadSession(command.backup, command.session);
     if (content.failure != CleanFailure::None) return Fail(CodeOf(content.failure), content.error);
     options.target.folder = content.info.target;

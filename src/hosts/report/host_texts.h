@@ -12,6 +12,11 @@ inline constexpr TText Program(
     u"lässt sich zurücknehmen.",
     u"Finds entries of a Windows registry that refer to things that are no longer there. Looks at "
     u"a switched-off Windows; only a clean changes anything, and all of it can be put back.");
+inline constexpr TText LiveProgram(
+    u"Findet Einträge der Registrierung dieses Windows, die auf nicht mehr Vorhandenes verweisen. "
+    u"Erst eine Reinigung ändert etwas, und alles davon lässt sich zurücknehmen.",
+    u"Finds entries of this Windows' registry that refer to things that are no longer there. Only "
+    u"a clean changes anything, and all of it can be put back.");
 inline constexpr TText ScanCommand(u"Eine Windows-Installation untersuchen",
                                    u"Scan a Windows installation");
 inline constexpr TText CleanCommand(
@@ -37,6 +42,9 @@ inline constexpr TText VersionFlag(u"Die Version zeigen und beenden", u"Show the
 inline constexpr TText WindowsOption(
     u"Ordner, in dem das Windows-Laufwerk eingehängt ist (darin liegt der Ordner Windows)",
     u"Folder that the Windows volume is mounted on (the one that holds the Windows folder)");
+inline constexpr TText LiveOption(
+    u"Das laufende Windows, für den Benutzer, der das Programm ausführt; auch ohne Angabe",
+    u"The running Windows, for the user who runs the program; so it is without this too");
 inline constexpr TText UserOption(
     u"Benutzer: Profilordner, Kontoname oder SID; sonst der einzige oder zuletzt angemeldete. Bei "
     u"scan: all für alle",
@@ -92,6 +100,9 @@ inline constexpr TText YesOption(u"Nicht nachfragen", u"Don't ask");
 inline constexpr TText BackupOption(
     u"Ordner der Sicherungen; sonst scrubwell im Zustandsordner des Benutzers",
     u"Folder of the backups; else scrubwell in the user's state folder");
+inline constexpr TText LiveBackupOption(
+    u"Ordner der Sicherungen; sonst %LOCALAPPDATA%\\Scrubwell\\Sessions",
+    u"Folder of the backups; else %LOCALAPPDATA%\\Scrubwell\\Sessions");
 inline constexpr TText UntilCleanOption(
     u"Suchen und reinigen, bis nichts Ausgewähltes mehr gefunden wird",
     u"Scan and clean until nothing selected is found any more");
@@ -158,6 +169,20 @@ inline constexpr TText FileType(u"DATEI", u"FILE");
 
 // ---- Wrong use ------------------------------------------------------------------------------
 inline constexpr TText UnknownArgument(u"%s: unbekanntes Argument", u"%s: unknown argument");
+inline constexpr TText NotLive(
+    u"--live: hier wird ein ausgeschaltetes Windows untersucht, dessen Ordner --windows nennt; das "
+    u"laufende untersucht scrubwell.exe",
+    u"--live: here a switched-off Windows is looked at, whose folder --windows names; "
+    u"scrubwell.exe "
+    u"looks at the running one");
+inline constexpr TText OnlyLive(
+    u"%s: dieses Programm untersucht das laufende Windows; ein ausgeschaltetes untersucht das für "
+    u"Linux",
+    u"%s: this program looks at the running Windows; the one for Linux looks at a switched-off "
+    u"one");
+inline constexpr TText OnlyOwnUser(
+    u"%s: das laufende Windows wird für den Benutzer untersucht, der das Programm ausführt",
+    u"%s: the running Windows is looked at for the user who runs the program");
 inline constexpr TText MissingOption(u"%s fehlt", u"%s is missing");
 inline constexpr TText MissingCommand(u"Es fehlt ein Befehl (siehe: scrubwell --help)",
                                       u"a command is missing (see: scrubwell --help)");
@@ -339,6 +364,11 @@ inline constexpr TText ActionWriteFile(u"Datei schreiben:", u"write file");
 inline constexpr TText ActionEraseFile(u"Datei löschen:", u"delete file");
 inline constexpr TText ActionEraseFolder(u"Leeren Ordner löschen:", u"delete empty folder");
 inline constexpr TText ActionKeepFile(u"Datei sichern:", u"keep a copy of file");
+inline constexpr TText ActionRemoveTask(u"Aufgabe entfernen:", u"remove task");
+inline constexpr TText ActionRemoveUrl(u"Adresse aus dem Verlauf entfernen:",
+                                       u"remove from the history");
+inline constexpr TText ActionRemoveFirewallApplication(u"Aus der Firewall entfernen:",
+                                                       u"remove from the firewall");
 inline constexpr TText DefaultValueName(u"(Standard)", u"(default)");
 inline constexpr TText LeftEmpty(u"nun leer", u"left empty");
 inline constexpr TText Subkeys(u"Unterschlüssel: %s", u"subkeys: %s");

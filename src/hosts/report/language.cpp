@@ -27,13 +27,14 @@ std::string_view Setting(const char* variable) {
 
 }  // namespace
 
-TLanguage EnvironmentLanguage() {
+std::optional<TLanguage> EnvironmentLanguage() {
   std::string_view locale;
   for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
     locale = Setting(variable);
     if (!locale.empty()) break;
   }
-  if (locale.empty() || locale == "C" || locale == "POSIX") return TLanguage::English;
+  if (locale.empty()) return std::nullopt;
+  if (locale == "C" || locale == "POSIX") return TLanguage::English;
   // A list in the order of preference.
   std::string_view wishes = Setting("LANGUAGE");
   while (!wishes.empty()) {

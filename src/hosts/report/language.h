@@ -15,8 +15,8 @@ std::optional<TLanguage> LanguageByName(std::string_view name);
 
 /// What the environment asks for. The first of LC_ALL, LC_MESSAGES and LANG that is set decides;
 /// unless it is "C" or "POSIX", the languages in LANGUAGE come before it. English where none of
-/// them is spoken here.
-TLanguage EnvironmentLanguage();
+/// them is spoken here; nothing when none is set.
+std::optional<TLanguage> EnvironmentLanguage();
 
 /// A text in the package's language as UTF-8, its "%s" filled in order.
 std::string Say(const TText& text, std::initializer_list<std::string_view> values = {});

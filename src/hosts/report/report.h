@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,20 +54,25 @@ struct TextLook {
   std::size_t limit = 0;
 };
 
+/// Called between problems with what has been written so far, which it may take out of the text.
+using Drain = std::function<void(std::string& text)>;
+
+// ---- The forms. Each returns what the drain has left, without one the whole report. -----------
+
 /// UTF-8 for people, wrapped at `look.width` columns; control characters from the registry are
 /// replaced, so that no entry can steer a terminal.
-std::string TextReport(const ScanReport& report, const TextLook& look);
+std::string TextReport(const ScanReport& report, const TextLook& look, const Drain& drain = {});
 
 /// UTF-8, docs/json.md describes it.
-std::string JsonReport(const ScanReport& report);
+std::string JsonReport(const ScanReport& report, const Drain& drain = {});
 
 /// One problem a line, docs/json.md describes it.
-std::string JsonLinesReport(const ScanReport& report);
-std::string CsvReport(const ScanReport& report);
+std::string JsonLinesReport(const ScanReport& report, const Drain& drain = {});
+std::string CsvReport(const ScanReport& report, const Drain& drain = {});
 /// One file that needs no other.
-std::string HtmlReport(const ScanReport& report);
+std::string HtmlReport(const ScanReport& report, const Drain& drain = {});
 /// SARIF 2.1.0.
-std::string SarifReport(const ScanReport& report);
+std::string SarifReport(const ScanReport& report, const Drain& drain = {});
 
 /// A text from the registry made harmless for a terminal, as Harmless does it.
 std::string Printable(UnicodeView text);

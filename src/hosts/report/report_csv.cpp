@@ -19,7 +19,7 @@ constexpr UnicodeView kFormulaStarts = u"=+-@\t\r\n\uFF1D\uFF0B\uFF0D\uFF20";
 
 // Every cell in quotation marks: then no separator of any locale breaks a row.
 void AppendCell(std::string& out, UnicodeView text) {
-  if (out.back() != '\n') out += ',';
+  if (!out.empty() && out.back() != '\n') out += ',';
   out += '"';
   if (!text.empty() && kFormulaStarts.find(text.front()) != UnicodeView::npos) out += '\'';
   for (const char c : ToUtf8(Harmless(text, true))) {
@@ -59,13 +59,14 @@ void AppendRow(std::string& out, const std::string& id, UnicodeView owner,
 
 }  // namespace
 
-std::string CsvReport(const ScanReport& report) {
+std::string CsvReport(const ScanReport& report, const Drain& drain) {
   const std::vector<std::string> ids = ProblemIds(*SweepErrors);
   std::string out(kHeader);
   out += kLineEnd;
   for (const std::int32_t index : report.shown) {
     AppendRow(out, ids[static_cast<std::size_t>(index)], OwnerOf(report, index),
               (*SweepErrors)[index]);
+    if (drain) drain(out);
   }
   return out;
 }

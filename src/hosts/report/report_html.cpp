@@ -112,7 +112,10 @@ struct Category {
 
 class Page {
  public:
-  Page(const ScanReport& report, std::string& out) : report_(report), out_(out) { Sort(); }
+  Page(const ScanReport& report, std::string& out, const Drain& drain)
+      : report_(report), out_(out), drain_(drain) {
+    Sort();
+  }
   void Write();
 
  private:
@@ -135,6 +138,7 @@ class Page {
 
   const ScanReport& report_;
   std::string& out_;
+  const Drain& drain_;
   std::vector<std::string> ids_ = ProblemIds(*SweepErrors);
   std::unordered_set<std::string> anchors_;  // ids of two users' problems may be equal
   std::vector<Category> categories_;         // one for each plugin, in their order, and the rest
@@ -343,7 +347,10 @@ void Page::WriteKind(const Category& category, const KindGroup& group) {
                                      : Html(known->title));
   out_ +=
       "</h3><span class=\"count\">" + std::to_string(group.problems.size()) + "</span></summary>\n";
-  for (const std::int32_t index : group.problems) WriteProblem(index);
+  for (const std::int32_t index : group.problems) {
+    WriteProblem(index);
+    if (drain_) drain_(out_);
+  }
   out_ += "</details>\n";
 }
 
@@ -414,9 +421,9 @@ void Page::Write() {
 
 }  // namespace
 
-std::string HtmlReport(const ScanReport& report) {
+std::string HtmlReport(const ScanReport& report, const Drain& drain) {
   std::string out;
-  Page(report, out).Write();
+  Page(report, out, drain).Write();
   return out;
 }
 

@@ -38,13 +38,15 @@ void WritePlugin(JsonWriter& json, const TRCPlugin& plugin) {
   json.EndObject();
 }
 
-void WriteProblems(JsonWriter& json, const ScanReport& report) {
+template <class Written>
+void WriteProblems(JsonWriter& json, const ScanReport& report, Written&& written) {
   const std::vector<std::string> ids = ProblemIds(*SweepErrors);
   json.BeginArray();
   for (const std::int32_t i : report.shown) {
     json.BeginObject();
     WriteProblemMembers(json, report, i, ids[static_cast<std::size_t>(i)]);
     json.EndObject();
+    written();
   }
   json.EndArray();
 }
@@ -97,11 +99,8 @@ void WriteProblemMembers(JsonWriter& json, const ScanReport& report, std::int32_
   json.Key("identification").Text(BuildErrorIdentificationString(problem));
 }
 
-std::string JsonReport(const ScanReport& report) {
+std::string JsonReport(const ScanReport& report, const Drain& drain) {
   std::string out;
-  // Growing step by step would copy a large report many times over.
-  constexpr std::size_t usualProblem = 1400;
-  out.reserve(report.shown.size() * usualProblem);
   JsonWriter json(out);
   json.BeginObject();
   json.Key("scrubwell").Text(SCRUBWELL_VERSION);
@@ -112,7 +111,9 @@ std::string JsonReport(const ScanReport& report) {
   for (const TRCPlugin* plugin : *Plugins) WritePlugin(json, *plugin);
   json.EndArray();
   if (!report.users.empty()) WriteUsers(json.Key("users"), report.users);
-  WriteProblems(json.Key("problems"), report);
+  WriteProblems(json.Key("problems"), report, [&] {
+    if (drain) drain(out);
+  });
   json.Key("counts").BeginObject();
   json.Key("real_sweep_errors").Number(RealSweepErrorCount);
   json.Key("category_errors").Number(CategoryErrors);

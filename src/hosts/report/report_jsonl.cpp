@@ -3,7 +3,7 @@
 
 namespace scrubwell::hosts {
 
-std::string JsonLinesReport(const ScanReport& report) {
+std::string JsonLinesReport(const ScanReport& report, const Drain& drain) {
   // The target is the same in every line.
   std::string target;
   JsonWriter targetWriter(target, JsonLayout::OneLine);
@@ -19,6 +19,7 @@ std::string JsonLinesReport(const ScanReport& report) {
     WriteProblemMembers(json, report, index, ids[static_cast<std::size_t>(index)]);
     json.EndObject();
     out += '\n';
+    if (drain) drain(out);
   }
   return out;
 }

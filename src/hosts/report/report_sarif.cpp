@@ -47,8 +47,8 @@ UnicodeString WithoutData(UnicodeView text) {
 // Every part of a log, and what they share.
 class SarifLog {
  public:
-  SarifLog(const ScanReport& report, std::string& out)
-      : report_(report), json_(out, JsonLayout::OneLine) {
+  SarifLog(const ScanReport& report, std::string& out, const Drain& drain)
+      : report_(report), out_(out), drain_(drain), json_(out, JsonLayout::OneLine) {
     CollectFiles();
   }
   void Write();
@@ -69,6 +69,8 @@ class SarifLog {
   void WriteProperties(std::int32_t index);
 
   const ScanReport& report_;
+  std::string& out_;
+  const Drain& drain_;
   JsonWriter json_;
   std::vector<std::string> digests_ = ProblemDigests(*SweepErrors);
   std::vector<std::string> ids_ = ProblemIds(digests_);
@@ -329,7 +331,10 @@ void SarifLog::Write() {
   WriteArtifacts();
   WriteTaxonomy();
   json_.Key("results").BeginArray();
-  for (const std::int32_t index : report_.shown) WriteResult(index);
+  for (const std::int32_t index : report_.shown) {
+    WriteResult(index);
+    if (drain_) drain_(out_);
+  }
   json_.EndArray();
   json_.Key("properties").BeginObject();
   TargetFacts target = report_.target;
@@ -344,9 +349,9 @@ void SarifLog::Write() {
 
 }  // namespace
 
-std::string SarifReport(const ScanReport& report) {
+std::string SarifReport(const ScanReport& report, const Drain& drain) {
   std::string out;
-  SarifLog(report, out).Write();
+  SarifLog(report, out, drain).Write();
   out += '\n';
   return out;
 }

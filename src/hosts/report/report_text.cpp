@@ -46,8 +46,10 @@ using ProblemGroups = std::unordered_map<UnicodeView, std::vector<std::int32_t>>
 // What is the same for all problems of a report.
 class ProblemLister {
  public:
-  ProblemLister(std::string& out, const ScanReport& report, const TextLook& look)
+  ProblemLister(std::string& out, const ScanReport& report, const TextLook& look,
+                const Drain& drain)
       : out_(out),
+        drain_(drain),
         report_(report),
         look_(look),
         style_(look.colours),
@@ -69,6 +71,7 @@ class ProblemLister {
     for (std::size_t i = 0; i < count; ++i) {
       if (look_.details && i > 0) out_ += '\n';
       AppendProblem(problems[i]);
+      if (drain_) drain_(out_);
     }
     if (!cut) return;
     const std::string left = std::to_string(problems.size() - count);
@@ -114,6 +117,7 @@ class ProblemLister {
   }
 
   std::string& out_;
+  const Drain& drain_;
   const ScanReport& report_;
   const TextLook& look_;
   TextStyle style_;
@@ -210,7 +214,9 @@ std::string TargetLine(const TargetFacts& target) {
   add(Say(target.is64Bit ? texts::Bits64 : texts::Bits32));
   const std::string product =
       target.productName.empty() ? Say(texts::UnnamedWindows) : Printable(target.productName);
-  std::string line = Say(texts::TargetLine, {product + " (" + details + ")", target.folder});
+  std::string line = product + " (" + details + ")";
+  // The running system lies nowhere in particular.
+  if (!target.folder.empty()) line = Say(texts::TargetLine, {line, target.folder});
   if (!target.userName.empty()) line += ", " + Say(texts::UserWord, {Printable(target.userName)});
   return line;
 }
@@ -245,7 +251,7 @@ UnicodeView OwnerOf(const ScanReport& report, std::int32_t index) {
   return at < report.owners.size() ? UnicodeView(report.owners[at]) : UnicodeView();
 }
 
-std::string TextReport(const ScanReport& report, const TextLook& look) {
+std::string TextReport(const ScanReport& report, const TextLook& look, const Drain& drain) {
   ProblemGroups groups;
   std::size_t found = 0;
   for (const std::int32_t i : report.shown) {
@@ -261,7 +267,7 @@ std::string TextReport(const ScanReport& report, const TextLook& look) {
   }
   AppendFlow(out, target, 0, 4, look.width);
   if (!report.shown.empty()) {
-    ProblemLister lister(out, report, look);
+    ProblemLister lister(out, report, look, drain);
     for (const TRCPlugin* plugin : *Plugins) {
       const auto group = groups.find(plugin->FPluginID);
       if (group != groups.end()) lister.AppendCategory(*plugin, group->second);

@@ -4,7 +4,7 @@
 #include <set>
 
 #include "backends/memory/memory_backend.h"
-#include "backends/offline/offline_profiles.h"
+#include "backends/common/ini_profiles.h"
 #include "backends/offline/offline_tasks.h"
 #include "backends/offline/text_services.h"
 #include "registry/Stringhelper.h"
@@ -104,7 +104,7 @@ TEST(OfflineTasks, ReadsAndRemovesByName) {
   EXPECT_EQ(backend.Journal(), changes);
 }
 
-TEST(OfflineProfiles, ChangeNothingButTheEntry) {
+TEST(IniProfiles, ChangeNothingButTheEntry) {
   constexpr UnicodeView ini = u"C:\\Windows\\win.ini";
   constexpr std::string_view before =
       "; note\r\n[A]\nk = 1 ;2\r\nk=dup\r\n\xE4=\x81\r\n[Mapped]\r\nx=file\r\ny=file\r\nz=z\r\n[B]";
@@ -138,7 +138,7 @@ TEST(OfflineProfiles, ChangeNothingButTheEntry) {
               "");
     backend.Files().AddFile(ini, {before.begin(), before.end()});
     TextServices text(1252);
-    OfflineProfiles profiles(backend.Registry(), backend.Files(), text, u"C:\\Windows");
+    IniProfiles profiles(backend.Registry(), backend.Files(), text, u"C:\\Windows");
     const Status status = row.remove ? profiles.Remove(ini, row.section, row.key)
                                      : profiles.Put(ini, row.section, row.key, row.value);
     EXPECT_EQ(status, row.status) << ToUtf8(row.key);

@@ -59,6 +59,7 @@ struct FirewallEntry {
   bool enabled = true;
   /// The entry goes only after it was switched off.
   bool isStubborn = false;
+  NET_FW_SCOPE scope = NET_FW_SCOPE_ALL;
 };
 
 /// What the firewall's objects share. They must not outlive it.
@@ -76,27 +77,35 @@ class FirewallEntryObject final : public ScriptObject<INetFwAuthorizedApplicatio
  public:
   FirewallEntryObject(FirewallState& state, FirewallEntry entry)
       : state_(state), entry_(std::move(entry)) {}
+  [[nodiscard]] const FirewallEntry& Entry() const { return entry_; }
   HRESULT STDMETHODCALLTYPE get_Name(BSTR* out) override {
     return *out = SysAllocString(entry_.name.c_str()), S_OK;
   }
-  HRESULT STDMETHODCALLTYPE put_Name(BSTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_Name(BSTR name) override { return entry_.name = name, S_OK; }
   HRESULT STDMETHODCALLTYPE get_ProcessImageFileName(BSTR* out) override {
     return *out = SysAllocString(entry_.file.c_str()), S_OK;
   }
-  HRESULT STDMETHODCALLTYPE put_ProcessImageFileName(BSTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE put_ProcessImageFileName(BSTR file) override {
+    return entry_.file = file, S_OK;
+  }
   HRESULT STDMETHODCALLTYPE get_IpVersion(NET_FW_IP_VERSION*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE put_IpVersion(NET_FW_IP_VERSION) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Scope(NET_FW_SCOPE*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE put_Scope(NET_FW_SCOPE) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_Scope(NET_FW_SCOPE* out) override {
+    return *out = entry_.scope, S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE put_Scope(NET_FW_SCOPE scope) override {
+    return entry_.scope = scope, S_OK;
+  }
   HRESULT STDMETHODCALLTYPE get_RemoteAddresses(BSTR*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE put_RemoteAddresses(BSTR) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE get_Enabled(VARIANT_BOOL* out) override {
     return *out = entry_.enabled ? VARIANT_TRUE : VARIANT_FALSE, S_OK;
   }
   HRESULT STDMETHODCALLTYPE put_Enabled(VARIANT_BOOL enabled) override {
+    entry_.enabled = enabled != VARIANT_FALSE;
     const auto entry = state_.Find(entry_.file.c_str());
-    if (entry == state_.entries.end()) return E_INVALIDARG;
-    return entry->enabled = enabled != VARIANT_FALSE, S_OK;
+    if (entry != state_.entries.end()) entry->enabled = entry_.enabled;
+    return S_OK;
   }
 
  private:
@@ -134,7 +143,9 @@ class FirewallList final : public ScriptObject<INetFwAuthorizedApplications> {
  public:
   explicit FirewallList(FirewallState& state) : state_(state) {}
   HRESULT STDMETHODCALLTYPE get_Count(LONG*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Add(INetFwAuthorizedApplication*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Add(INetFwAuthorizedApplication* entry) override {
+    return state_.entries.push_back(static_cast<FirewallEntryObject*>(entry)->Entry()), S_OK;
+  }
   HRESULT STDMETHODCALLTYPE Remove(BSTR file) override {
     const auto entry = state_.Find(file);
     if (entry == state_.entries.end() || (entry->isStubborn && entry->enabled)) return E_FAIL;
@@ -255,7 +266,9 @@ class UrlWalk final : public Object<IEnumSTATURL> {
 class UrlHistory final : public Object<IUrlHistoryStg2> {
  public:
   explicit UrlHistory(UrlList& urls) : urls_(urls) {}
-  HRESULT STDMETHODCALLTYPE AddUrl(LPCOLESTR, LPCOLESTR, DWORD) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE AddUrl(LPCOLESTR url, LPCOLESTR, DWORD) override {
+    return urls_.emplace_back(url), S_OK;
+  }
   HRESULT STDMETHODCALLTYPE DeleteUrl(LPCOLESTR url, DWORD) override {
     return std::erase(urls_, url) > 0 ? S_OK : HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
   }
@@ -283,6 +296,9 @@ inline windows::ComFactories OwnObjects(FirewallState& firewall, UrlList& urls) 
   windows::ComFactories factories;
   factories.firewall = [&firewall](INetFwMgr** out) {
     return *out = new FirewallManager(firewall), S_OK;
+  };
+  factories.firewallEntry = [&firewall](INetFwAuthorizedApplication** out) {
+    return *out = new FirewallEntryObject(firewall, {}), S_OK;
   };
   factories.urlHistory = [&urls](IUrlHistoryStg2** out) {
     return *out = new UrlHistory(urls), S_OK;

@@ -57,6 +57,8 @@ TEST_F(Program, AnswersToItsArguments) {
       {"clean --all --dry-run --windows @/C --format csv", 2, "csv"},
       {"wash", 2, "wash"},
       {"scan", 2, "--windows"},
+      {"scan --live", 2, "--live: here a switched-off Windows"},
+      {"recover --live --windows @/C", 2, "--live: here a switched-off Windows"},
       {scan + "--fast", 2, "--fast"},
       {scan + "extra", 2, "extra"},
       {scan + "--user", 2, "--user"},

@@ -294,6 +294,33 @@ TEST(ProblemKinds, CoverThePackage) {
   }
 }
 
+TEST(Formats, ArePutTogetherFromTheirPieces) {
+  ReportWorld world;
+  AddHostile(world);
+  const ScanReport& report = world.report;
+  const TextLook look;
+  const std::function<std::string(const Drain&)> kForms[] = {
+      [&](const Drain& drain) { return TextReport(report, look, drain); },
+      [&](const Drain& drain) { return JsonReport(report, drain); },
+      [&](const Drain& drain) { return JsonLinesReport(report, drain); },
+      [&](const Drain& drain) { return CsvReport(report, drain); },
+      [&](const Drain& drain) { return HtmlReport(report, drain); },
+      [&](const Drain& drain) { return SarifReport(report, drain); },
+  };
+  for (const auto& form : kForms) {
+    std::string pieces;
+    std::size_t count = 0;
+    const std::string rest = form([&](std::string& text) {
+      pieces += text;
+      text.clear();
+      ++count;
+    });
+    pieces += rest;
+    EXPECT_EQ(pieces, form({}));
+    EXPECT_GE(count, report.shown.size() - 1);  // one category is no plugin's
+  }
+}
+
 // Time of the processor, for others may use the machine too. Ten times as many may take ten times
 // as long, and some; a quadratic walk would take a hundred.
 TEST(Formats, TakeTimeInProportion) {

@@ -1,9 +1,8 @@
-#include "hosts/cli/stop_signals.h"
-
 #include <atomic>
 #include <csignal>
 
 #include "framework/Rc_common.h"
+#include "hosts/cli/stop_signals.h"
 
 namespace scrubwell::hosts {
 

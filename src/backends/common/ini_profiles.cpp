@@ -1,14 +1,17 @@
-#include "backends/offline/offline_profiles.h"
+#include "backends/common/ini_profiles.h"
 
-#include "backends/offline/registry_read.h"
 #include "registry/Stringhelper.h"
 #include "registry/Zmregistry.h"
 
-namespace scrubwell::offline {
+namespace scrubwell {
 namespace {
 
 constexpr UnicodeView kMappings =
     u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\IniFileMapping\\";
+
+UnicodeString TextOf(const RegValue& value) {
+  return IsTextType(value.type) ? RegValueText(value) : UnicodeString();
+}
 
 bool TakeText(UnicodeView& text, UnicodeView prefix) {
   if (!SameText(text.substr(0, prefix.size()), prefix)) return false;
@@ -29,8 +32,8 @@ RootKey TakeRoot(UnicodeView& text, UnicodeView& prefix) {
 
 // A mapping's text: flags ("!" writes both, "#" copies at the first logon, "@" keeps the file out),
 // then the root, then the key.
-Status OfflineProfiles::ReadMapping(const UnicodeString& place, UnicodeView value,
-                                    UnicodeView below, Mapping& out) {
+Status IniProfiles::ReadMapping(const UnicodeString& place, UnicodeView value, UnicodeView below,
+                                Mapping& out) {
   RegValue stored;
   const Status status = registry_.GetValue({RootKey::LocalMachine, place}, value, stored);
   if (status != Status::Ok) return status;
@@ -51,8 +54,8 @@ Status OfflineProfiles::ReadMapping(const UnicodeString& place, UnicodeView valu
   return Status::Ok;
 }
 
-Status OfflineProfiles::FindMapping(UnicodeView file, UnicodeView section, UnicodeView key,
-                                    Mapping& out) {
+Status IniProfiles::FindMapping(UnicodeView file, UnicodeView section, UnicodeView key,
+                                Mapping& out) {
   out = {};
   // A file in another folder is never mapped.
   const UnicodeView folder = ExtractFilePath(file);
@@ -67,12 +70,12 @@ Status OfflineProfiles::FindMapping(UnicodeView file, UnicodeView section, Unico
   return status == Status::Absent ? Status::Ok : status;
 }
 
-UnicodeString OfflineProfiles::FullName(UnicodeView file) const {
+UnicodeString IniProfiles::FullName(UnicodeView file) const {
   return ExtractFilePath(file).empty() ? windowsDir_ + u"\\" + UnicodeString(file)
                                        : UnicodeString(file);
 }
 
-OfflineProfiles::Document& OfflineProfiles::Open(UnicodeView file) {
+IniProfiles::Document& IniProfiles::Open(UnicodeView file) {
   const UnicodeString path = FullName(file);
   const auto [it, isNew] = documents_.try_emplace(UpperCase(path));
   Document& document = it->second;
@@ -87,8 +90,8 @@ OfflineProfiles::Document& OfflineProfiles::Open(UnicodeView file) {
   return document;
 }
 
-Status OfflineProfiles::Get(UnicodeView file, UnicodeView section, UnicodeView key,
-                            UnicodeString& out) {
+Status IniProfiles::Get(UnicodeView file, UnicodeView section, UnicodeView key,
+                        UnicodeString& out) {
   Mapping mapping;
   if (const Status found = FindMapping(file, section, key, mapping); found != Status::Ok) {
     return found;
@@ -107,7 +110,7 @@ Status OfflineProfiles::Get(UnicodeView file, UnicodeView section, UnicodeView k
   return document.status != Status::Ok ? document.status : document.ini.Get(section, key, out);
 }
 
-Status OfflineProfiles::Entries(UnicodeView file, UnicodeView section, TStringList& out) {
+Status IniProfiles::Entries(UnicodeView file, UnicodeView section, TStringList& out) {
   out.clear();
   Mapping mapping;
   if (const Status found = FindMapping(file, section, {}, mapping); found != Status::Ok) {
@@ -125,8 +128,7 @@ Status OfflineProfiles::Entries(UnicodeView file, UnicodeView section, TStringLi
   return document.status != Status::Ok ? document.status : document.ini.Entries(section, out);
 }
 
-Status OfflineProfiles::Put(UnicodeView file, UnicodeView section, UnicodeView key,
-                            UnicodeView value) {
+Status IniProfiles::Put(UnicodeView file, UnicodeView section, UnicodeView key, UnicodeView value) {
   const auto inRegistry = [&](const KeyRef& place, const RegValue& old) {
     const std::uint32_t type = old.type == REGT_EXPAND_SZ ? REGT_EXPAND_SZ : REGT_SZ;
     return registry_.SetValue(place, {UnicodeString(key), type, TextData(value)});
@@ -135,7 +137,7 @@ Status OfflineProfiles::Put(UnicodeView file, UnicodeView section, UnicodeView k
                 [&](ini::Document& document) { return document.Set(section, key, value); });
 }
 
-Status OfflineProfiles::Remove(UnicodeView file, UnicodeView section, UnicodeView key) {
+Status IniProfiles::Remove(UnicodeView file, UnicodeView section, UnicodeView key) {
   const auto inRegistry = [&](const KeyRef& place, const RegValue&) {
     return registry_.DeleteValue(place, key);
   };
@@ -143,8 +145,8 @@ Status OfflineProfiles::Remove(UnicodeView file, UnicodeView section, UnicodeVie
                 [&](ini::Document& document) { return document.Remove(section, key); });
 }
 
-Status OfflineProfiles::Change(UnicodeView file, UnicodeView section, UnicodeView key,
-                               const RegistryEdit& inRegistry, const FileEdit& inFile) {
+Status IniProfiles::Change(UnicodeView file, UnicodeView section, UnicodeView key,
+                           const RegistryEdit& inRegistry, const FileEdit& inFile) {
   Mapping mapping;
   if (const Status found = FindMapping(file, section, key, mapping); found != Status::Ok) {
     return found;
@@ -160,7 +162,7 @@ Status OfflineProfiles::Change(UnicodeView file, UnicodeView section, UnicodeVie
   return status == Status::Absent ? Status::Ok : status;
 }
 
-Status OfflineProfiles::ChangeFile(UnicodeView file, const FileEdit& edit) {
+Status IniProfiles::ChangeFile(UnicodeView file, const FileEdit& edit) {
   Document& document = Open(file);
   if (document.status != Status::Ok) return document.status;
   ini::Document changed = document.ini;
@@ -170,4 +172,4 @@ Status OfflineProfiles::ChangeFile(UnicodeView file, const FileEdit& edit) {
   return status;
 }
 
-}  // namespace scrubwell::offline
+}  // namespace scrubwell

@@ -1,4 +1,4 @@
-// INI files of the switched-off system, those mapped to the registry included.
+// INI files on top of a registry and files, those mapped to the registry included.
 #pragma once
 
 #include <functional>
@@ -7,13 +7,13 @@
 #include "formats/ini/ini.h"
 #include "registry/platform.h"
 
-namespace scrubwell::offline {
+namespace scrubwell {
 
 /// Files are read once. What is changed is changed where it was read: in the registry or in the
 /// file, in both where the mapping says so. A file that is not there is never created.
-class OfflineProfiles final : public IProfiles {
+class IniProfiles final : public IProfiles {
  public:
-  OfflineProfiles(IRegistry& registry, IFiles& files, ITextServices& text, UnicodeString windowsDir)
+  IniProfiles(IRegistry& registry, IFiles& files, ITextServices& text, UnicodeString windowsDir)
       : registry_(registry), files_(files), text_(text), windowsDir_(std::move(windowsDir)) {}
 
   Status Get(UnicodeView file, UnicodeView section, UnicodeView key, UnicodeString& out) override;
@@ -53,4 +53,4 @@ class OfflineProfiles final : public IProfiles {
   std::map<UnicodeString, Document> documents_;
 };
 
-}  // namespace scrubwell::offline
+}  // namespace scrubwell
