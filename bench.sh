@@ -13,7 +13,8 @@ if command -v ccache >/dev/null; then
   export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR="$root"
 fi
 log="$build/build.log"
-{ cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DSCRUBWELL_BENCH=ON \
+{ cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_INTERPROCEDURAL_OPTIMIZATION=ON -DSCRUBWELL_BENCH=ON \
     -DSCRUBWELL_TESTS=OFF &&
   cmake --build "$build" --target scrubwell make_installation; } >"$log" 2>&1 ||
   { tail -n 30 "$log" >&2; exit 1; }

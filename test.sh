@@ -40,4 +40,4 @@ trap 'rm -f "$log"' EXIT
 cmake --preset "$preset" >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
 cmake --build --preset "$preset"
 ctest --preset "$preset" --no-tests=error -j "$(nproc)"
-[ "$windows" = no ] || "$root/scripts/test-windows.sh"
+[ "$windows" = no ] || "$root/scripts/test-windows.sh" --brief

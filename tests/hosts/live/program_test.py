@@ -242,6 +242,16 @@ def check_clean(windows):
 # Wine's browser index has a header of its own, which no reader of Microsoft's takes, so that these
 # are seen from inside alone. What nobody can read is not taken for a fault.
 ONLY_RUNNING = {("AppMRU", "seen.txt"), ("History", "seen.txt")}
+# Classes that both views share are not there when a 64-bit program of Wine's asks for the 32-bit
+# view; its own "reg query HKLM\Software\Classes\folder /reg:32" fails as well.
+ONLY_OFF = {"i386": set(), "x86_64": {("FileTypes", "folder")}}
+
+
+def machine(program):
+    with open(program, "rb") as file:
+        image = file.read(4096)
+    header = int.from_bytes(image[60:64], "little")
+    return "i386" if image[header + 4:header + 6] == b"\x4c\x01" else "x86_64"
 
 
 def by_identity(problems):
@@ -262,7 +272,8 @@ def compare(windows):
     print(len(live), "problems of the running Windows,", len(seen), "of it switched off")
     only_running = {mark(live[identity]) for identity in live.keys() - seen.keys()}
     expect(only_running == ONLY_RUNNING, "only running:", sorted(live.keys() - seen.keys()))
-    expect(seen.keys() <= live.keys(), "only switched off:", sorted(seen.keys() - live.keys()))
+    only_off = {(plugin, caption) for plugin, _, caption, _ in seen.keys() - live.keys()}
+    expect(only_off == ONLY_OFF[machine(scrubwell)], "only switched off:", sorted(only_off))
 
 
 def main():
