@@ -12,6 +12,7 @@ set -eu
 here=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
 # shellcheck source=/dev/null
 . "$here/wine-env.sh"
+stay_on_one_processor
 ready="$SCRUBWELL_WINE_HOME/complete"
 
 stop_server() {

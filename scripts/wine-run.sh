@@ -10,6 +10,7 @@ set -eu
 here=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
 # shellcheck source=/dev/null
 . "$here/wine-env.sh"
+stay_on_one_processor
 
 program=$1
 shift
