@@ -136,9 +136,9 @@ Status TinyRegistry::CheckAccess(const KeyRef& key, Access) {
 // ---- Files --------------------------------------------------------------------------------
 
 void TinyFiles::Add(UnicodeView path) {
-  entries_[UnicodeString(path)] = {false, 1};
+  entries_[UnicodeString(path)] = {false};
   for (std::size_t end = path.rfind(u'\\'); end > 2; end = path.rfind(u'\\', end - 1))
-    entries_[UnicodeString(path.substr(0, end))] = {true, 0};
+    entries_[UnicodeString(path.substr(0, end))] = {true};
 }
 
 DriveKind TinyFiles::Drive(char16_t letter) {
@@ -148,12 +148,19 @@ DriveKind TinyFiles::Drive(char16_t letter) {
 Status TinyFiles::Stat(UnicodeView path, FsView, FileInfo& out) {
   // Only of this drive is the list complete, so only there does a missing entry prove anything.
   if (path.size() < 3 || Drive(path[0]) != DriveKind::Fixed) return Status::Unknown;
-  if (path.size() == 3) return out = {true, 0}, Status::Ok;
+  if (path.size() == 3) return out = {true}, Status::Ok;
   if (path.back() == u'\\') path.remove_suffix(1);
   const auto found = entries_.find(UnicodeString(path));
   if (found == entries_.end()) return Status::Absent;
   out = found->second;
   return Status::Ok;
+}
+
+Status TinyFiles::Size(UnicodeView path, FsView view, std::uint64_t& out) {
+  FileInfo info;
+  const Status status = Stat(path, view, info);
+  out = status == Status::Ok && !info.isFolder ? 1 : 0;
+  return status;
 }
 
 Status TinyFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& out) {
@@ -163,7 +170,7 @@ Status TinyFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& out
   out.clear();
   for (const auto& [entry, of] : entries_) {
     const UnicodeView name = NameBelow(entry, path);
-    if (!name.empty()) out.push_back({UnicodeString(name), of.isFolder, of.size});
+    if (!name.empty()) out.push_back({UnicodeString(name), of.isFolder, 0});
   }
   return Status::Ok;
 }

@@ -49,6 +49,8 @@ class TinyFiles final : public scrubwell::IFiles {
   scrubwell::DriveKind Drive(char16_t letter) override;
   scrubwell::Status Stat(scrubwell::UnicodeView path, scrubwell::FsView view,
                          scrubwell::FileInfo& out) override;
+  scrubwell::Status Size(scrubwell::UnicodeView path, scrubwell::FsView view,
+                         std::uint64_t& out) override;
   scrubwell::Status List(scrubwell::UnicodeView path, scrubwell::FsView view,
                          std::vector<scrubwell::DirEntry>& out) override;
   scrubwell::Status Read(scrubwell::UnicodeView path, scrubwell::FsView view, std::size_t limit,

@@ -63,7 +63,7 @@ bool StartsWithText(UnicodeView text, UnicodeView prefix) {
 
 bool HasIllegalUnit(UnicodeView path) {
   return std::any_of(path.begin(), path.end(), [](char16_t c) {
-    return c < u' ' || UnicodeView(u"*?<>|\"").find(c) != UnicodeView::npos;
+    return c < u' ' || c == u'*' || c == u'?' || c == u'<' || c == u'>' || c == u'|' || c == u'"';
   });
 }
 

@@ -1,6 +1,7 @@
 #include "registry/Stringhelper.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "registry/platform.h"
 
@@ -132,9 +133,21 @@ std::string PercentBytes(UnicodeView text) {
 
 }  // namespace
 
+void UpperCaseInto(UnicodeView text, UnicodeString& out) {
+  out = text;
+  char16_t all = 0;
+  for (const char16_t c : out) all = static_cast<char16_t>(all | c);
+  if (all < 0x80) {
+    // Nearly all text is ASCII, which needs no table: compilers make a few instructions of it.
+    for (char16_t& c : out) c = static_cast<char16_t>(c - (c >= u'a' && c <= u'z' ? 32 : 0));
+  } else {
+    for (char16_t& c : out) c = Upper(c);
+  }
+}
+
 UnicodeString UpperCase(UnicodeView text) {
-  UnicodeString out(text);
-  for (char16_t& c : out) c = Upper(c);
+  UnicodeString out;
+  UpperCaseInto(text, out);
   return out;
 }
 
@@ -142,6 +155,12 @@ UnicodeString LowerCase(UnicodeView text) {
   UnicodeString out(text);
   for (char16_t& c : out) c = DownCase(c);
   return out;
+}
+
+bool SameUnits(UnicodeView a, UnicodeView b) {
+  // Memory is compared in blocks, which the standard's comparison of such texts is not.
+  return a.size() == b.size() &&
+         (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0);
 }
 
 bool SameText(UnicodeView a, UnicodeView b) {

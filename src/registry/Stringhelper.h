@@ -9,9 +9,13 @@ namespace scrubwell {
 char16_t UpCase(char16_t unit);
 char16_t DownCase(char16_t unit);
 UnicodeString UpperCase(UnicodeView text);
+/// The same, in the memory that `out` has already.
+void UpperCaseInto(UnicodeView text, UnicodeString& out);
 UnicodeString LowerCase(UnicodeView text);
 /// Equal when upper-cased unit by unit.
 bool SameText(UnicodeView a, UnicodeView b);
+/// Letter case counts. The same as ==, but quick for long texts.
+bool SameUnits(UnicodeView a, UnicodeView b);
 /// Order of the upper-cased units: negative, zero, positive.
 int CompareUpCase(UnicodeView a, UnicodeView b);
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "registry/types.h"
+#include "registry/Stringhelper.h"
 
 namespace scrubwell::detail {
 
@@ -75,7 +75,7 @@ class TextTable {
   }
   [[nodiscard]] bool Is(std::uint32_t entry, UnicodeView text) const {
     const Entry& known = entries_[entry];
-    return UnicodeView(texts_).substr(known.begin, known.size) == text;
+    return SameUnits(UnicodeView(texts_).substr(known.begin, known.size), text);
   }
   void Grow() {
     std::vector<Slot> old(slots_.empty() ? 64 : slots_.size() * 2);

@@ -156,10 +156,10 @@ std::int64_t ZMGetFileSize(UnicodeView path) {
   UnicodeString found;
   const Status status = StatusOf(path, Want::File, found);
   if (status == Status::Absent) return -1;
-  FileInfo info;
+  std::uint64_t size = 0;
   for (const FsView view : {FsView::Physical, FsView::Redirected}) {
-    if (status == Status::Ok && Platform().files.Stat(found, view, info) == Status::Ok) {
-      return static_cast<std::int64_t>(info.size);
+    if (status == Status::Ok && Platform().files.Size(found, view, size) == Status::Ok) {
+      return static_cast<std::int64_t>(size);
     }
   }
   return -2;

@@ -124,7 +124,10 @@ std::string Ask(IFiles& files, std::string_view query) {
   FileInfo info;
   const Status status = files.Stat(q.path, view, info);
   if (status != Status::Ok) return StatusName(status);
-  return info.isFolder ? "folder" : "file " + std::to_string(info.size);
+  std::uint64_t size = 0;
+  if (info.isFolder) return "folder";
+  return files.Size(q.path, view, size) != Status::Ok ? "file without size"
+                                                      : "file " + std::to_string(size);
 }
 
 }  // namespace scrubwell::test

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "formats/regf/hive_samples.h"
 #include "registry/Stringhelper.h"

@@ -27,11 +27,28 @@ bool StartsWith(UnicodeView text, UnicodeView start) {
   return text.size() >= start.size() && SameText(text.substr(0, start.size()), start);
 }
 
+// Where the next component ends: the place of the next backslash from `from` on, or the path's end.
+std::size_t EndOfPart(UnicodeView path, std::size_t from) {
+  // Paths are looked through all the time, so four units at a time: subtracting one borrows from a
+  // unit's upper bit only where the unit is zero, which a backslash is made here.
+  constexpr std::uint64_t ones = 0x0001000100010001U;
+  constexpr std::uint64_t slashes = ones * u'\\';
+  constexpr std::size_t block = sizeof ones / sizeof(char16_t);
+  for (; path.size() - from >= block; from += block) {
+    std::uint64_t units = 0;
+    std::memcpy(&units, path.data() + from, sizeof units);
+    units ^= slashes;
+    if (((units - ones) & ~units & ones << 15U) != 0) break;
+  }
+  while (from < path.size() && path[from] != u'\\') ++from;
+  return from;
+}
+
 // The next component from `from` on; moves `from` behind it. Empty at the end.
 UnicodeView NextPart(UnicodeView path, std::size_t& from) {
   while (from < path.size() && path[from] == u'\\') ++from;
   const std::size_t begin = from;
-  from = std::min(path.find(u'\\', begin), path.size());
+  from = EndOfPart(path, begin);
   return path.substr(begin, from - begin);
 }
 
@@ -76,7 +93,7 @@ const ComposedRegistry::Place* ComposedRegistry::Cache::Find(const Probe& probe,
       slot.probe.root != probe.root || slot.probe.bits32 != probe.bits32)
     return nullptr;
   // Nearly always spelt as it was before.
-  return slot.path == path || SameText(slot.path, path) ? &slot.place : nullptr;
+  return SameUnits(slot.path, path) || SameText(slot.path, path) ? &slot.place : nullptr;
 }
 
 void ComposedRegistry::Cache::Store(const Probe& probe, UnicodeView path, const Place& place) {
@@ -112,7 +129,7 @@ ComposedRegistry::Place ComposedRegistry::Resolver::Find(RootKey root, UnicodeVi
     hashes[0] = 0;
     for (count = 1; leads[count - 1] < kept.size() && count < leads.size(); ++count) {
       const std::size_t begin = leads[count - 1];
-      leads[count] = std::min(kept.find(u'\\', begin + 1), kept.size());
+      leads[count] = EndOfPart(kept, begin + 1);
       hashes[count] = Cache::HashBelow(hashes[count - 1], kept.substr(begin, leads[count] - begin));
     }
   }

@@ -40,8 +40,15 @@ Status OverlayFiles::Stat(UnicodeView path, FsView view, FileInfo& out) {
   const Planned* const planned = Find(path, view);
   if (planned == nullptr) return base_.Stat(path, view, out);
   if (planned->isGone) return Status::Absent;
-  out = {false, planned->data.size()};
+  out = {false};
   return Status::Ok;
+}
+
+Status OverlayFiles::Size(UnicodeView path, FsView view, std::uint64_t& out) {
+  const Planned* const planned = Find(path, view);
+  if (planned == nullptr) return base_.Size(path, view, out);
+  out = planned->data.size();
+  return planned->isGone ? Status::Absent : Status::Ok;
 }
 
 Status OverlayFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& out) {

@@ -19,6 +19,7 @@ class OverlayFiles final : public IFiles {
 
   DriveKind Drive(char16_t letter) override { return base_.Drive(letter); }
   Status Stat(UnicodeView path, FsView view, FileInfo& out) override;
+  Status Size(UnicodeView path, FsView view, std::uint64_t& out) override;
   Status List(UnicodeView path, FsView view, std::vector<DirEntry>& out) override;
   Status Read(UnicodeView path, FsView view, std::size_t limit, Bytes& out) override;
   /// Denied for a file that is too large to be kept.

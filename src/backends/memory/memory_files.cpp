@@ -271,7 +271,14 @@ Status MemoryFiles::Stat(UnicodeView path, FsView view, FileInfo& out) {
   const Status status = Find(path, view, entry);
   out = {};
   if (status == Status::Absent && IsDevice(ExtractFileName(path))) return Status::Ok;
-  if (status == Status::Ok) out = {entry->isFolder, entry->data.size()};
+  if (status == Status::Ok) out = {entry->isFolder};
+  return status;
+}
+
+Status MemoryFiles::Size(UnicodeView path, FsView view, std::uint64_t& out) {
+  Entry* entry = nullptr;
+  const Status status = Find(path, view, entry);
+  out = status == Status::Ok ? entry->data.size() : 0;
   return status;
 }
 

@@ -36,6 +36,7 @@ class MemoryFiles final : public IFiles {
 
   DriveKind Drive(char16_t letter) override;
   Status Stat(UnicodeView path, FsView view, FileInfo& out) override;
+  Status Size(UnicodeView path, FsView view, std::uint64_t& out) override;
   Status List(UnicodeView path, FsView view, std::vector<DirEntry>& out) override;
   Status Read(UnicodeView path, FsView view, std::size_t limit, Bytes& out) override;
   Status Write(UnicodeView path, const Bytes& data) override;

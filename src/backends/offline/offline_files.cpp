@@ -32,19 +32,6 @@ bool PartIs(const std::vector<UnicodeString>& parts, std::size_t index, UnicodeV
   return index < parts.size() && SameText(StripComponent(parts[index], true), text);
 }
 
-Status SizeOf(const Found& found, FileInfo& out) {
-  out = {found.isFolder, 0};
-  if (found.isFolder) return Status::Ok;
-  const UniqueFd fd =
-      OpenBelow(found.folder->Owner(), found.folder->RelativeOf(found.entry), O_PATH);
-  struct stat info {};
-  // Its folder lists it, so it is there, whatever else can be learnt of it.
-  if (fd.Good() && ::fstat(fd.Get(), &info) == 0) {
-    out.size = static_cast<std::uint64_t>(std::max<off_t>(info.st_size, 0));
-  }
-  return Status::Ok;
-}
-
 Status ReadAll(int fd, std::size_t size, Bytes& out) {
   out.resize(size);
   std::size_t done = 0;
@@ -120,7 +107,7 @@ OfflineFiles::Answer OfflineFiles::LookOnDisk(UnicodeView path, FsView view) {
   Found found;
   answer.status = Find(path, view, found);
   if (answer.status == Status::Ok) {
-    answer.status = SizeOf(found, answer.info);
+    answer.info = {found.isFolder};
   } else if (answer.status == Status::Absent) {
     // Devices have a name in every folder.
     WinPath cut;
@@ -135,17 +122,14 @@ OfflineFiles::Answer OfflineFiles::LookOnDisk(UnicodeView path, FsView view) {
 OfflineFiles::Answer OfflineFiles::Look(UnicodeView path, FsView view) {
   FileTarget target;
   if (!OverlayTarget(path, view, target)) return LookOnDisk(path, view);
-  const FileChange& change = *ChangeOf(target.local);
   Answer answer;
   answer.status = target.exists ? Status::Ok : Status::Absent;
-  answer.info = {target.isFolder, change.data.size()};
+  answer.info = {target.isFolder};
   return answer;
 }
 
 Status OfflineFiles::Stat(UnicodeView path, FsView view, FileInfo& out) {
-  key_.resize(path.size());
-  std::transform(path.begin(), path.end(), key_.begin(),
-                 [](char16_t unit) { return UpCase(unit); });
+  UpperCaseInto(path, key_);
   Answers& answers = answers_[view == FsView::Redirected ? 1 : 0];
   const Answer* const known = answers.Find(key_);
   const Answer answer = known != nullptr ? *known : Look(path, view);
@@ -155,6 +139,24 @@ Status OfflineFiles::Stat(UnicodeView path, FsView view, FileInfo& out) {
   }
   out = answer.info;
   return answer.status;
+}
+
+Status OfflineFiles::Size(UnicodeView path, FsView view, std::uint64_t& out) {
+  out = 0;
+  FileTarget target;
+  if (OverlayTarget(path, view, target)) {
+    out = ChangeOf(target.local)->data.size();
+    return target.exists ? Status::Ok : Status::Absent;
+  }
+  Found found;
+  const Status status = Find(path, view, found);
+  if (status != Status::Ok || found.isFolder) return status;
+  const UniqueFd fd =
+      OpenBelow(found.folder->Owner(), found.folder->RelativeOf(found.entry), O_PATH);
+  struct stat info {};
+  if (!fd.Good() || ::fstat(fd.Get(), &info) != 0) return FromErrno(errno);
+  out = static_cast<std::uint64_t>(std::max<off_t>(info.st_size, 0));
+  return Status::Ok;
 }
 
 Status OfflineFiles::ListOnDisk(UnicodeView path, FsView view, std::vector<DirEntry>& out) {

@@ -50,12 +50,13 @@ bool IsFolder(DWORD attributes) {
 }
 
 // What a folder's listing knows of a file that can't be opened, such as the one for swapping.
-bool FindEntry(const UnicodeString& path, FileInfo& out) {
+bool FindEntry(const UnicodeString& path, FileInfo& out, std::optional<std::uint64_t>& size) {
   if (path.find_first_of(u"*?") != UnicodeString::npos) return false;
   WIN32_FIND_DATAW data;
   const OwnedSearch search(FindFirstFileW(Wide(path), &data));
   if (search.Get() == INVALID_HANDLE_VALUE) return false;
-  out = {IsFolder(data.dwFileAttributes), SizeOf(data.nFileSizeHigh, data.nFileSizeLow)};
+  out = {IsFolder(data.dwFileAttributes)};
+  size = SizeOf(data.nFileSizeHigh, data.nFileSizeLow);
   return true;
 }
 
@@ -106,20 +107,41 @@ Status WindowsFiles::AfterError(UnicodeView path, DWORD error) {
   return isProof ? Status::Absent : Status::Unknown;
 }
 
-Status WindowsFiles::Stat(UnicodeView path, FsView view, FileInfo& out) {
+Status WindowsFiles::Look(UnicodeView path, FsView view, FileInfo& out,
+                          std::optional<std::uint64_t>& size) {
   UnicodeString full;
   if (const Status status = Locate(path, view, full); status != Status::Ok) return status;
   const RedirectionScope scope(view);
   const QuietErrors quiet;
   WIN32_FILE_ATTRIBUTE_DATA data;
   if (GetFileAttributesExW(Wide(full), GetFileExInfoStandard, &data) != FALSE) {
-    out = {IsFolder(data.dwFileAttributes), SizeOf(data.nFileSizeHigh, data.nFileSizeLow)};
+    out = {IsFolder(data.dwFileAttributes)};
+    size = SizeOf(data.nFileSizeHigh, data.nFileSizeLow);
     return Status::Ok;
   }
   const DWORD error = GetLastError();
   const Status status = AfterError(path, error);
-  if (status == Status::Denied && FindEntry(full, out)) return Status::Ok;
-  return status;
+  if (status == Status::Denied && FindEntry(full, out, size)) return Status::Ok;
+  // Devices can't be asked so, but are there in every folder, and hold nothing.
+  const bool isDevice = StatusOfError(error) == Status::Unknown &&
+                        GetFileAttributesW(Wide(full)) != INVALID_FILE_ATTRIBUTES;
+  if (!isDevice) return status;
+  out = {};
+  size = 0;
+  return Status::Ok;
+}
+
+Status WindowsFiles::Stat(UnicodeView path, FsView view, FileInfo& out) {
+  std::optional<std::uint64_t> size;
+  return Look(path, view, out, size);
+}
+
+Status WindowsFiles::Size(UnicodeView path, FsView view, std::uint64_t& out) {
+  FileInfo info;
+  std::optional<std::uint64_t> size;
+  const Status status = Look(path, view, info, size);
+  out = size.value_or(0);
+  return status == Status::Ok && !size ? Status::Unknown : status;
 }
 
 Status WindowsFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& out) {

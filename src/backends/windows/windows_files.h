@@ -1,6 +1,8 @@
 // The files of the running system.
 #pragma once
 
+#include <optional>
+
 #include "backends/windows/win32.h"
 
 namespace scrubwell::windows {
@@ -17,6 +19,7 @@ class WindowsFiles final : public IFiles {
 
   DriveKind Drive(char16_t letter) override;
   Status Stat(UnicodeView path, FsView view, FileInfo& out) override;
+  Status Size(UnicodeView path, FsView view, std::uint64_t& out) override;
   Status List(UnicodeView path, FsView view, std::vector<DirEntry>& out) override;
   Status Read(UnicodeView path, FsView view, std::size_t limit, Bytes& out) override;
   /// The old content stays whole until the new one takes its place.
@@ -28,6 +31,8 @@ class WindowsFiles final : public IFiles {
 
  private:
   Status Locate(UnicodeView path, FsView view, UnicodeString& full);
+  /// Stat and Size; what has no size leaves it empty.
+  Status Look(UnicodeView path, FsView view, FileInfo& out, std::optional<std::uint64_t>& size);
   Status AfterError(UnicodeView path, DWORD error);
 
   bool mayChange_;

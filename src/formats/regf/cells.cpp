@@ -1,6 +1,8 @@
 #include "formats/regf/cells.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <stdexcept>
 
 #include "registry/Stringhelper.h"
@@ -97,6 +99,24 @@ ListEntries::ListEntries(ByteView list) : list_(list) {
   const std::size_t claimed = Get16(list, 2);
   count_ = std::min(claimed, (list.size() - 4) / stride_);
   whole_ = count_ == claimed;
+}
+
+std::size_t ListEntries::FindHint(std::uint32_t hint, std::size_t from) const {
+  // As it stands in memory: nothing needs to be put together of bytes to be compared.
+  std::array<std::uint8_t, 4> bytes;
+  Put32(bytes, 0, hint);
+  std::uint32_t wanted = 0;
+  std::memcpy(&wanted, bytes.data(), sizeof wanted);
+  // A block is looked at whole: without a decision at each entry it takes a few instructions.
+  std::array<std::uint32_t, 32> block;
+  for (; count_ - from >= block.size() / 2; from += block.size() / 2) {
+    std::memcpy(block.data(), list_.data() + 4 + from * 8, sizeof block);
+    std::uint32_t hits = 0;
+    for (std::size_t i = 1; i < block.size(); i += 2) hits |= block[i] == wanted ? 1U : 0U;
+    if (hits != 0) break;
+  }
+  while (from < count_ && Hint(from) != hint) ++from;
+  return from;
 }
 
 ByteView Cells::List(CellOffset offset) const {

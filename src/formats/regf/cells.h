@@ -173,6 +173,9 @@ class ListEntries {
   [[nodiscard]] std::uint32_t Hint(std::size_t entry) const {
     return Get32(list_, 8 + entry * stride_);
   }
+  /// The first entry from `from` on with this behind its offset, or their number; only where the
+  /// stride is 8.
+  [[nodiscard]] std::size_t FindHint(std::uint32_t hint, std::size_t from) const;
   /// False when this is no list or claims more entries than fit its cell.
   [[nodiscard]] bool Whole() const { return whole_; }
 

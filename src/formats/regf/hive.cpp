@@ -193,7 +193,7 @@ std::string Hive::WhyUnreadable(const std::string& name) const {
 }
 
 std::span<std::uint8_t> Hive::Changeable() {
-  cursors_.fill({});
+  cursors_ = {};
   return source_->bytes;
 }
 
@@ -274,7 +274,8 @@ Status Hive::VisitSubkeys(CellOffset key, SubkeyVisitor visit) const {
   KeyFacts facts;
   if (Key(key, facts) != Status::Ok) return Status::Corrupt;
   const Order order = ScanSubkeys(key, facts, visit);
-  if (order == Order::Ascending && facts.subkeyCount > 1) CursorOf(key) = {key, 0, 0};
+  if (order == Order::Ascending && facts.subkeyCount > 1)
+    CursorOf(key, facts.subkeyCount) = {key, 0, 0};
   return order == Order::Damaged ? Status::Corrupt : Status::Ok;
 }
 
@@ -313,33 +314,34 @@ Hive::Order Hive::OrderOf(CellOffset key, const KeyFacts& facts) const {
 
 /// The entry of an `lh` leaf by the hashes beside its offsets, which lie close together while keys
 /// are all over the file. Hashes may be wrong, so NoCell proves nothing.
-CellOffset Hive::SearchHashes(CellOffset parent, const ListEntries& entries,
-                              UnicodeView upper) const {
+CellOffset Hive::SearchHashes(Cursor& found, const ListEntries& entries, UnicodeView upper) const {
   const std::uint32_t hash = NameHash(upper);
   KeyFacts facts;
-  for (std::size_t i = 0; i < entries.Count(); ++i) {
-    if (entries.Hint(i) == hash && ChildKey(parent, entries[i], facts) == Status::Ok &&
-        facts.name.CompareUpper(upper) == 0) {
-      return entries[i];
-    }
+  for (std::size_t i = 0; (i = entries.FindHint(hash, i)) < entries.Count(); ++i) {
+    if (ChildKey(found.parent, entries[i], facts) != Status::Ok ||
+        facts.name.CompareUpper(upper) != 0)
+      continue;
+    found.entry = i + 1;
+    return entries[i];
   }
   return NoCell;
 }
 
 /// The entry whose key has this name, or NoCell. What can't be read ends the search.
-CellOffset Hive::SearchLeaf(CellOffset parent, ByteView leaf, UnicodeView upper) const {
+CellOffset Hive::SearchLeaf(Cursor& found, ByteView leaf, UnicodeView upper) const {
   const ListEntries entries(leaf);
   if (HasSignature(leaf, "lh")) {
-    const CellOffset found = SearchHashes(parent, entries, upper);
-    if (found != NoCell) return found;
+    const CellOffset key = SearchHashes(found, entries, upper);
+    if (key != NoCell) return key;
   }
   std::size_t low = 0;
   std::size_t high = entries.Count();
   KeyFacts facts;
   while (low < high) {
     const std::size_t middle = low + (high - low) / 2;
-    if (ChildKey(parent, entries[middle], facts) != Status::Ok) return NoCell;
+    if (ChildKey(found.parent, entries[middle], facts) != Status::Ok) return NoCell;
     const int order = facts.name.CompareUpper(upper);
+    found.entry = middle + 1;
     if (order == 0) return entries[middle];
     (order < 0 ? low : high) = order < 0 ? middle + 1 : middle;
   }
@@ -363,6 +365,7 @@ CellOffset Hive::NextInOrder(Cursor& cursor, ByteView list, UnicodeView upper) c
     const CellOffset key = entries[entry];
     if (ChildKey(cursor.parent, key, facts) != Status::Ok) return NoCell;
     if (facts.name.CompareUpper(upper) != 0) continue;
+    cursor.misses = 0;
     cursor.entry = entry + 1;
     if (cursor.entry == entries.Count()) cursor = {cursor.parent, cursor.leaf + 1, 0};
     return key;
@@ -370,8 +373,9 @@ CellOffset Hive::NextInOrder(Cursor& cursor, ByteView list, UnicodeView upper) c
   return NoCell;
 }
 
-CellOffset Hive::Search(CellOffset parent, ByteView list, UnicodeView upper) const {
-  if (!HasSignature(list, "ri")) return SearchLeaf(parent, list, upper);
+/// Looks below found.parent; a hit leaves the rest of `found` behind it.
+CellOffset Hive::Search(Cursor& found, ByteView list, UnicodeView upper) const {
+  if (!HasSignature(list, "ri")) return SearchLeaf(found, list, upper);
   // The last leaf whose first key is not behind the name.
   const ListEntries leaves(list);
   std::size_t low = 0;
@@ -380,12 +384,15 @@ CellOffset Hive::Search(CellOffset parent, ByteView list, UnicodeView upper) con
   while (low < high) {
     const std::size_t middle = low + (high - low) / 2;
     const ListEntries leaf(cells_.Leaf(leaves[middle]));
-    if (leaf.Count() == 0 || ChildKey(parent, leaf[0], facts) != Status::Ok) return NoCell;
+    if (leaf.Count() == 0 || ChildKey(found.parent, leaf[0], facts) != Status::Ok) return NoCell;
     const int order = facts.name.CompareUpper(upper);
+    found = {found.parent, middle, 1};
     if (order == 0) return leaf[0];
     (order < 0 ? low : high) = order < 0 ? middle + 1 : middle;
   }
-  return low == 0 ? NoCell : SearchLeaf(parent, cells_.Leaf(leaves[low - 1]), upper);
+  if (low == 0) return NoCell;
+  found.leaf = low - 1;
+  return SearchLeaf(found, cells_.Leaf(leaves[found.leaf]), upper);
 }
 
 Status Hive::Child(CellOffset parent, UnicodeView name, CellOffset& out) const {
@@ -394,9 +401,15 @@ Status Hive::Child(CellOffset parent, UnicodeView name, CellOffset& out) const {
   if (facts.subkeyCount == 0) return Status::Absent;
   const ByteView list = cells_.List(Get32(cells_.Content(parent), nk::SubkeyList));
   const UpperName upper(name);
-  Cursor& cursor = CursorOf(parent);
+  Cursor& cursor = CursorOf(parent, facts.subkeyCount);
   out = cursor.parent == parent ? NextInOrder(cursor, list, upper) : NoCell;
-  if (out == NoCell) out = Search(parent, list, upper);
+  if (out == NoCell) {
+    Cursor found{parent};
+    out = Search(found, list, upper);
+    // A few look-ups out of order don't end a walk.
+    if (out != NoCell && (cursor.parent != parent || ++cursor.misses == Cursor::MostMisses))
+      cursor = found;
+  }
   if (out != NoCell) return Status::Ok;
   // A search that misses proves nothing unless the list is in order. That is found out once.
   const Order order = OrderOf(parent, facts);

@@ -158,8 +158,13 @@ class Hive {
     CellOffset parent = NoCell;
     std::size_t leaf = 0;   ///< where the list has several
     std::size_t entry = 0;  ///< the next one
+    int misses = 0;         ///< looks in a row that found another name there
+    static constexpr int MostMisses = 4;
   };
+  /// For keys with few subkeys and for those with many: the few that are walked over for each of
+  /// many must not end the walk over the many.
   static constexpr std::size_t CursorCount = 16;
+  static constexpr std::uint32_t ManySubkeys = 64;
 
   // An editor changes the bytes under a hive of its own, and takes care of orders_.
   friend class Editor;
@@ -183,11 +188,13 @@ class Hive {
   Status VisitValues(CellOffset key, ValueVisitor visit) const;
   Status ReadData(const ValueFacts& value, ByteView& whole, ByteView& segments) const;
   [[nodiscard]] bool HasEmptyLeaf(ByteView list) const;
-  Cursor& CursorOf(CellOffset parent) const { return cursors_[parent / 8 % CursorCount]; }
+  Cursor& CursorOf(CellOffset parent, std::uint32_t subkeyCount) const {
+    return cursors_[subkeyCount > ManySubkeys ? 1 : 0][parent / 8 % CursorCount];
+  }
   CellOffset NextInOrder(Cursor& cursor, ByteView list, UnicodeView upper) const;
-  CellOffset Search(CellOffset parent, ByteView list, UnicodeView upper) const;
-  CellOffset SearchHashes(CellOffset parent, const ListEntries& entries, UnicodeView upper) const;
-  CellOffset SearchLeaf(CellOffset parent, ByteView leaf, UnicodeView upper) const;
+  CellOffset Search(Cursor& found, ByteView list, UnicodeView upper) const;
+  CellOffset SearchHashes(Cursor& found, const ListEntries& entries, UnicodeView upper) const;
+  CellOffset SearchLeaf(Cursor& found, ByteView leaf, UnicodeView upper) const;
 
   std::unique_ptr<Source> source_;
   ByteView image_;
@@ -195,7 +202,7 @@ class Hive {
   CellOffset root_ = NoCell;
   HiveFacts facts_;
   mutable std::unordered_map<CellOffset, Order> orders_;
-  mutable std::array<Cursor, CursorCount> cursors_;
+  mutable std::array<std::array<Cursor, CursorCount>, 2> cursors_;
 };
 
 }  // namespace scrubwell::regf

@@ -245,6 +245,9 @@ class RecordedFiles final : public IFiles {
     const Status status = inner_.Stat(path, view, out);
     return Noted(FileQuestion::Entry, path, view, status, status == Status::Ok && out.isFolder);
   }
+  Status Size(UnicodeView path, FsView view, std::uint64_t& out) override {
+    return Noted(FileQuestion::Entry, path, view, inner_.Size(path, view, out), false);
+  }
   Status List(UnicodeView path, FsView view, std::vector<DirEntry>& out) override {
     return Noted(FileQuestion::Folder, path, view, inner_.List(path, view, out), true);
   }

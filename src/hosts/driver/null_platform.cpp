@@ -23,6 +23,7 @@ class NullFiles final : public IFiles {
  public:
   DriveKind Drive(char16_t) override { return DriveKind::Unknown; }
   Status Stat(UnicodeView, FsView, FileInfo&) override { return Status::Unknown; }
+  Status Size(UnicodeView, FsView, std::uint64_t&) override { return Status::Unknown; }
   Status List(UnicodeView, FsView, std::vector<DirEntry>&) override { return Status::Unknown; }
   Status Read(UnicodeView, FsView, std::size_t, Bytes&) override { return Status::Unknown; }
   Status Write(UnicodeView, const Bytes&) override { return Status::Unknown; }

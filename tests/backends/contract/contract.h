@@ -28,10 +28,18 @@ class ContractWorld {
   virtual IFiles& Files() = 0;
 };
 
+/// What not every backend's world can have.
+enum Trait : unsigned {
+  kHivesUnknown = 1U,  ///< a hive that was not found may be there when the system runs
+  kStoredNames = 2U,   ///< a value is given with its name as it is stored, not as it was asked for
+  kNoSysnative = 4U,   ///< "Sysnative" is there for redirected programs alone
+};
+
 struct ContractBackend {
   const char* name = "";
   bool writes = false;  ///< false: the rows that change something are left out
   std::function<std::unique_ptr<ContractWorld>(const ContractText&)> make;
+  unsigned lacks = 0;  ///< rows that need one of these traits are left out
 };
 
 inline void PrintTo(const ContractBackend& backend, std::ostream* out) {
