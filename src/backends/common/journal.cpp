@@ -243,7 +243,8 @@ std::string FormatJournal(const Journal& journal) {
   JournalLines lines;
   std::string text = lines.Head(journal);
   for (const JournalEntry& entry : journal.entries) text += lines.Entry(entry);
-  return text + lines.End();
+  text += lines.End();
+  return text;
 }
 
 Journal LoadJournal(const std::string& folder) {

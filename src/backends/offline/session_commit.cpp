@@ -189,9 +189,9 @@ std::string CleanSession::Parts::PlanFiles(CommitPlan& plan) {
   return {};
 }
 
-std::string CleanSession::Parts::WhyNotRoom(const CommitPlan& plan) {
+std::string CleanSession::Parts::WhyNotRoom(const CommitPlan& plan, std::size_t journalBytes) {
   std::uint64_t fresh = 0;
-  std::uint64_t kept = FormatJournal(journal).size();
+  std::uint64_t kept = journalBytes;
   for (const CommitStep& step : plan.steps) {
     fresh += step.data.size();
     std::error_code ignored;
@@ -246,7 +246,8 @@ std::string CleanSession::Parts::CopyOriginals(const CommitPlan& plan,
 }
 
 // Backup first, then the journal: with the journal whole, everything that it needs is there.
-std::string CleanSession::Parts::WriteSession(CommitPlan& plan, std::vector<std::string>& made) {
+std::string CleanSession::Parts::WriteSession(CommitPlan& plan, const std::string& text,
+                                              std::vector<std::string>& made) {
   if (std::string why = NewFolder(plan.session, made); !why.empty()) return why;
   if (std::string why = CopyOriginals(plan, made); !why.empty()) return why;
   const std::string files = plan.session + std::string(kFilesFolder);
@@ -257,7 +258,6 @@ std::string CleanSession::Parts::WriteSession(CommitPlan& plan, std::vector<std:
     if (std::string why = WriteInto(copy, entry.content, made); !why.empty()) return why;
   }
   if (const int error = disk.Sync(files); error != 0) return Sentence(files, error);
-  const std::string text = FormatJournal(journal);
   const std::string file = plan.session + std::string(kJournalFile);
   const auto* const data = reinterpret_cast<const std::uint8_t*>(text.data());
   if (std::string why = WriteInto(file, {data, text.size()}, made); !why.empty()) return why;
@@ -294,15 +294,17 @@ CommitResult CleanSession::Parts::Commit() {
   std::error_code wrong;
   std::filesystem::create_directories(backupFolder, wrong);
   if (wrong) return fail(CleanFailure::WrongUse, backupFolder + ": " + wrong.message());
-  if (std::string why = WhyNotRoom(plan); !why.empty()) return fail(CleanFailure::Refused, why);
   journal.info.time = TimeText("%Y-%m-%dT%H:%M:%SZ");
+  const std::string text = FormatJournal(journal);
+  if (std::string why = WhyNotRoom(plan, text.size()); !why.empty())
+    return fail(CleanFailure::Refused, why);
   std::string name = TimeText("%Y%m%dT%H%M%SZ");
   for (int i = 2; offline::PathExists(backupFolder + "/" + name); ++i) {
     name = TimeText("%Y%m%dT%H%M%SZ") + (i < 10 ? "-0" : "-") + std::to_string(i);
   }
   plan.session = backupFolder + "/" + name;
   std::vector<std::string> made;
-  if (std::string why = WriteSession(plan, made); !why.empty()) {
+  if (std::string why = WriteSession(plan, text, made); !why.empty()) {
     TakeAway(made);
     return fail(CleanFailure::NotWritten, why);
   }

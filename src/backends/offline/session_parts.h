@@ -46,8 +46,9 @@ struct CleanSession::Parts final : IRegistryObserver, offline::IFileObserver {
   std::string PlanFiles(offline::CommitPlan& plan);
   bool PlanFile(const std::string& local, const offline::FileChange& change,
                 offline::CommitStep& step);
-  std::string WhyNotRoom(const offline::CommitPlan& plan);
-  std::string WriteSession(offline::CommitPlan& plan, std::vector<std::string>& made);
+  std::string WhyNotRoom(const offline::CommitPlan& plan, std::size_t journalBytes);
+  std::string WriteSession(offline::CommitPlan& plan, const std::string& text,
+                           std::vector<std::string>& made);
   std::string CopyOriginals(const offline::CommitPlan& plan, std::vector<std::string>& made);
   std::string WriteInto(const std::string& file, std::span<const std::uint8_t> data,
                         std::vector<std::string>& made);
