@@ -24,6 +24,13 @@ TempFolder::~TempFolder() {
   fs::remove_all(path_, ignored);
 }
 
+fs::path TempFolder::Store(const std::string& name, const Bytes& content) const {
+  std::ofstream(path_ / name, std::ios::binary)
+      .write(reinterpret_cast<const char*>(content.data()),
+             static_cast<std::streamsize>(content.size()));
+  return path_ / name;
+}
+
 Disk::Disk() = default;
 
 void Disk::Add(const std::string& path, std::string_view content) {
@@ -71,12 +78,20 @@ void Disk::WriteHives(const std::string& windows, const std::string& profile,
   }
 }
 
-bool SharedFile(const std::string& name, const fs::path& target) {
+Bytes ReadBytes(const fs::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::string SharedData() {
   const char* const data = std::getenv("SCRUBWELL_DATA");
-  if (data == nullptr || *data == '\0') {
-    std::puts("SCRUBWELL_DATA is not set: nothing tested here");
-    return false;
-  }
+  if (data == nullptr) std::puts("SCRUBWELL_DATA is not set: nothing tested here");
+  return data == nullptr ? "" : data;
+}
+
+bool SharedFile(const std::string& name, const fs::path& target) {
+  const std::string data = SharedData();
+  if (data.empty()) return false;
   fs::create_directories(target.parent_path());
   const std::string command =
       "xz -dc '" + (fs::path(data) / name).string() + "' > '" + target.string() + "'";

@@ -17,6 +17,8 @@ class TempFolder {
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
   [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
+  /// Where the file now lies.
+  [[nodiscard]] std::filesystem::path Store(const std::string& name, const Bytes& content) const;
 
  private:
   std::filesystem::path path_;
@@ -43,6 +45,12 @@ class Disk {
   TempFolder folder_;
   std::map<std::u16string, regf::HiveBuilder> hives_;
 };
+
+/// A file's bytes; none when there is no such file.
+Bytes ReadBytes(const std::filesystem::path& file);
+
+/// The folder of real files to test with; empty, with a line printed, when it is not there.
+std::string SharedData();
 
 /// The content of a compressed file of the shared data; false when the data is not there.
 bool SharedFile(const std::string& name, const std::filesystem::path& target);

@@ -6,6 +6,8 @@ namespace scrubwell {
 
 namespace {
 
+using enum Status;
+
 constexpr UnicodeView kUser = u"S-1-5-21-1-2-3-1001";
 constexpr UnicodeView kAdmins = u"S-1-5-32-544";
 constexpr UnicodeView kInstaller =
@@ -26,35 +28,29 @@ AccessEntry Deny(UnicodeView sid, std::uint32_t mask) {
 }
 
 const Case kCases[] = {
-    {"an empty list allows nothing", {}, Status::Denied, Status::Denied},
-    {"administrators", {Allow(kAdmins, kKeyAllAccess)}, Status::Ok, Status::Ok},
-    {"generic all", {Allow(kAdmins, 0x10000000U)}, Status::Ok, Status::Ok},
-    {"generic write", {Allow(kAdmins, 0x40000000U)}, Status::Denied, Status::Ok},
-    {"generic read", {Allow(u"S-1-1-0", 0x80000000U)}, Status::Denied, Status::Denied},
-    {"the user himself", {Allow(kUser, kKeyAllAccess)}, Status::Ok, Status::Ok},
-    {"another user",
-     {Allow(u"S-1-5-21-1-2-3-1002", kKeyAllAccess)},
-     Status::Denied,
-     Status::Denied},
-    {"rights add up", {Allow(kUser, 2), Allow(u"S-1-5-11", 4)}, Status::Denied, Status::Ok},
-    {"only half of what writing needs", {Allow(kUser, 2)}, Status::Denied, Status::Denied},
+    {"an empty list allows nothing", {}, Denied, Denied},
+    {"administrators", {Allow(kAdmins, kKeyAllAccess)}, Ok, Ok},
+    {"generic all", {Allow(kAdmins, 0x10000000U)}, Ok, Ok},
+    {"generic write", {Allow(kAdmins, 0x40000000U)}, Denied, Ok},
+    {"generic read", {Allow(u"S-1-1-0", 0x80000000U)}, Denied, Denied},
+    {"the user himself", {Allow(kUser, kKeyAllAccess)}, Ok, Ok},
+    {"another user", {Allow(u"S-1-5-21-1-2-3-1002", kKeyAllAccess)}, Denied, Denied},
+    {"rights add up", {Allow(kUser, 2), Allow(u"S-1-5-11", 4)}, Denied, Ok},
+    {"only half of what writing needs", {Allow(kUser, 2)}, Denied, Denied},
     {"what belongs to the installer",
      {Allow(kInstaller, kKeyAllAccess), Allow(kAdmins, 0x20019U)},
-     Status::Denied,
-     Status::Denied},
-    {"for what it creates alone",
-     {Allow(kAdmins, kKeyAllAccess, 8)},
-     Status::Denied,
-     Status::Denied},
-    {"creator owner is nobody", {Allow(u"S-1-3-0", kKeyAllAccess)}, Status::Denied, Status::Denied},
+     Denied,
+     Denied},
+    {"for what it creates alone", {Allow(kAdmins, kKeyAllAccess, 8)}, Denied, Denied},
+    {"creator owner is nobody", {Allow(u"S-1-3-0", kKeyAllAccess)}, Denied, Denied},
     {"a refusal in front",
      {Deny(u"S-1-1-0", kRightDelete), Allow(kAdmins, kKeyAllAccess)},
-     Status::Denied,
-     Status::Ok},
+     Denied,
+     Ok},
     {"a refusal behind comes too late",
      {Allow(kAdmins, kKeyAllAccess), Deny(u"S-1-1-0", kRightDelete)},
-     Status::Ok,
-     Status::Ok},
+     Ok,
+     Ok},
 };
 
 }  // namespace
@@ -68,10 +64,10 @@ TEST(AccessCheck, Lists) {
 }
 
 TEST(AccessCheck, NoListAllowsEverything) {
-  EXPECT_EQ(CheckDescriptor({}, kUser, Access::Write), Status::Ok);
+  EXPECT_EQ(CheckDescriptor({}, kUser, Access::Write), Ok);
   Bytes descriptor = BuildDescriptor(kAdmins, {});
   for (std::size_t i = 16; i < 20; ++i) descriptor[i] = 0;
-  EXPECT_EQ(CheckDescriptor(descriptor, kUser, Access::Delete), Status::Ok);
+  EXPECT_EQ(CheckDescriptor(descriptor, kUser, Access::Delete), Ok);
 }
 
 // Cut at every length and bent at every byte: never out of bounds, and a cut list is never taken
@@ -82,7 +78,7 @@ TEST(AccessCheck, DamageIsUnknown) {
   const Bytes whole = BuildDescriptor(kAdmins, entries);
   for (std::size_t size = 1; size < whole.size(); ++size) {
     const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
-    EXPECT_EQ(CheckDescriptor(cut, kUser, Access::Delete), Status::Unknown) << size;
+    EXPECT_EQ(CheckDescriptor(cut, kUser, Access::Delete), Unknown) << size;
   }
   for (std::size_t at = 0; at < whole.size(); ++at) {
     Bytes bent = whole;

@@ -2,51 +2,28 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
+#include "support/disk.h"
 
 namespace scrubwell::offline {
 namespace {
 
-namespace fs = std::filesystem;
-
 // A machine with a GPT and an MBR partition, both mounted, and one of which only a part is.
-class Machine {
- public:
+struct Machine : test::Disk {
   Machine() {
-    std::string name = (fs::temp_directory_path() / "machine-XXXXXX").string();
-    if (mkdtemp(name.data()) != nullptr) root_ = name;
     Partition("01234567-89ab-cdef-0123-456789abcdef", "sda2", "8:2", "2048");
     Partition("cafe0001-01", "sdb1", "8:17", "63");
     Partition("cafe0001-02", "sdb2", "8:18", "4096");
-    Write("proc/self/mountinfo",
-          "20 1 8:2 / /mnt/data\\040disk rw - ntfs3 /dev/sda2 rw\n"
-          "21 1 8:17 / /mnt/old ro - fuseblk /dev/sdb1 ro\n"
-          "22 1 8:18 /sub /mnt/part rw - ext4 /dev/sdb2 rw\n");
-  }
-  ~Machine() {
-    std::error_code error;
-    fs::remove_all(root_, error);
-  }
-  Machine(const Machine&) = delete;
-  Machine& operator=(const Machine&) = delete;
-  [[nodiscard]] const std::string& Root() const { return root_; }
-
- private:
-  void Write(const std::string& path, const std::string& text) const {
-    const fs::path file = fs::path(root_) / path;
-    fs::create_directories(file.parent_path());
-    std::ofstream(file) << text;
+    Add("proc/self/mountinfo",
+        "20 1 8:2 / /mnt/data\\040disk rw - ntfs3 /dev/sda2 rw\n"
+        "21 1 8:17 / /mnt/old ro - fuseblk /dev/sdb1 ro\n"
+        "22 1 8:18 /sub /mnt/part rw - ext4 /dev/sdb2 rw\n");
   }
   void Partition(const std::string& id, const std::string& device, const std::string& number,
-                 const std::string& start) const {
-    Write("sys/class/block/" + device + "/dev", number + "\n");
-    Write("sys/class/block/" + device + "/start", start + "\n");
-    const fs::path links = fs::path(root_) / "dev/disk/by-partuuid";
-    fs::create_directories(links);
-    fs::create_symlink("../../" + device, links / id);
+                 const std::string& start) {
+    Add("sys/class/block/" + device + "/dev", number + "\n");
+    Add("sys/class/block/" + device + "/start", start + "\n");
+    Link("dev/disk/by-partuuid/" + id, "../../" + device);
   }
-  std::string root_;
 };
 
 TEST(MountedDevices, FindsTheFolderOfAPartition) {
@@ -82,7 +59,7 @@ TEST(MountedDevices, FindsTheFolderOfAPartition) {
   };
   const Machine machine;
   for (const Row& row : rows) {
-    EXPECT_EQ(MountFolderOf(row.identity, machine.Root()), row.folder) << row.what;
+    EXPECT_EQ(MountFolderOf(row.identity, machine.Folder()), row.folder) << row.what;
   }
   EXPECT_EQ(MountFolderOf(signature(63), "/nonexistent"), "");
 }

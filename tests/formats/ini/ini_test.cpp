@@ -7,6 +7,8 @@
 namespace scrubwell::ini {
 namespace {
 
+using enum Status;
+
 /// Latin-1 stands for an ANSI page: what it lacks becomes "?".
 Codec Latin1() {
   return {[](std::string_view bytes) {
@@ -36,7 +38,7 @@ Bytes Utf16File(UnicodeView text) {
 
 Document Parsed(const Bytes& data) {
   Document document;
-  EXPECT_EQ(document.Parse(data, Latin1()), Status::Ok);
+  EXPECT_EQ(document.Parse(data, Latin1()), Ok);
   EXPECT_EQ(document.Bytes(), data);
   return document;
 }
@@ -51,17 +53,12 @@ TEST(Ini, ReadsAsWindowsDoes) {
     UnicodeView value;
   };
   constexpr Row kRows[] = {
-      {u"windows", u"RUN", Status::Ok, u"a ; b # c"},
-      {u"windows", u"load", Status::Ok, u"a b"},
-      {u"windows", u"q", Status::Ok, u"'x\""},
-      {u"windows", u"K\u00C4Y", Status::Ok, u"v\u00F6"},
-      {u"windows", u"flag", Status::Absent, u""},
-      {u"windows", u";run", Status::Absent, u""},
-      {u"windows", u"late", Status::Absent, u""},
-      {u"windows", u"early", Status::Absent, u""},
-      {u"other", u"empty", Status::Ok, u""},
-      {u"other", u"x", Status::Absent, u""},
-      {u"none", u"run", Status::Absent, u""},
+      {u"windows", u"RUN", Ok, u"a ; b # c"}, {u"windows", u"load", Ok, u"a b"},
+      {u"windows", u"q", Ok, u"'x\""},        {u"windows", u"K\u00C4Y", Ok, u"v\u00F6"},
+      {u"windows", u"flag", Absent, u""},     {u"windows", u";run", Absent, u""},
+      {u"windows", u"late", Absent, u""},     {u"windows", u"early", Absent, u""},
+      {u"other", u"empty", Ok, u""},          {u"other", u"x", Absent, u""},
+      {u"none", u"run", Absent, u""},
   };
   const Document document = Parsed(ToBytes(kFile));
   for (const Row& row : kRows) {
@@ -70,7 +67,7 @@ TEST(Ini, ReadsAsWindowsDoes) {
     EXPECT_EQ(value, row.value) << ToUtf8(row.key);
   }
   TStringList names;
-  EXPECT_EQ(document.Entries(u"WINDOWS", names), Status::Ok);
+  EXPECT_EQ(document.Entries(u"WINDOWS", names), Ok);
   EXPECT_EQ(names, (TStringList{u"Run", u"Load", u"Q", u"k\u00E4y"}));
 }
 
@@ -83,25 +80,23 @@ TEST(Ini, ChangesNothingButWhatIsNamed) {
     std::string_view after;
   };
   constexpr Row kRows[] = {
-      {"[a]\r\n k =  \"old\"  \r\nz=1", u"A", u"K", u"new", Status::Ok,
-       "[a]\r\n k =  new  \r\nz=1"},
-      {"[a]\nk=old", u"a", u"k", u"", Status::Ok, "[a]\nk="},
-      {"[a]\nk=  \nz=1\n", u"a", u"k", u"v", Status::Ok, "[a]\nk=v  \nz=1\n"},
-      {"[a]\nk=1\nk=2\n", u"a", u"k", nullptr, Status::Ok, "[a]\nk=2\n"},
-      {"[a]\r\n;c\r\nk=1", u"a", u"k", nullptr, Status::Ok, "[a]\r\n;c\r\n"},
-      {"[a]\nx=1\n;end\n\n \n[b]\n", u"a", u"k", u"v", Status::Ok,
-       "[a]\nx=1\n;end\nk=v\n\n \n[b]\n"},
-      {"[a]\r\n[b]", u"b", u"k", u"v", Status::Ok, "[a]\r\n[b]\r\nk=v"},
-      {"[a]\r[b]\r", u"a", u"k", u"v", Status::Ok, "[a]\rk=v\r[b]\r"},
-      {"[a]\nx=1\r\n\r\n", u"a", u"k", u"v", Status::Ok, "[a]\nx=1\r\nk=v\r\n\r\n"},
-      {"[a]\nx=1", u"n", u"k", u"v", Status::Ok, "[a]\nx=1\n[n]\nk=v"},
-      {"", u"n", u"k", u"v", Status::Ok, "[n]\r\nk=v\r\n"},
-      {"\xEF\xBB\xBF[a]\nk=1\n", u"a", u"k", u"v", Status::Ok, "\xEF\xBB\xBF[a]\nk=1\n[a]\nk=v\n"},
-      {"[a]\nk=\xE4\n", u"a", u"k", u"\u00FC", Status::Ok, "[a]\nk=\xFC\n"},
-      {"[a]\nk=1\n", u"a", u"k", u"\u0416", Status::Denied, "[a]\nk=1\n"},
-      {"[a]\nk=1\n", u"a", u"k", u"1\nz=2", Status::Denied, "[a]\nk=1\n"},
-      {"[a]\nk=1\n", u"a", u"x=y", u"1", Status::Denied, "[a]\nk=1\n"},
-      {"[a]\nk=1\n", u"a", u"z", nullptr, Status::Absent, "[a]\nk=1\n"},
+      {"[a]\r\n k =  \"old\"  \r\nz=1", u"A", u"K", u"new", Ok, "[a]\r\n k =  new  \r\nz=1"},
+      {"[a]\nk=old", u"a", u"k", u"", Ok, "[a]\nk="},
+      {"[a]\nk=  \nz=1\n", u"a", u"k", u"v", Ok, "[a]\nk=v  \nz=1\n"},
+      {"[a]\nk=1\nk=2\n", u"a", u"k", nullptr, Ok, "[a]\nk=2\n"},
+      {"[a]\r\n;c\r\nk=1", u"a", u"k", nullptr, Ok, "[a]\r\n;c\r\n"},
+      {"[a]\nx=1\n;end\n\n \n[b]\n", u"a", u"k", u"v", Ok, "[a]\nx=1\n;end\nk=v\n\n \n[b]\n"},
+      {"[a]\r\n[b]", u"b", u"k", u"v", Ok, "[a]\r\n[b]\r\nk=v"},
+      {"[a]\r[b]\r", u"a", u"k", u"v", Ok, "[a]\rk=v\r[b]\r"},
+      {"[a]\nx=1\r\n\r\n", u"a", u"k", u"v", Ok, "[a]\nx=1\r\nk=v\r\n\r\n"},
+      {"[a]\nx=1", u"n", u"k", u"v", Ok, "[a]\nx=1\n[n]\nk=v"},
+      {"", u"n", u"k", u"v", Ok, "[n]\r\nk=v\r\n"},
+      {"\xEF\xBB\xBF[a]\nk=1\n", u"a", u"k", u"v", Ok, "\xEF\xBB\xBF[a]\nk=1\n[a]\nk=v\n"},
+      {"[a]\nk=\xE4\n", u"a", u"k", u"\u00FC", Ok, "[a]\nk=\xFC\n"},
+      {"[a]\nk=1\n", u"a", u"k", u"\u0416", Denied, "[a]\nk=1\n"},
+      {"[a]\nk=1\n", u"a", u"k", u"1\nz=2", Denied, "[a]\nk=1\n"},
+      {"[a]\nk=1\n", u"a", u"x=y", u"1", Denied, "[a]\nk=1\n"},
+      {"[a]\nk=1\n", u"a", u"z", nullptr, Absent, "[a]\nk=1\n"},
   };
   for (const Row& row : kRows) {
     Document document = Parsed(ToBytes(row.before));
@@ -110,8 +105,8 @@ TEST(Ini, ChangesNothingButWhatIsNamed) {
     EXPECT_EQ(status, row.status) << row.before;
     EXPECT_EQ(document.Bytes(), ToBytes(row.after)) << row.before;
     UnicodeString read;
-    if (status == Status::Ok && row.value != nullptr) {
-      EXPECT_EQ(document.Get(row.section, row.key, read), Status::Ok) << row.before;
+    if (status == Ok && row.value != nullptr) {
+      EXPECT_EQ(document.Get(row.section, row.key, read), Ok) << row.before;
       EXPECT_EQ(read, row.value);
     }
   }
@@ -120,27 +115,27 @@ TEST(Ini, ChangesNothingButWhatIsNamed) {
 TEST(Ini, KeepsTheFormOfTheFile) {
   Document wide = Parsed(Utf16File(u"[\u0416]\r\nk=\u65E5\xD800\r\nz=\r\n"));
   UnicodeString value;
-  EXPECT_EQ(wide.Get(u"\u0436", u"K", value), Status::Ok);
+  EXPECT_EQ(wide.Get(u"\u0436", u"K", value), Ok);
   EXPECT_EQ(value, u"\u65E5\xD800");
-  EXPECT_EQ(wide.Set(u"\u0436", u"z", u"\u0416"), Status::Ok);
+  EXPECT_EQ(wide.Set(u"\u0436", u"z", u"\u0416"), Ok);
   EXPECT_EQ(wide.Bytes(), Utf16File(u"[\u0416]\r\nk=\u65E5\xD800\r\nz=\u0416\r\n"));
 
   Bytes cut = Utf16File(u"[a]\nk=1\n");
   cut.push_back('x');
   Document half = Parsed(cut);
-  EXPECT_EQ(half.Remove(u"a", u"k"), Status::Ok);
+  EXPECT_EQ(half.Remove(u"a", u"k"), Ok);
   Bytes expected = Utf16File(u"[a]\n");
   expected.push_back('x');
   EXPECT_EQ(half.Bytes(), expected);
 
   using namespace std::string_view_literals;
   Document withNul = Parsed(ToBytes("[a]\n\0k=1\nz=2\0 \n"sv));
-  EXPECT_EQ(withNul.Get(u"a", u"z", value), Status::Ok);
+  EXPECT_EQ(withNul.Get(u"a", u"z", value), Ok);
   EXPECT_EQ(value, u"2\0"sv);
 
   Document refused;
-  EXPECT_EQ(refused.Parse({0xFE, 0xFF, 0, '['}, Latin1()), Status::Unknown);
-  EXPECT_EQ(refused.Parse(Bytes(kMaxFileSize + 1, '\n'), Latin1()), Status::Corrupt);
+  EXPECT_EQ(refused.Parse({0xFE, 0xFF, 0, '['}, Latin1()), Unknown);
+  EXPECT_EQ(refused.Parse(Bytes(kMaxFileSize + 1, '\n'), Latin1()), Corrupt);
 }
 
 }  // namespace

@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-
 #include "formats/job/job_samples.h"
+#include "support/disk.h"
 
 namespace scrubwell::job {
 namespace {
@@ -45,11 +41,8 @@ TEST(Job, RefusesDamage) {
 }
 
 TEST(Job, ReadsRealTasks) {
-  const char* data = std::getenv("SCRUBWELL_DATA");
-  if (data == nullptr) {
-    std::printf("without SCRUBWELL_DATA no real tasks\n");
-    return;
-  }
+  const std::string data = test::SharedData();
+  if (data.empty()) return;
   struct Row {
     const char* file;
     UnicodeView application, parameters, author;
@@ -59,9 +52,8 @@ TEST(Job, ReadsRealTasks) {
                             u"/ua /installsource scheduler", u"Brian", 1},
                            {"At1", u"cmd.exe", u"", u"WORKGROUP\\DESKTOP-EIS938N$", 1}};
   for (const Row& row : kRows) {
-    std::ifstream in(std::string(data) + "/artefacts/job/" + row.file + ".job", std::ios::binary);
-    const Bytes file{std::istreambuf_iterator<char>(in), {}};
     Job job;
+    const Bytes file = test::ReadBytes(data + "/artefacts/job/" + row.file + ".job");
     EXPECT_EQ(ReadJob(file, job), Status::Ok) << row.file;
     EXPECT_EQ(job.application, row.application) << row.file;
     EXPECT_EQ(job.parameters, row.parameters) << row.file;

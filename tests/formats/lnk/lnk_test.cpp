@@ -1,92 +1,89 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <sstream>
 
 #include "formats/lnk/lnk_samples.h"
 #include "registry/Stringhelper.h"
+#include "support/disk.h"
 #include "support/witness.h"
 
 namespace scrubwell::lnk {
 namespace {
 
+using enum Status;
+using enum Source;
+
 TEST(Lnk, PrefersTheBestSource) {
   const std::vector<Bytes> file = {kComputer, kDriveC, FileItem("DIRONE~1", u"Dir \u0416"),
                                    FileItem("A.EXE", u"")};
+  const Parts whole{.items = file, .base = "C:\\b.exe", .relativePath = u".\\r"};
+  const auto with = [&whole](UnicodeView environment, std::uint32_t flags) {
+    Parts parts = whole;
+    parts.environment = environment;
+    parts.extraFlags = flags;
+    return parts;
+  };
   struct Row {
     const char* name;
     Parts parts;
     Status status;
     UnicodeView target;
-    Source source = Source::LocalPath;
+    Source source = LocalPath;
   };
+  const Bytes zip = FileItem("A.ZIP", u"");
   const Row kRows[] = {
-      {"environment",
-       {file, "C:\\b", "", {}, {}, u".\\r", u"%windir%\\e.exe"},
-       Status::Ok,
-       u"%windir%\\e.exe",
-       Source::Environment},
-      {"local", {file, "C:\\b.exe", "", {}, {}, u".\\r"}, Status::Ok, u"C:\\b.exe"},
-      {"ansi", {{}, "C:\\\xE4.exe", ""}, Status::Ok, u"C:\\\u00E4.exe"},
-      {"wide", {{}, "C:\\?", "", u"C:\\\u65E5", u""}, Status::Ok, u"C:\\\u65E5"},
-      {"suffix", {{}, "C:\\b", "c\\d.exe"}, Status::Ok, u"C:\\b\\c\\d.exe"},
+      {"environment", with(u"%windir%\\e.exe", 0), Ok, u"%windir%\\e.exe", Environment},
+      {"local", whole, Ok, u"C:\\b.exe"},
+      {"ansi", {.base = "C:\\\xE4.exe"}, Ok, u"C:\\\u00E4.exe"},
+      {"wide", {.base = "C:\\?", .wideBase = u"C:\\\u65E5"}, Ok, u"C:\\\u65E5"},
+      {"suffix", {.base = "C:\\b", .suffix = "c\\d.exe"}, Ok, u"C:\\b\\c\\d.exe"},
       {"wide suffix",
-       {{}, "C:\\?", "?", u"C:\\b\\", u"\u65E5.exe"},
-       Status::Ok,
+       {.base = "C:\\?", .suffix = "?", .wideBase = u"C:\\b\\", .wideSuffix = u"\u65E5.exe"},
+       Ok,
        u"C:\\b\\\u65E5.exe"},
-      {"items", {file}, Status::Ok, u"C:\\Dir \u0416\\A.EXE", Source::ItemList},
-      {"drive", {{kComputer, kDriveC}}, Status::Ok, u"C:\\", Source::ItemList},
+      {"items", {file}, Ok, u"C:\\Dir \u0416\\A.EXE", ItemList},
+      {"drive", {{kComputer, kDriveC}}, Ok, u"C:\\", ItemList},
       {"surrogate",
-       {file, "C:\\?", "", u"C:\\\xD800.exe", u""},
-       Status::Ok,
+       {.items = file, .base = "C:\\?", .wideBase = u"C:\\\xD800.exe"},
+       Ok,
        u"C:\\Dir \u0416\\A.EXE",
-       Source::ItemList},
-      {"relative",
-       {{}, "", "", {}, {}, u"..\\r.exe"},
-       Status::Ok,
-       u"..\\r.exe",
-       Source::RelativePath},
-      {"advertised", {file, "C:\\b.exe", "", {}, {}, u".\\r", {}, 0x1000}, Status::Absent, u""},
-      {"virtual", {{kComputer, kControlPanel}, "", "", {}, {}, u".\\r"}, Status::Absent, u""},
-      {"nothing", {}, Status::Absent, u""},
-      {"no drive", {{kComputer, FileItem("A.EXE", u"")}}, Status::Unknown, u""},
-      {"in an archive",
-       {{kComputer, kDriveC, FileItem("A.ZIP", u""), Item({0x52, 0, 0})}},
-       Status::Unknown,
-       u""},
-      {"ansi item", {{kComputer, kDriveC, FileItem("\xE4.EXE", u"")}}, Status::Unknown, u""},
-      {"overlong item", {{kComputer, kDriveC, Bytes{0xFF, 0x00, 0x32}}}, Status::Corrupt, u""},
+       ItemList},
+      {"relative", {.relativePath = u"..\\r.exe"}, Ok, u"..\\r.exe", RelativePath},
+      {"advertised", with(u"", 0x1000), Absent, u""},
+      {"virtual", {.items = {kComputer, kControlPanel}, .relativePath = u".\\r"}, Absent, u""},
+      {"nothing", {}, Absent, u""},
+      {"no drive", {{kComputer, zip}}, Unknown, u""},
+      {"in an archive", {{kComputer, kDriveC, zip, Item({0x52, 0, 0})}}, Unknown, u""},
+      {"ansi item", {{kComputer, kDriveC, FileItem("\xE4.EXE", u"")}}, Unknown, u""},
+      {"overlong item", {{kComputer, kDriveC, Bytes{0xFF, 0x00, 0x32}}}, Corrupt, u""},
   };
   for (const Row& row : kRows) {
     Link link;
     EXPECT_EQ(ReadLink(BuildLink(row.parts), 1252, link), row.status) << row.name;
     EXPECT_EQ(link.target, row.target) << row.name << " " << ToUtf8(link.target);
-    if (row.status == Status::Ok) {
+    if (row.status == Ok) {
       EXPECT_EQ(link.source, row.source) << row.name;
     }
   }
   Link link;
-  EXPECT_EQ(ReadLink(BuildLink({{}, "C:\\\xE4.exe", ""}), 65001, link), Status::Unknown);
-  EXPECT_EQ(ReadLink(BuildLink({{}, "C:\\a.exe", ""}), 65001, link), Status::Ok);
+  EXPECT_EQ(ReadLink(BuildLink({.base = "C:\\\xE4.exe"}), 65001, link), Unknown);
+  EXPECT_EQ(ReadLink(BuildLink({.base = "C:\\a.exe"}), 65001, link), Ok);
 }
 
 TEST(Lnk, RefusesDamage) {
-  const Bytes whole = BuildLink({{}, "C:\\a.exe"});
+  const Bytes whole = BuildLink({.base = "C:\\a.exe"});
   Link link;
   for (const std::size_t size : {0U, 1U, 0x4BU, 0x4DU, 0x60U}) {
-    EXPECT_EQ(ReadLink(std::span(whole).first(size), 1252, link), Status::Corrupt) << size;
+    EXPECT_EQ(ReadLink(std::span(whole).first(size), 1252, link), Corrupt) << size;
   }
   // A length of gigabytes in a small file.
   Bytes file = whole;
   file[0x4C + 3] = 0x7F;
-  EXPECT_EQ(ReadLink(file, 1252, link), Status::Corrupt);
-  EXPECT_EQ(ReadLink(Bytes(kMaxFileSize + 1), 1252, link), Status::Corrupt);
-  EXPECT_EQ(ReadLink(Bytes(4096, 0x4C), 1252, link), Status::Corrupt);
+  EXPECT_EQ(ReadLink(file, 1252, link), Corrupt);
+  EXPECT_EQ(ReadLink(Bytes(kMaxFileSize + 1), 1252, link), Corrupt);
+  EXPECT_EQ(ReadLink(Bytes(4096, 0x4C), 1252, link), Corrupt);
 }
 
 // What lnkinfo prints of a shortcut, in our order of preference; empty when it prints no target.
@@ -117,20 +114,14 @@ std::string WitnessTarget(const std::string& path) {
 }
 
 TEST(Lnk, AgreesOnRealShortcuts) {
-  const char* data = std::getenv("SCRUBWELL_DATA");
-  if (data == nullptr) {
-    std::printf("without SCRUBWELL_DATA no real shortcuts\n");
-    return;
-  }
+  const std::string data = test::SharedData();
+  if (data.empty()) return;
   const bool witness = test::HasWitness("lnkinfo");
   std::map<std::string, Status> statuses;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(std::string(data) + "/artefacts/lnk")) {
+  for (const auto& entry : std::filesystem::directory_iterator(data + "/artefacts/lnk")) {
     SCOPED_TRACE(entry.path());
-    std::ifstream in(entry.path(), std::ios::binary);
-    const Bytes file{std::istreambuf_iterator<char>(in), {}};
     Link link;
-    statuses[entry.path().stem()] = ReadLink(file, 1252, link);
+    statuses[entry.path().stem()] = ReadLink(test::ReadBytes(entry.path()), 1252, link);
     const std::string target = ToUtf8(link.target);
     if (entry.path().stem() == "unpaired_surrogate") {
       EXPECT_EQ(link.target, u"C:\\test\\unicode_U+0000d800_\xD800.exe");
@@ -148,7 +139,7 @@ TEST(Lnk, AgreesOnRealShortcuts) {
   }
   // Nothing, a virtual folder, an address.
   for (const char* name : {"App 2", "Window Switcher", "Home Page 7"}) {
-    EXPECT_EQ(statuses.at(std::string("museum-001-") + name), Status::Absent) << name;
+    EXPECT_EQ(statuses.at(std::string("museum-001-") + name), Absent) << name;
   }
   EXPECT_EQ(statuses.size(), 31U);
 }

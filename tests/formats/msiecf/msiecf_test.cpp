@@ -1,19 +1,17 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-
 #include "formats/msiecf/msiecf_samples.h"
+#include "support/disk.h"
 #include "support/witness.h"
 
 namespace scrubwell::msiecf {
 namespace {
 
+using enum Status;
+
 std::vector<std::string> Locations(const Bytes& file) {
   std::vector<UrlRecord> records;
-  EXPECT_EQ(ReadUrls(file, records), Status::Ok);
+  EXPECT_EQ(ReadUrls(file, records), Ok);
   std::vector<std::string> out;
   for (const UrlRecord& record : records) out.push_back(record.location);
   return out;
@@ -24,8 +22,8 @@ using Texts = std::vector<std::string>;
 TEST(Msiecf, ErasesOneWholeRecord) {
   Bytes file = BuildFile({"Visited: a@x", "Visited: \xE4@y", "Visited: a@z"});
   EXPECT_EQ(Locations(file), (Texts{"Visited: a@x", "Visited: \xE4@y", "Visited: a@z"}));
-  EXPECT_EQ(EraseRecord(file, "Visited: a@"), Status::Absent);
-  ASSERT_EQ(EraseRecord(file, "Visited: \xE4@y"), Status::Ok);
+  EXPECT_EQ(EraseRecord(file, "Visited: a@"), Absent);
+  ASSERT_EQ(EraseRecord(file, "Visited: \xE4@y"), Ok);
   EXPECT_EQ(Locations(file), (Texts{"Visited: a@x", "Visited: a@z"}));
 
   Bytes expected = BuildFile({"Visited: a@x", "Visited: \xE4@y", "Visited: a@z"});
@@ -34,7 +32,7 @@ TEST(Msiecf, ErasesOneWholeRecord) {
   Set(expected, 40, kTableBlocks + 4);
   expected[0x254] = 0x33;
   EXPECT_EQ(file, expected);
-  EXPECT_EQ(EraseRecord(file, "Visited: \xE4@y"), Status::Absent);
+  EXPECT_EQ(EraseRecord(file, "Visited: \xE4@y"), Absent);
 }
 
 TEST(Msiecf, ChangesNothingInDoubt) {
@@ -44,21 +42,21 @@ TEST(Msiecf, ChangesNothingInDoubt) {
     Status erase, read;
   };
   const Row kRows[] = {
-      {"older version", 25, '4', 1, Status::Unknown, Status::Unknown},
-      {"no signature", 0, 0, 1, Status::Corrupt, Status::Corrupt},
-      {"longer than the file", 28, 0x10000, 4, Status::Corrupt, Status::Corrupt},
-      {"table outside", 32, 0x100000, 4, Status::Corrupt, Status::Corrupt},
-      {"table off the blocks", 32, 0x4001, 4, Status::Corrupt, Status::Corrupt},
-      {"tables in a ring", kTable + 8, kTable, 4, Status::Corrupt, Status::Corrupt},
-      {"no blocks at all", 36, 0, 4, Status::Corrupt, Status::Corrupt},
-      {"endless cache folders", 72, 0xFFFA0000, 4, Status::Corrupt, Status::Corrupt},
-      {"record in the header", 5760, 0x48534148, 4, Status::Corrupt, Status::Corrupt},
-      {"cached file", Record(0) + 60, 110, 4, Status::Denied, Status::Ok},
-      {"foreign block", 0x254, 0x0D, 1, Status::Corrupt, Status::Ok},
-      {"count too small", 40, 1, 4, Status::Corrupt, Status::Ok},
-      {"record too long", Record(0) + 4, 1000, 4, Status::Absent, Status::Ok},
-      {"location outside", Record(0) + 52, 0xFFFFFF, 4, Status::Absent, Status::Ok},
-      {"freed before", 0x254, 0x0C, 1, Status::Absent, Status::Ok},
+      {"older version", 25, '4', 1, Unknown, Unknown},
+      {"no signature", 0, 0, 1, Corrupt, Corrupt},
+      {"longer than the file", 28, 0x10000, 4, Corrupt, Corrupt},
+      {"table outside", 32, 0x100000, 4, Corrupt, Corrupt},
+      {"table off the blocks", 32, 0x4001, 4, Corrupt, Corrupt},
+      {"tables in a ring", kTable + 8, kTable, 4, Corrupt, Corrupt},
+      {"no blocks at all", 36, 0, 4, Corrupt, Corrupt},
+      {"endless cache folders", 72, 0xFFFA0000, 4, Corrupt, Corrupt},
+      {"record in the header", 5760, 0x48534148, 4, Corrupt, Corrupt},
+      {"cached file", Record(0) + 60, 110, 4, Denied, Ok},
+      {"foreign block", 0x254, 0x0D, 1, Corrupt, Ok},
+      {"count too small", 40, 1, 4, Corrupt, Ok},
+      {"record too long", Record(0) + 4, 1000, 4, Absent, Ok},
+      {"location outside", Record(0) + 52, 0xFFFFFF, 4, Absent, Ok},
+      {"freed before", 0x254, 0x0C, 1, Absent, Ok},
   };
   for (const Row& row : kRows) {
     Bytes file = BuildFile({"Visited: a@x", "Visited: a@y"});
@@ -70,22 +68,18 @@ TEST(Msiecf, ChangesNothingInDoubt) {
     EXPECT_EQ(ReadUrls(file, records), row.read) << row.name;
   }
   Bytes empty;
-  EXPECT_EQ(EraseRecord(empty, "x"), Status::Corrupt);
+  EXPECT_EQ(EraseRecord(empty, "x"), Corrupt);
 }
 
 TEST(Msiecf, EmptiesRealFilesRecordByRecord) {
-  const char* data = std::getenv("SCRUBWELL_DATA");
-  if (data == nullptr) {
-    std::printf("without SCRUBWELL_DATA no real files\n");
-    return;
-  }
+  const std::string data = test::SharedData();
+  if (data.empty()) return;
   const bool witness = test::HasWitness("msiecfexport");
   const std::pair<const char*, std::size_t> kFiles[] = {{"History.IE5-index.dat", 15},
                                                         {"MSHist012013031020130311-index.dat", 23}};
   for (const auto& [name, count] : kFiles) {
-    const std::string path = std::string(data) + "/artefacts/index.dat/" + name;
-    std::ifstream in(path, std::ios::binary);
-    Bytes file{std::istreambuf_iterator<char>(in), {}};
+    const std::string path = data + "/artefacts/index.dat/" + name;
+    Bytes file = test::ReadBytes(path);
     const std::size_t allocated = Get(file, 40);
     Texts expected = Locations(file);
     ASSERT_EQ(expected.size(), count) << name;
@@ -96,9 +90,9 @@ TEST(Msiecf, EmptiesRealFilesRecordByRecord) {
     }
     std::size_t freed = 0;
     std::vector<UrlRecord> records;
-    EXPECT_EQ(ReadUrls(file, records), Status::Ok);
+    EXPECT_EQ(ReadUrls(file, records), Ok);
     for (const UrlRecord& record : records) {
-      EXPECT_EQ(EraseRecord(file, record.location), Status::Ok) << record.location;
+      EXPECT_EQ(EraseRecord(file, record.location), Ok) << record.location;
       expected.erase(expected.begin());
       freed += record.size / 128;
       EXPECT_EQ(Locations(file), expected) << record.location;

@@ -12,18 +12,9 @@
 namespace scrubwell::regf {
 namespace {
 
-constexpr Status Ok = Status::Ok;
-constexpr Status Absent = Status::Absent;
-constexpr Status Denied = Status::Denied;
-constexpr Status Corrupt = Status::Corrupt;
+using enum Status;
 constexpr std::uint64_t Now = 0x01DA000000000000U;
 const UnicodeString Long(16384, u'x');
-
-Bytes Filled(std::size_t size, std::size_t salt = 0) {
-  Bytes bytes(size);
-  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 5 + salt);
-  return bytes;
-}
 
 std::unique_ptr<Editor> Edit(const Bytes& image) {
   const OpenedHive opened = Hive::FromBytes(image, "sample");
@@ -120,10 +111,10 @@ Model Sample() {
   Model& box = model.children[u"Box"];
   for (std::size_t i = 0; i < std::size(Names); ++i) {
     Model& below = box.children[Names[i]].children[u"x"].children[u"y"];
-    below.values[Names[i]] = {Names[i], REGT_BINARY, Filled(i * 6000, i)};
-    box.values[Names[i]] = {Names[i], REGT_SZ, Filled(i * i * 300, i)};
+    below.values[Names[i]] = {Names[i], REGT_BINARY, Pattern(i * 6000, i)};
+    box.values[Names[i]] = {Names[i], REGT_SZ, Pattern(i * i * 300, i)};
   }
-  box.values[u""] = {u"", REGT_SZ, Filled(4)};
+  box.values[u""] = {u"", REGT_SZ, Pattern(4)};
   return model;
 }
 
@@ -167,7 +158,7 @@ TEST(Editor, DeletesOneByOneAndPutsBack) {
         ASSERT_EQ(editor->Create(key, Names[i], child), Ok);
         EXPECT_EQ(editor->Create(child, u"x", child), Ok);
         EXPECT_EQ(editor->Create(child, u"y", child), Ok);
-        EXPECT_EQ(editor->Put(child, {Names[i], REGT_BINARY, Filled(i * 6000, i)}), Ok);
+        EXPECT_EQ(editor->Put(child, {Names[i], REGT_BINARY, Pattern(i * 6000, i)}), Ok);
         EXPECT_EQ(editor->Put(key, content.values.at(Names[i])), Ok);
       }
       ExpectModel(*editor, whole, shape.options);
@@ -182,12 +173,12 @@ TEST(Editor, SetsValuesOfEverySizeOverEachOther) {
   for (const Shape& shape : {Shapes[1], Shapes[2]}) {
     for (const std::size_t from : sizes) {
       Model model;
-      model.values[u"v"] = {u"v", REGT_BINARY, Filled(from)};
+      model.values[u"v"] = {u"v", REGT_BINARY, Pattern(from)};
       const std::unique_ptr<Editor> editor = Edit(model.Build(shape.options));
       for (const std::size_t to : sizes) {
         SCOPED_TRACE(std::string(shape.what) + " " + std::to_string(from) + std::to_string(to));
-        EXPECT_EQ(editor->Put(editor->View().Root(), {u"V", REGT_SZ, Filled(to, 1)}), Ok);
-        model.values[u"v"] = {u"v", REGT_SZ, Filled(to, 1)};
+        EXPECT_EQ(editor->Put(editor->View().Root(), {u"V", REGT_SZ, Pattern(to, 1)}), Ok);
+        model.values[u"v"] = {u"v", REGT_SZ, Pattern(to, 1)};
         ExpectModel(*editor, model, shape.options);
       }
     }
@@ -230,7 +221,7 @@ class RandomEdits {
       at->children.try_emplace(name);
     } else if (what == 2) {
       const std::size_t size = Pick(20) == 0 ? 30000 : Pick(60);
-      const RegValue value{name, REGT_BINARY, Filled(size, size)};
+      const RegValue value{name, REGT_BINARY, Pattern(size, size)};
       EXPECT_EQ(editor_->Put(key, value), Ok);
       at->values.try_emplace(name, value).first->second.data = value.data;
     } else if (what == 3) {
@@ -285,10 +276,10 @@ TEST(Editor, PutsAKeyBackAsItWas) {
   HiveBuilder builder;
   const auto box = builder.CreatePath(builder.Root(), u"a\\Box");
   builder.SetClass(box, u"Kla\u00DFe");
-  builder.SetSecurity(box, Filled(44));
+  builder.SetSecurity(box, Pattern(44));
   builder.SetTime(box, 77);
   builder.SetLink(box);
-  builder.SetValue(box, {u"SymbolicLinkValue", REGT_LINK, Filled(30)});
+  builder.SetValue(box, {u"SymbolicLinkValue", REGT_LINK, Pattern(30)});
   const Bytes before = builder.Build();
   const std::unique_ptr<Editor> editor = Edit(before);
   const CellOffset parent = At(*editor, u"a");
@@ -304,44 +295,15 @@ TEST(Editor, PutsAKeyBackAsItWas) {
     EXPECT_EQ(editor->SetClass(key, name), Ok);
   }
   for (const std::size_t size : {99U, 44U, 44U}) {
-    EXPECT_EQ(editor->SetSecurity(key, Filled(size)), Ok);
+    EXPECT_EQ(editor->SetSecurity(key, Pattern(size)), Ok);
   }
   EXPECT_EQ(editor->SetLink(key, true), Ok);
-  EXPECT_EQ(editor->Put(key, {u"SymbolicLinkValue", REGT_LINK, Filled(30)}), Ok);
+  EXPECT_EQ(editor->Put(key, {u"SymbolicLinkValue", REGT_LINK, Pattern(30)}), Ok);
   EXPECT_EQ(editor->SetTime(key, 77), Ok);
   EXPECT_EQ(editor->SetTime(parent, old.lastWritten), Ok);
   const Bytes after = editor->Finish();
   EXPECT_EQ(ProblemsOf(after), "");
   EXPECT_EQ(DumpOf(after, {.times = true}), DumpOf(before, {.times = true}));
-}
-
-/// A hive to be damaged: Box with children a, b (with child deep), c and two values.
-struct Patient {
-  Bytes image;
-  CellOffset root = NoCell, box = NoCell, a = NoCell, b = NoCell, value = NoCell;
-  std::span<std::uint8_t> At(CellOffset cell) {
-    return std::span(image).subspan(BaseBlockSize + cell + 4U);
-  }
-  std::uint32_t Field(CellOffset cell, std::size_t field) { return Get32(At(cell), field); }
-  std::span<std::uint8_t> List() { return At(Field(box, nk::SubkeyList)); }
-};
-
-Patient MakePatient() {
-  HiveBuilder builder;
-  const auto box = builder.Create(builder.Root(), u"Box");
-  for (const UnicodeView name : {u"a", u"b\\deep", u"c"}) builder.CreatePath(box, name);
-  builder.SetValue(box, {u"big", REGT_BINARY, Filled(20000)});
-  builder.SetValue(box, {u"v", REGT_BINARY, Filled(20)});
-  Patient patient{builder.Build()};
-  const OpenedHive hive = Hive::FromBytes(patient.image, "patient");
-  ValueFacts value;
-  patient.root = hive.hive->Root();
-  hive.hive->Descend(patient.root, u"Box", patient.box);
-  hive.hive->Descend(patient.root, u"Box\\a", patient.a);
-  hive.hive->Descend(patient.root, u"Box\\b", patient.b);
-  hive.hive->FindValue(patient.box, u"big", value);
-  patient.value = value.cell;
-  return patient;
 }
 
 Status Add(Editor& e, CellOffset parent, const UnicodeString& name) {
@@ -353,31 +315,31 @@ Status Add(Editor& e, CellOffset parent, const UnicodeString& name) {
 const std::map<char, Status (*)(Editor&, const Patient&)> Changes = {
     {'R', [](Editor& e, const Patient& p) { return e.Erase(p.root); }},
     {'B', [](Editor& e, const Patient& p) { return e.Erase(p.box); }},
-    {'A', [](Editor& e, const Patient& p) { return e.Erase(p.a); }},
+    {'A', [](Editor& e, const Patient& p) { return e.Erase(p.alpha); }},
     {'N', [](Editor& e, const Patient&) { return e.Erase(NoCell); }},
-    {'V', [](Editor& e, const Patient& p) { return e.Erase(p.value); }},
+    {'V', [](Editor& e, const Patient& p) { return e.Erase(p.big); }},
     {'b', [](Editor& e, const Patient& p) { return e.EraseValue(p.box, u"big"); }},
-    {'v', [](Editor& e, const Patient& p) { return e.EraseValue(p.box, u"V"); }},
+    {'v', [](Editor& e, const Patient& p) { return e.EraseValue(p.box, u""); }},
     {'?', [](Editor& e, const Patient& p) { return e.EraseValue(p.box, u"none"); }},
     {'s',
      [](Editor& e, const Patient& p) {
-       return e.Put(p.box, {u"big", REGT_SZ, Filled(9)});
+       return e.Put(p.box, {u"big", REGT_SZ, Pattern(9)});
      }},
     {'l',
      [](Editor& e, const Patient& p) {
-       return e.Put(p.a, {Long, REGT_SZ, {}});
+       return e.Put(p.alpha, {Long, REGT_SZ, {}});
      }},
     {'n', [](Editor& e, const Patient& p) { return Add(e, p.box, u"x"); }},
-    {'m', [](Editor& e, const Patient& p) { return Add(e, p.a, u"x"); }},
-    {'o', [](Editor& e, const Patient& p) { return Add(e, p.a + 4, u"x"); }},
-    {'0', [](Editor& e, const Patient& p) { return Add(e, p.a, u""); }},
-    {'/', [](Editor& e, const Patient& p) { return Add(e, p.a, u"x\\y"); }},
-    {'L', [](Editor& e, const Patient& p) { return Add(e, p.a, Long.substr(0, 256)); }},
-    {'k', [](Editor& e, const Patient& p) { return e.SetClass(p.b, u""); }},
-    {'K', [](Editor& e, const Patient& p) { return e.SetClass(p.b, Long + Long + Long); }},
-    {'S', [](Editor& e, const Patient& p) { return e.SetSecurity(p.a, Filled(20)); }},
-    {'e', [](Editor& e, const Patient& p) { return e.SetSecurity(p.a, {}); }},
-    {'t', [](Editor& e, const Patient& p) { return e.SetTime(p.a + 8, 1); }}};
+    {'m', [](Editor& e, const Patient& p) { return Add(e, p.alpha, u"x"); }},
+    {'o', [](Editor& e, const Patient& p) { return Add(e, p.alpha + 4, u"x"); }},
+    {'0', [](Editor& e, const Patient& p) { return Add(e, p.alpha, u""); }},
+    {'/', [](Editor& e, const Patient& p) { return Add(e, p.alpha, u"x\\y"); }},
+    {'L', [](Editor& e, const Patient& p) { return Add(e, p.alpha, Long.substr(0, 256)); }},
+    {'k', [](Editor& e, const Patient& p) { return e.SetClass(p.beta, u""); }},
+    {'K', [](Editor& e, const Patient& p) { return e.SetClass(p.beta, Long + Long + Long); }},
+    {'S', [](Editor& e, const Patient& p) { return e.SetSecurity(p.alpha, Pattern(20)); }},
+    {'e', [](Editor& e, const Patient& p) { return e.SetSecurity(p.alpha, {}); }},
+    {'t', [](Editor& e, const Patient& p) { return e.SetTime(p.alpha + 8, 1); }}};
 
 struct RefusalRow {
   const char* what;
@@ -390,29 +352,29 @@ struct RefusalRow {
 const RefusalRow Refusals[] = {
     {"nothing there", [](Patient&) {}, "", "?", Absent},
     {"no keys", [](Patient&) {}, "", "NVot"},
-    {"not allowed", [](Patient& p) { p.At(p.a)[nk::Flags] |= KeyFlagNoDelete; }, "", "RBAl0/LKe",
-     Denied},
+    {"not allowed", [](Patient& p) { p.At(p.alpha)[nk::Flags] |= KeyFlagNoDelete; }, "",
+     "RBAl0/LKe", Denied},
     {"wild child", [](Patient& p) { Put32(p.List(), 4, 0x7FFFFFF8U); }, "subkeys are not those",
      "BAn"},
-    {"wild grandchild", [](Patient& p) { Put32(p.At(p.b), nk::SubkeyList, 64); },
-     "Key \\Box\\b: its class, lists", "B"},
+    {"wild grandchild", [](Patient& p) { Put32(p.At(p.beta), nk::SubkeyList, 64); },
+     "Key \\Box\\beta: its class, lists", "B"},
     {"wild segment",
-     [](Patient& p) { Put32(p.At(p.Field(p.Field(p.value, vk::Data), db::List)), 4, 12); },
+     [](Patient& p) { Put32(p.At(p.Field(p.Field(p.big, vk::Data), db::List)), 4, 12); },
      "values can't be read", "Bbs"},
     {"data of another value",
      [](Patient& p) {
-       const CellOffset other = Get32(p.At(p.Field(p.box, nk::ValueList)), 4);
-       Put32(p.At(p.value), vk::Data, p.Field(other, vk::Data));
-       Put32(p.At(p.value), vk::DataSize, 20);
+       const CellOffset other = Get32(p.ValueList(), 0);
+       Put32(p.At(p.big), vk::Data, p.Field(other, vk::Data));
+       Put32(p.At(p.big), vk::DataSize, 16);
      },
      "used twice", "Bbsv"},
     {"class in the list",
      [](Patient& p) {
-       Put32(p.At(p.b), nk::Class, p.Field(p.box, nk::SubkeyList));
-       Put16(p.At(p.b), nk::ClassSize, 4);
+       Put32(p.At(p.beta), nk::Class, p.Field(p.box, nk::SubkeyList));
+       Put16(p.At(p.beta), nk::ClassSize, 4);
      },
      "used twice", "BAkn"},
-    {"no security", [](Patient& p) { Put32(p.At(p.a), nk::Security, p.b); },
+    {"no security", [](Patient& p) { Put32(p.At(p.alpha), nk::Security, p.beta); },
      "security can't be read", "ABmS"},
 };
 
@@ -443,19 +405,19 @@ TEST(DumpTree, ShowsEachDifference) {
     dumps.push_back(DumpOf(builder.Build(), {.times = true}));
   };
   const auto nothing = [](HiveBuilder&, HiveBuilder::Key) {};
-  const RegValue value{u"v", REGT_SZ, Filled(300)};
+  const RegValue value{u"v", REGT_SZ, Pattern(300)};
   for (const auto* name : {u"k", u"K", u"\xFFFD", u"\xD800"}) add(name, value, nothing);
-  for (const RegValue& other : {RegValue{u"V", REGT_SZ, Filled(300)},
-                                {u"v", 3, Filled(300)},
-                                {u"v", 1, Filled(300, 1)},
-                                {u"v", 1, Filled(30)},
+  for (const RegValue& other : {RegValue{u"V", REGT_SZ, Pattern(300)},
+                                {u"v", 3, Pattern(300)},
+                                {u"v", 1, Pattern(300, 1)},
+                                {u"v", 1, Pattern(30)},
                                 {u"v", 1, {}}}) {
     add(u"k", other, nothing);
   }
   add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetClass(key, u"x"); });
   add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetLink(key); });
   add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetTime(key, 1); });
-  add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetSecurity(key, Filled(20)); });
+  add(u"k", value, [](HiveBuilder& b, HiveBuilder::Key key) { b.SetSecurity(key, Pattern(20)); });
   std::ranges::sort(dumps);
   EXPECT_EQ(std::ranges::adjacent_find(dumps), dumps.end());
 }
@@ -464,7 +426,7 @@ TEST(Editor, ChangesAListThatIsOutOfOrder) {
   Patient patient = MakePatient();
   std::swap_ranges(patient.List().begin() + 4, patient.List().begin() + 12,
                    patient.List().begin() + 12);
-  for (const CellOffset key : {patient.a, patient.b}) {
+  for (const CellOffset key : {patient.alpha, patient.beta}) {
     const std::unique_ptr<Editor> editor = Edit(patient.image);
     EXPECT_EQ(editor->Erase(key), Ok);
     EXPECT_EQ(Add(*editor, patient.box, u"d"), Ok);
@@ -498,20 +460,21 @@ const FaultRow Faults[] = {
      },
      "", "newer"},
     {"bin", [](Patient& p) { p.image[BaseBlockSize + 8] ^= 1; }, "bin at 0x0", "hang together"},
-    {"cell", [](Patient& p) { Put32(p.image, BaseBlockSize + p.a, 4); }, "is damaged",
+    {"cell", [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 4); }, "is damaged",
      "hang together"},
-    {"ring", [](Patient& p) { Put32(p.At(p.Field(p.a, nk::Security)), sk::Next, p.a); },
+    {"ring", [](Patient& p) { Put32(p.At(p.Field(p.alpha, nk::Security)), sk::Next, p.alpha); },
      "ring of security", "security"},
-    {"references", [](Patient& p) { Put32(p.At(p.Field(p.a, nk::Security)), sk::References, 9); },
+    {"references",
+     [](Patient& p) { Put32(p.At(p.Field(p.alpha, nk::Security)), sk::References, 9); },
      "wrong number of keys"},
     {"hash", [](Patient& p) { Put32(p.List(), 8, 1); }, "wrong hash"},
-    {"order", [](Patient& p) { p.At(p.a)[nk::Name] = 'x'; }, "out of order"},
+    {"order", [](Patient& p) { p.At(p.alpha)[nk::Name] = 'x'; }, "out of order"},
     {"count", [](Patient& p) { Put32(p.At(p.box), nk::SubkeyCount, 2); }, "that are counted"},
-    {"parent", [](Patient& p) { Put32(p.At(p.a), nk::Parent, p.root); }, "belong to nothing"},
+    {"parent", [](Patient& p) { Put32(p.At(p.alpha), nk::Parent, p.root); }, "belong to nothing"},
     {"longest name", [](Patient& p) { Put32(p.At(p.root), nk::MaxName, 1); }, "Key \\: a subkey"},
     {"most data", [](Patient& p) { Put32(p.At(p.box), nk::MaxValueData, 1); }, "a value has"},
-    {"lost value", [](Patient& p) { Put32(p.At(p.box), nk::ValueCount, 1); }, "2 cells are in use"},
-    {"list without subkeys", [](Patient& p) { Put32(p.At(p.a), nk::SubkeyList, 32); },
+    {"lost value", [](Patient& p) { Put32(p.At(p.box), nk::ValueCount, 1); }, "5 cells are in use"},
+    {"list without subkeys", [](Patient& p) { Put32(p.At(p.alpha), nk::SubkeyList, 32); },
      "none are counted"},
 };
 
@@ -573,13 +536,13 @@ void ChangeAtRandom(Editor& editor) {
     CellOffset child = NoCell;
     if (rarely(20)) status = editor.Create(key, Names[random() % 2 * 3], child);
     const std::size_t size = rarely(100) ? 20000 : 30;
-    if (rarely(20)) status = editor.Put(key, {u"new", REGT_BINARY, Filled(size)});
+    if (rarely(20)) status = editor.Put(key, {u"new", REGT_BINARY, Pattern(size)});
     ASSERT_EQ(status, Ok);
   }
 }
 
 void ExpectWitnesses(const Bytes& image) {
-  const TempFolder folder;
+  const test::TempFolder folder;
   const std::string path = folder.Store("changed", image).string();
   const OpenedHive hive = Hive::FromBytes(image, path);
   ASSERT_TRUE(hive.hive) << hive.error;
@@ -598,13 +561,10 @@ void ExpectWitnesses(const Bytes& image) {
 }
 
 TEST(Editor, RealHivesStayWhole) {
-  const char* data = std::getenv("SCRUBWELL_DATA");
-  if (data == nullptr) {
-    std::printf("[ NOTE     ] SCRUBWELL_DATA is not set\n");
-    return;
-  }
-  const auto unpack = [data](const std::string& name) {
-    const std::string text = OutputOf("xz -dc " + std::string(data) + "/hives/" + name + ".xz");
+  const std::string data = test::SharedData();
+  if (data.empty()) return;
+  const auto unpack = [&data](const std::string& name) {
+    const std::string text = OutputOf("xz -dc " + data + "/hives/" + name + ".xz");
     return Bytes(text.begin(), text.end());
   };
   for (const char* name :

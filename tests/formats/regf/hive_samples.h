@@ -2,10 +2,7 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -15,34 +12,10 @@
 #include "formats/regf/hive_builder.h"
 #include "formats/regf/log.h"
 #include "registry/Stringhelper.h"
+#include "support/disk.h"
 #include "support/witness.h"
 
 namespace scrubwell::regf {
-
-/// A folder that goes with the test.
-class TempFolder {
- public:
-  TempFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "regfXXXXXX").string();
-    path_ = ::mkdtemp(pattern.data());
-  }
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-  ~TempFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  [[nodiscard]] std::filesystem::path Store(const std::string& name, const Bytes& bytes) const {
-    std::ofstream(path_ / name, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-    return path_ / name;
-  }
-  [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 using test::OutputOf;
 
@@ -63,22 +36,48 @@ inline const Witness Witnesses[] = {{"hivexml", {"<node "}, {"<value "}},
                                     {"reglookup", {",KEY,"}, {",SZ,", ",BINARY,"}},
                                     {"regfexport", {"\nKey path:"}, {"\nValue:"}}};
 
-/// The tree as lines, so that two trees can be compared as a whole.
-inline std::string Dump(const Hive& hive) {
-  std::string text;
-  hive.Walk(hive.Root(), [&](const Subkey& subkey, int level) {
-    text += std::string(static_cast<std::size_t>(level), ' ') + ToUtf8(subkey.facts.name.Text());
-    UnicodeString className;
-    if (hive.ClassName(subkey.key, className) == Status::Ok) text += " class " + ToUtf8(className);
-    text += subkey.facts.IsLink() ? " link\n" : "\n";
-    std::vector<RegValue> values;
-    if (hive.Values(subkey.key, values) != Status::Ok) text += "damaged values\n";
-    for (const RegValue& value : values) {
-      text += "  " + ToUtf8(value.name) + "=" + std::to_string(value.type) + ":" +
-              std::string(value.data.begin(), value.data.end()) + "\n";
-    }
-  });
-  return text;
+inline Bytes Pattern(std::size_t size, std::size_t salt = 0) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) {
+    bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 251 + salt);
+  }
+  return bytes;
+}
+
+/// A hive with one key "Box" to be damaged, and "Sound" beside it that must stay readable.
+struct Patient {
+  Bytes image;
+  CellOffset root = NoCell, box = NoCell, alpha = NoCell, beta = NoCell, gamma = NoCell;
+  CellOffset big = NoCell;  ///< the second value, with segmented data
+
+  std::span<std::uint8_t> At(CellOffset cell) {
+    return std::span(image).subspan(BaseBlockSize + cell + 4U);
+  }
+  std::uint32_t Field(CellOffset cell, std::size_t field) { return Get32(At(cell), field); }
+  std::span<std::uint8_t> List() { return At(Field(box, nk::SubkeyList)); }
+  std::span<std::uint8_t> ValueList() { return At(Field(box, nk::ValueList)); }
+};
+
+inline Patient MakePatient() {
+  HiveBuilder builder;
+  const auto box = builder.Create(builder.Root(), u"Box");
+  for (const UnicodeView name : {u"alpha", u"beta", u"gamma"}) builder.Create(box, name);
+  builder.SetText(builder.CreatePath(box, u"beta\\deep"), u"", u"x");
+  builder.SetText(box, u"", u"default");
+  builder.SetValue(box, {u"big", REGT_BINARY, Pattern(20000)});
+  builder.SetText(builder.Create(builder.Root(), u"Sound"), u"v", u"well");
+  Patient patient{builder.Build()};
+  const OpenedHive opened = Hive::FromBytes(patient.image, "patient");
+  const Hive& hive = *opened.hive;
+  ValueFacts big;
+  patient.root = hive.Root();
+  hive.Child(hive.Root(), u"Box", patient.box);
+  hive.Child(patient.box, u"alpha", patient.alpha);
+  hive.Child(patient.box, u"beta", patient.beta);
+  hive.Child(patient.box, u"gamma", patient.gamma);
+  hive.FindValue(patient.box, u"big", big);
+  patient.big = big.cell;
+  return patient;
 }
 
 // Three transactions on a small hive, as hives and as logs.

@@ -5,12 +5,6 @@
 namespace scrubwell::regf {
 namespace {
 
-Bytes Pattern(std::size_t size) {
-  Bytes bytes(size);
-  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
-  return bytes;
-}
-
 const std::vector<UnicodeString> OddNames = {
     u"plain",        u"UPPER",      u"gr\u00F6\u00DFe",          u"\u041A\u043B\u044E\u0447",
     u"\u00FFumlaut", u"lone\xD800", UnicodeString(u"nul\0x", 5), UnicodeString(u"nul\0", 4)};
@@ -123,7 +117,7 @@ TEST(HiveReader, ReadsBackEveryShape) {
 }
 
 TEST(HiveReader, OtherReadersSeeTheSameTree) {
-  const TempFolder folder;
+  const test::TempFolder folder;
   for (const ShapeRow& row : Shapes) {
     // hivexml gives up above some 70,000 subkeys and knows no segments before 1.5.
     if (row.children > 70000 || row.options.minorVersion < 5) continue;
@@ -146,137 +140,98 @@ TEST(HiveReader, OtherReadersSeeTheSameTree) {
   }
 }
 
-/// A hive with one key "Box" to be damaged, and "Sound" beside it that must stay readable.
-struct Patient {
-  Bytes image;
-  CellOffset root = NoCell, box = NoCell, alpha = NoCell, beta = NoCell, gamma = NoCell;
-  CellOffset big = NoCell;  ///< the value with segmented data
+using enum Status;
 
-  std::span<std::uint8_t> At(CellOffset cell) {
-    return std::span(image).subspan(BaseBlockSize + cell + 4U);
-  }
-  std::uint32_t Field(CellOffset cell, std::size_t field) { return Get32(At(cell), field); }
-  std::span<std::uint8_t> List() { return At(Field(box, nk::SubkeyList)); }
-  std::span<std::uint8_t> ValueList() { return At(Field(box, nk::ValueList)); }
+/// What is read of Box.
+struct Outcome {
+  Status list;            ///< of enumerating it
+  std::size_t delivered;  ///< its subkeys
+  Status beta;            ///< of looking up Box\beta
+  Status missing;         ///< of looking up what Box never had
+  Status values = Ok;
 };
 
-Patient MakePatient() {
-  HiveBuilder builder;
-  const auto box = builder.Create(builder.Root(), u"Box");
-  for (const UnicodeView name : {u"alpha", u"beta", u"gamma"}) builder.Create(box, name);
-  builder.SetText(builder.CreatePath(box, u"beta\\deep"), u"", u"x");
-  builder.SetText(box, u"", u"default");
-  builder.SetValue(box, {u"big", REGT_BINARY, Pattern(20000)});
-  builder.SetText(builder.Create(builder.Root(), u"Sound"), u"v", u"well");
-  Patient patient{builder.Build()};
-  const OpenedHive opened = Hive::FromBytes(patient.image, "patient");
-  const Hive& hive = *opened.hive;
-  ValueFacts big;
-  patient.root = hive.Root();
-  hive.Child(hive.Root(), u"Box", patient.box);
-  hive.Child(patient.box, u"alpha", patient.alpha);
-  hive.Child(patient.box, u"beta", patient.beta);
-  hive.Child(patient.box, u"gamma", patient.gamma);
-  hive.FindValue(patient.box, u"big", big);
-  patient.big = big.cell;
-  return patient;
-}
+constexpr Outcome Whole{Ok, 3, Ok, Absent};
+constexpr Outcome LessOne{Corrupt, 2, Ok, Corrupt};
+constexpr Outcome NoSubkeys{Corrupt, 0, Corrupt, Corrupt};
+constexpr Outcome NoValues{Ok, 3, Ok, Absent, Corrupt};
 
 struct DamageRow {
   const char* what;
+  Outcome outcome;
   void (*damage)(Patient&);
-  Status list;            ///< of enumerating Box
-  std::size_t delivered;  ///< subkeys of Box
-  Status beta;            ///< of looking up Box\beta
-  Status missing;         ///< of looking up what Box never had
-  Status values = Status::Ok;
 };
 
-constexpr Status Ok = Status::Ok;
-constexpr Status Absent = Status::Absent;
-constexpr Status Corrupt = Status::Corrupt;
-
 const DamageRow Damages[] = {
-    {"nothing", [](Patient&) {}, Ok, 3, Ok, Absent},
-    {"root as a child", [](Patient& p) { Put32(p.List(), 4, p.root); }, Corrupt, 2, Ok, Corrupt},
-    {"itself as a child", [](Patient& p) { Put32(p.List(), 4, p.box); }, Corrupt, 2, Ok, Corrupt},
-    {"the list of its parent",
-     [](Patient& p) { Put32(p.At(p.box), nk::SubkeyList, p.Field(p.root, nk::SubkeyList)); },
-     Corrupt, 0, Corrupt, Corrupt},
-    {"a grandchild listing its ancestors",
-     [](Patient& p) { Put32(p.At(p.beta), nk::SubkeyList, p.Field(p.box, nk::SubkeyList)); }, Ok, 3,
-     Ok, Absent},
-    {"one child twice", [](Patient& p) { Put32(p.List(), 4 + 16, p.alpha); }, Corrupt, 2, Ok,
-     Corrupt},
-    {"order broken",
+    {"nothing", Whole, [](Patient&) {}},
+    {"root as a child", LessOne, [](Patient& p) { Put32(p.List(), 4, p.root); }},
+    {"itself as a child", LessOne, [](Patient& p) { Put32(p.List(), 4, p.box); }},
+    {"the list of its parent", NoSubkeys,
+     [](Patient& p) { Put32(p.At(p.box), nk::SubkeyList, p.Field(p.root, nk::SubkeyList)); }},
+    {"a grandchild listing its ancestors", Whole,
+     [](Patient& p) { Put32(p.At(p.beta), nk::SubkeyList, p.Field(p.box, nk::SubkeyList)); }},
+    {"one child twice", LessOne, [](Patient& p) { Put32(p.List(), 4 + 16, p.alpha); }},
+    {"order broken", Whole,
      [](Patient& p) {
        Put32(p.List(), 4, p.gamma);
        Put32(p.List(), 4 + 16, p.alpha);
-     },
-     Ok, 3, Ok, Absent},
-    {"order broken, found by walking",
+     }},
+    {"order broken, found by walking", Whole,
      [](Patient& p) {
        Put32(p.List(), 4, p.beta);
        Put32(p.List(), 4 + 8, p.alpha);
-     },
-     Ok, 3, Ok, Absent},
-    {"wild child", [](Patient& p) { Put32(p.List(), 4 + 8, 0xFFFFFFF0U); }, Corrupt, 2, Corrupt,
-     Corrupt},
-    {"unaligned child", [](Patient& p) { Put32(p.List(), 4, p.alpha + 4); }, Corrupt, 2, Ok,
-     Corrupt},
-    {"child in a free cell", [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 88); },
-     Corrupt, 2, Ok, Corrupt},
-    {"child in a cell of no size", [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 0); },
-     Corrupt, 2, Ok, Corrupt},
-    {"child in an endless cell",
-     [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 0x80000000U); }, Corrupt, 2, Ok,
-     Corrupt},
-    {"child with a name beyond its cell",
-     [](Patient& p) { Put16(p.At(p.alpha), nk::NameSize, 0x7FFF); }, Corrupt, 2, Ok, Corrupt},
-    {"child with half a unit", [](Patient& p) { Put16(p.At(p.alpha), nk::Flags, 0); }, Corrupt, 2,
-     Ok, Corrupt},
-    {"list longer than its cell", [](Patient& p) { Put16(p.List(), 2, 0xFFFF); }, Corrupt, 3, Ok,
-     Corrupt},
-    {"list shorter than the count", [](Patient& p) { Put16(p.List(), 2, 2); }, Corrupt, 2, Ok,
-     Corrupt},
-    {"no list", [](Patient& p) { Put32(p.At(p.box), nk::SubkeyList, NoCell); }, Corrupt, 0, Corrupt,
-     Corrupt},
-    {"unknown list", [](Patient& p) { p.List()[0] = 'x'; }, Corrupt, 0, Corrupt, Corrupt},
-    {"index of itself",
+     }},
+    {"wild child",
+     {Corrupt, 2, Corrupt, Corrupt},
+     [](Patient& p) { Put32(p.List(), 4 + 8, 0xFFFFFFF0U); }},
+    {"unaligned child", LessOne, [](Patient& p) { Put32(p.List(), 4, p.alpha + 4); }},
+    {"child in a free cell", LessOne,
+     [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 88); }},
+    {"child in a cell of no size", LessOne,
+     [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 0); }},
+    {"child in an endless cell", LessOne,
+     [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 0x80000000U); }},
+    {"child with a name beyond its cell", LessOne,
+     [](Patient& p) { Put16(p.At(p.alpha), nk::NameSize, 0x7FFF); }},
+    {"child with half a unit", LessOne, [](Patient& p) { Put16(p.At(p.alpha), nk::Flags, 0); }},
+    {"list longer than its cell",
+     {Corrupt, 3, Ok, Corrupt},
+     [](Patient& p) { Put16(p.List(), 2, 0xFFFF); }},
+    {"list shorter than the count", LessOne, [](Patient& p) { Put16(p.List(), 2, 2); }},
+    {"no list", NoSubkeys, [](Patient& p) { Put32(p.At(p.box), nk::SubkeyList, NoCell); }},
+    {"unknown list", NoSubkeys, [](Patient& p) { p.List()[0] = 'x'; }},
+    {"index of itself", NoSubkeys,
      [](Patient& p) {
        std::copy_n("ri", 2, p.List().begin());
        Put16(p.List(), 2, 1);
        Put32(p.List(), 4, p.Field(p.box, nk::SubkeyList));
-     },
-     Corrupt, 0, Corrupt, Corrupt},
-    {"impossible counts", [](Patient& p) { Put32(p.At(p.box), nk::SubkeyCount, 0x40000000U); },
-     Corrupt, 0, Corrupt, Corrupt, Corrupt},
-    {"wild value list", [](Patient& p) { Put32(p.At(p.box), nk::ValueList, 0x7FFFFFF8U); }, Ok, 3,
-     Ok, Absent, Corrupt},
-    {"more values than listed", [](Patient& p) { Put32(p.At(p.box), nk::ValueCount, 5); }, Ok, 3,
-     Ok, Absent, Corrupt},
-    {"wild value", [](Patient& p) { Put32(p.ValueList(), 4, 8); }, Ok, 3, Ok, Absent, Corrupt},
-    {"value with a name beyond its cell",
-     [](Patient& p) { Put16(p.At(p.big), vk::NameSize, 4000); }, Ok, 3, Ok, Absent, Corrupt},
-    {"five bytes inside the value",
-     [](Patient& p) { Put32(p.At(p.big), vk::DataSize, vk::Inline | 5); }, Ok, 3, Ok, Absent,
-     Corrupt},
-    {"data beyond the file", [](Patient& p) { Put32(p.At(p.big), vk::DataSize, 0x7FFFFFFFU); }, Ok,
-     3, Ok, Absent, Corrupt},
-    {"data beyond its segments", [](Patient& p) { Put32(p.At(p.big), vk::DataSize, 33000); }, Ok, 3,
-     Ok, Absent, Corrupt},
-    {"wild segment",
+     }},
+    {"impossible counts",
+     {Corrupt, 0, Corrupt, Corrupt, Corrupt},
+     [](Patient& p) { Put32(p.At(p.box), nk::SubkeyCount, 0x40000000U); }},
+    {"wild value list", NoValues,
+     [](Patient& p) { Put32(p.At(p.box), nk::ValueList, 0x7FFFFFF8U); }},
+    {"more values than listed", NoValues,
+     [](Patient& p) { Put32(p.At(p.box), nk::ValueCount, 5); }},
+    {"wild value", NoValues, [](Patient& p) { Put32(p.ValueList(), 4, 8); }},
+    {"value with a name beyond its cell", NoValues,
+     [](Patient& p) { Put16(p.At(p.big), vk::NameSize, 4000); }},
+    {"five bytes inside the value", NoValues,
+     [](Patient& p) { Put32(p.At(p.big), vk::DataSize, vk::Inline | 5); }},
+    {"data beyond the file", NoValues,
+     [](Patient& p) { Put32(p.At(p.big), vk::DataSize, 0x7FFFFFFFU); }},
+    {"data beyond its segments", NoValues,
+     [](Patient& p) { Put32(p.At(p.big), vk::DataSize, 33000); }},
+    {"wild segment", NoValues,
      [](Patient& p) {
        const CellOffset head = p.Field(p.big, vk::Data);
        Put32(p.At(p.Field(head, db::List)), 4, 0xFFFFFFF8U);
-     },
-     Ok, 3, Ok, Absent, Corrupt},
-    {"handle in the place of the value count",
+     }},
+    {"handle in the place of the value count", Whole,
      [](Patient& p) {
        Put16(p.At(p.box), nk::Flags, KeyFlagLatin1Name | KeyFlagPredefined);
        Put32(p.At(p.box), nk::ValueCount, 0x80000060U);
-     },
-     Ok, 3, Ok, Absent, Ok},
+     }},
 };
 
 TEST(HiveReader, DamageStaysInItsPlace) {
@@ -288,13 +243,13 @@ TEST(HiveReader, DamageStaysInItsPlace) {
     ASSERT_TRUE(opened.hive) << opened.error;
     const Hive& hive = *opened.hive;
     std::vector<Subkey> subkeys;
-    EXPECT_EQ(hive.Subkeys(patient.box, subkeys), row.list);
-    EXPECT_EQ(subkeys.size(), row.delivered);
+    EXPECT_EQ(hive.Subkeys(patient.box, subkeys), row.outcome.list);
+    EXPECT_EQ(subkeys.size(), row.outcome.delivered);
     CellOffset found = NoCell;
-    EXPECT_EQ(hive.Child(patient.box, u"Beta", found), row.beta);
-    EXPECT_EQ(hive.Child(patient.box, u"nope", found), row.missing);
+    EXPECT_EQ(hive.Child(patient.box, u"Beta", found), row.outcome.beta);
+    EXPECT_EQ(hive.Child(patient.box, u"nope", found), row.outcome.missing);
     std::vector<RegValue> values;
-    EXPECT_EQ(hive.Values(patient.box, values), row.values);
+    EXPECT_EQ(hive.Values(patient.box, values), row.outcome.values);
     std::size_t visited = 0;
     hive.Walk(hive.Root(), [&visited](const Subkey&, int) { ++visited; });
     EXPECT_LE(visited, 7U);
@@ -329,16 +284,13 @@ TEST(HiveReader, FindsChildrenBesideAnEmptyLeaf) {
   HiveBuilder builder({.leafEntries = 7});
   for (std::size_t i = 0; i < 70; ++i) builder.Create(builder.Root(), ChildName(i));
   Bytes image = builder.Build();
-  const auto at = [](std::uint32_t cell) { return std::size_t{4096} + cell + 4; };
-  const auto number = [&image](std::size_t offset) {
-    return image[offset] | image[offset + 1] << 8 | image[offset + 2] << 16;
+  const auto field = [&image](CellOffset cell, std::size_t at) {
+    return std::span(image).subspan(BaseBlockSize + cell + 4U + at);
   };
-  const auto root = at(static_cast<std::uint32_t>(number(36)));
-  const auto list = at(static_cast<std::uint32_t>(number(root + 28)));
-  const auto leaf = at(static_cast<std::uint32_t>(number(list + 4 + 4 * 5)));
-  image[root + 20] = static_cast<std::uint8_t>(image[root + 20] - image[leaf + 2]);
-  image[leaf + 2] = 0;
-
+  const CellOffset root = Get32(image, base::Root);
+  const CellOffset leaf = Get32(field(Get32(field(root, nk::SubkeyList), 0), 4 + 4 * 5), 0);
+  field(root, nk::SubkeyCount)[0] -= field(leaf, 2)[0];
+  field(leaf, 2)[0] = 0;
   const OpenedHive opened = Hive::FromBytes(std::move(image), "sample");
   ASSERT_TRUE(opened.hive) << opened.error;
   const Hive& hive = *opened.hive;

@@ -1,171 +1,86 @@
 #include <gtest/gtest.h>
 
+#include "formats/regf/editor.h"
 #include "formats/regf/hive_samples.h"
 
 namespace scrubwell::regf {
 namespace {
 
-struct Disk {
-  Bytes hive;
-  std::vector<Bytes> logs;
-};
+/// With the field set, and the first block's sum right again.
+Bytes With(Bytes image, std::size_t field, std::uint32_t value) {
+  Put32(image, field, value);
+  SignBase(image);
+  return image;
+}
+
+Bytes Unsigned(Bytes image, std::size_t at, std::uint32_t value) {
+  Put32(image, at, value);
+  return image;
+}
+
+/// With a field of the entry that begins there set, and the entry's sums right again.
+Bytes WithEntry(Bytes log, std::size_t entry, std::size_t field, std::uint32_t value) {
+  Put32(log, entry + field, value);
+  SignEntry(std::span(log).subspan(entry));
+  return log;
+}
+
+Bytes Flipped(Bytes log, std::size_t at) {
+  log[at] ^= 1;
+  return log;
+}
+
+Bytes Cut(Bytes log, std::size_t size) {
+  log.resize(log.size() - size);
+  return log;
+}
 
 struct LogRow {
   const char* what;
-  Disk (*disk)();
+  Bytes hive;
+  std::vector<Bytes> logs;
   std::uint32_t applied;  ///< log entries; none means stale
   std::uint32_t state;    ///< what the hive then says
 };
 
-const LogRow Rows[] = {
-    {"no log",
-     [] {
-       return Disk{DirtyPrimary(), {}};
-     },
-     0, 0},
-    {"one log",
-     [] {
-       return Disk{DirtyPrimary(), {NewLog({0, 1, 2})}};
-     },
-     3, 3},
-    {"two logs",
-     [] {
-       return Disk{DirtyPrimary(), {NewLog({0, 1}), NewLog({2})}};
-     },
-     3, 3},
-    {"second log older",
-     [] {
-       return Disk{DirtyPrimary(), {NewLog({1, 2}), NewLog({0})}};
-     },
-     3, 3},
-    {"the same entry in both",
-     [] {
-       return Disk{DirtyPrimary(), {NewLog({0, 1}), NewLog({1})}};
-     },
-     2, 2},
-    {"gap between the logs",
-     [] {
-       return Disk{DirtyPrimary(), {NewLog({0}), NewLog({2})}};
-     },
-     1, 1},
-    {"gap inside a log",
-     [] {
-       return Disk{DirtyPrimary(), {NewLog({0, 2})}};
-     },
-     1, 1},
-    {"begins after the hive",
-     [] {
-       return Disk{DirtyPrimary(), {NewLog({1, 2})}};
-     },
-     0, 0},
-    {"entries of an earlier round",
-     [] {
-       Disk disk{DirtyPrimary(), {NewLog({0, 1, 2})}};
-       Put32(disk.hive, base::Primary, First + 2);
-       Put32(disk.hive, base::Secondary, First + 1);
-       SignBase(disk.hive);
-       return disk;
-     },
-     2, 3},
-    {"last entry cut",
-     [] {
-       Disk disk{DirtyPrimary(), {NewLog({0, 1, 2})}};
-       disk.logs[0].resize(disk.logs[0].size() - SectorSize);
-       return disk;
-     },
-     2, 2},
-    {"wrong hash of the second body",
-     [] {
-       Disk disk{DirtyPrimary(), {NewLog({0, 1})}};
-       disk.logs[0].back() ^= 1;
-       return disk;
-     },
-     1, 1},
-    {"wrong hash of the first head",
-     [] {
-       Disk disk{DirtyPrimary(), {NewLog({0})}};
-       disk.logs[0][SectorSize + 8] ^= 1;
-       return disk;
-     },
-     0, 0},
-    {"page outside the bins, rightly signed",
-     [] {
-       Disk disk{DirtyPrimary(), {NewLog({0, 1})}};
-       const std::size_t second = disk.logs[0].size() - MakeEntry(1).size();
-       Put32(disk.logs[0], second + 40, 0xFFFFF000U);
-       SignEntry(std::span(disk.logs[0]).subspan(second));
-       return disk;
-     },
-     1, 1},
-    {"bins of two gigabytes, rightly signed",
-     [] {
-       Disk disk{DirtyPrimary(), {NewLog({0})}};
-       Put32(disk.logs[0], SectorSize + 16, 0x7FFFF000U);
-       SignEntry(std::span(disk.logs[0]).subspan(SectorSize));
-       return disk;
-     },
-     0, 0},
-    {"base block lost, taken from the log",
-     [] {
-       Disk disk{DirtyPrimary(), {NewLog({0, 1, 2})}};
-       Put32(disk.hive, base::Root, 0x12345678);
-       return disk;
-     },
-     3, 3},
-    {"clean hive ignores its log",
-     [] {
-       return Disk{State(0), {NewLog({0, 1, 2})}};
-     },
-     0, 0},
-    {"old log",
-     [] {
-       return Disk{DirtyPrimary(), {OldLog()}};
-     },
-     1, 3},
-    {"old log of another time",
-     [] {
-       Disk disk{DirtyPrimary(), {OldLog()}};
-       Put32(disk.logs[0], base::Time, 1);
-       SignBase(disk.logs[0]);
-       return disk;
-     },
-     0, 0},
-    {"old log with unequal sequences",
-     [] {
-       Disk disk{DirtyPrimary(), {OldLog()}};
-       Put32(disk.logs[0], base::Secondary, 1);
-       SignBase(disk.logs[0]);
-       return disk;
-     },
-     0, 0},
-    {"old log cut",
-     [] {
-       Disk disk{DirtyPrimary(), {OldLog()}};
-       disk.logs[0].resize(disk.logs[0].size() - 1);
-       return disk;
-     },
-     0, 0},
-    {"old log, base block lost",
-     [] {
-       Disk disk{DirtyPrimary(), {OldLog()}};
-       Put32(disk.hive, base::Time, 1);
-       return disk;
-     },
-     1, 3},
-};
-
 TEST(HiveLogs, AreAppliedAsFarAsTheyAreSound) {
-  for (const LogRow& row : Rows) {
+  const Bytes dirty = DirtyPrimary();
+  const Bytes two = NewLog({0, 1}), three = NewLog({0, 1, 2}), old = OldLog();
+  const std::size_t second = two.size() - MakeEntry(1).size();
+  const Bytes later = With(With(dirty, base::Primary, First + 2), base::Secondary, First + 1);
+  const LogRow rows[] = {
+      {"no log", dirty, {}, 0, 0},
+      {"one log", dirty, {three}, 3, 3},
+      {"two logs", dirty, {two, NewLog({2})}, 3, 3},
+      {"second log older", dirty, {NewLog({1, 2}), NewLog({0})}, 3, 3},
+      {"the same entry in both", dirty, {two, NewLog({1})}, 2, 2},
+      {"gap between the logs", dirty, {NewLog({0}), NewLog({2})}, 1, 1},
+      {"gap inside a log", dirty, {NewLog({0, 2})}, 1, 1},
+      {"begins after the hive", dirty, {NewLog({1, 2})}, 0, 0},
+      {"entries of an earlier round", later, {three}, 2, 3},
+      {"last entry cut", dirty, {Cut(three, SectorSize)}, 2, 2},
+      {"wrong hash of the second body", dirty, {Flipped(two, two.size() - 1)}, 1, 1},
+      {"wrong hash of the first head", dirty, {Flipped(two, SectorSize + 8)}, 0, 0},
+      {"page outside the bins", dirty, {WithEntry(two, second, 40, 0xFFFFF000U)}, 1, 1},
+      {"bins of two gigabytes", dirty, {WithEntry(two, SectorSize, 16, 0x7FFFF000U)}, 0, 0},
+      {"base block lost", Unsigned(dirty, base::Root, 0x12345678), {three}, 3, 3},
+      {"clean hive ignores its log", State(0), {three}, 0, 0},
+      {"old log", dirty, {old}, 1, 3},
+      {"old log of another time", dirty, {With(old, base::Time, 1)}, 0, 0},
+      {"old log with unequal sequences", dirty, {With(old, base::Secondary, 1)}, 0, 0},
+      {"old log cut", dirty, {Cut(old, 1)}, 0, 0},
+      {"old log, base block lost", Unsigned(dirty, base::Time, 1), {old}, 1, 3},
+  };
+  for (const LogRow& row : rows) {
     SCOPED_TRACE(row.what);
-    const Disk disk = row.disk();
-    const bool clean = Get32(disk.hive, base::Primary) == Get32(disk.hive, base::Secondary);
-    const OpenedHive opened = Hive::FromBytes(disk.hive, "hive", disk.logs);
+    const bool clean = Get32(row.hive, base::Primary) == Get32(row.hive, base::Secondary);
+    const OpenedHive opened = Hive::FromBytes(row.hive, "hive", row.logs);
     ASSERT_TRUE(opened.hive) << opened.error;
     const HiveFacts& facts = opened.hive->Facts();
     EXPECT_EQ(facts.logEntriesApplied, row.applied);
     EXPECT_EQ(facts.replayed, row.applied > 0);
     EXPECT_EQ(facts.stale, row.applied == 0 && !clean);
-    EXPECT_EQ(Dump(*opened.hive), Dump(*Hive::FromBytes(State(row.state), "wanted").hive));
+    EXPECT_EQ(DumpTree(*opened.hive), DumpTree(*Hive::FromBytes(State(row.state), "").hive));
     EXPECT_TRUE(ChecksumRight(opened.hive->Image()));
   }
 }
@@ -178,18 +93,18 @@ TEST(HiveLogs, HashIsTheSystems) {
 
 struct RealRow {
   const char* file;
-  bool replayed, stale;
-  std::size_t keys, values;  ///< 0: what hivexml counts
+  bool replayed = false, stale = false;
+  std::size_t keys = 0, values = 0;  ///< 0: what hivexml counts
 };
 
 // The dirty user hive has 2,590 keys and 4,119 values in its file alone.
-constexpr RealRow RealHives[] = {{"winxp-NTUSER.DAT", false, false, 0, 0},
-                                 {"win7-NTUSER.DAT", false, false, 0, 0},
-                                 {"win7-SYSTEM", false, false, 0, 0},
-                                 {"win81-UsrClass.dat", false, false, 0, 0},
-                                 {"winme-SOFTWARE", false, false, 0, 0},
-                                 {"100_sub_keys.hiv", false, false, 0, 0},
-                                 {"win10-UsrClass.dat", false, true, 0, 0},
+constexpr RealRow RealHives[] = {{"winxp-NTUSER.DAT"},
+                                 {"win7-NTUSER.DAT"},
+                                 {"win7-SYSTEM"},
+                                 {"win81-UsrClass.dat"},
+                                 {"winme-SOFTWARE"},
+                                 {"100_sub_keys.hiv"},
+                                 {"win10-UsrClass.dat", false, true},
                                  {"win10-dirty-NTUSER.DAT", true, false, 3105, 4695},
                                  {"corrupt_sub_key_list.hiv", false, false, 100, 99}};
 
@@ -198,15 +113,12 @@ std::size_t CountIn(const std::string& path, const char* element) {
 }
 
 TEST(HiveReader, RealHivesAreReadWhole) {
-  const char* data = std::getenv("SCRUBWELL_DATA");
-  if (data == nullptr) {
-    std::puts("SCRUBWELL_DATA is not set: no real hives are read");
-    return;
-  }
-  const bool witness = !OutputOf("command -v hivexml").empty();
-  const TempFolder folder;
-  OutputOf("cd '" + std::string(data) + "/hives' && for f in *.xz; do xz -dc $f > '" +
-           folder.Path().string() + "'/${f%.xz}; done");
+  const std::string data = test::SharedData();
+  if (data.empty()) return;
+  const bool witness = test::HasWitness("hivexml");
+  const test::TempFolder folder;
+  OutputOf("cd '" + data + "/hives' && for f in *.xz; do xz -dc $f > '" + folder.Path().string() +
+           "'/${f%.xz}; done");
   for (const RealRow& row : RealHives) {
     SCOPED_TRACE(row.file);
     const std::string path = (folder.Path() / row.file).string();

@@ -6,23 +6,7 @@
 namespace scrubwell::test {
 namespace {
 
-class Choice : public ProgramRun {
- protected:
-  [[nodiscard]] json Answer(const std::string& arguments, int status) const {
-    const Result result = Run(arguments + " --format json");
-    EXPECT_EQ(result.status, status) << arguments << ": " << result.err;
-    return result.out.empty() ? json() : json::parse(result.out);
-  }
-  [[nodiscard]] static std::string IdOf(const json& report, const std::string& plugin,
-                                        const std::string& part) {
-    for (const json& problem : report.at("problems")) {
-      const bool fits = problem.at("data").dump().find(part) != std::string::npos;
-      if (problem.at("plugin") == plugin && fits) return problem.at("id");
-    }
-    ADD_FAILURE() << plugin << ' ' << part;
-    return {};
-  }
-};
+using Choice = ProgramRun;
 
 TEST_F(Choice, ShowsWhatIsNewSinceAnEarlierReport) {
   const std::string scan = "scan --windows @/C ";
@@ -93,8 +77,9 @@ TEST_F(Choice, CleanTakesOnlyWhatIsChosen) {
     EXPECT_NE(change["problem"], "") << "nothing but what the filter lets through";
   }
   EXPECT_EQ(Answer(clean + "--all --kind Fonts:1 --exclude Sounds", 0)["problems"].size(), 2U);
-  const std::string id = IdOf(report, "Fonts", "quillsans");
-  ExpectComplaint(Run(clean + "--filter brightcore --select " + id), 2, "not part of the selection");
+  const std::string id = IdOf(report, "quillsans", "Fonts");
+  ExpectComplaint(Run(clean + "--filter brightcore --select " + id), 2,
+                  "not part of the selection");
 }
 
 // Whether an entry of the list has all these members.
@@ -152,14 +137,14 @@ TEST_F(Choice, ExplainsWithEvidence) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.plugin + ' ' + row.part);
-    const std::string id = IdOf(report, row.plugin, row.part);
+    const std::string id = IdOf(report, row.part, row.plugin);
     const json why = Answer("explain " + id + " --windows @/C --plugins " + row.plugin, 0);
     EXPECT_EQ(why["problem"]["id"], id);
     EXPECT_TRUE(why["complete"]);
     EXPECT_FALSE(why["changes"].empty());
     EXPECT_TRUE(Holds(why[row.list], row.entry)) << why[row.list].dump(1);
   }
-  const Result text = Run("explain " + IdOf(report, "Fonts", "quillsans") + " --windows @/C");
+  const Result text = Run("explain " + IdOf(report, "quillsans", "Fonts") + " --windows @/C");
   EXPECT_NE(text.out.find("absent   " + fonts), std::string::npos) << text.out;
   EXPECT_EQ(Scan(), report) << "explaining changes nothing";
   ExpectComplaint(Run("explain 000000000000 --windows @/C"), 2, "000000000000");
@@ -205,7 +190,7 @@ TEST_F(Choice, ShowsAndSearchesTheRegistry) {
 
 TEST_F(Choice, ListsAndRecoversAsJson) {
   const std::string where = " --windows @/C --backup @/backup";
-  const std::string id = IdOf(Scan(), "Fonts", "quillsans");
+  const std::string id = IdOf(Scan(), "quillsans", "Fonts");
   ASSERT_EQ(Run("ignore add " + id + where + " --plugins Fonts --reason why").status, 0);
   const json list = Answer("ignore list --windows @/C", 0);
   ASSERT_EQ(list["ignored"].size(), 1U);

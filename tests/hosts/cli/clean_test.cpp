@@ -7,7 +7,6 @@ namespace scrubwell::test {
 namespace {
 
 const std::string Where = " --windows @/C --backup @/backup ";
-const std::string Json = " --format json ";
 
 class Clean : public ProgramRun {
  protected:
@@ -27,20 +26,7 @@ class Clean : public ProgramRun {
     }
     return ids;
   }
-  // The id of a problem, by a part of its data.
-  [[nodiscard]] std::string Id(const std::string& part) const {
-    const json report = Scan();
-    for (const json& problem : report.at("problems")) {
-      if (problem.at("data").dump().find(part) != std::string::npos) return problem.at("id");
-    }
-    ADD_FAILURE() << part;
-    return {};
-  }
-  [[nodiscard]] json Report(const std::string& arguments, int status) const {
-    const Result result = Run(arguments + Json);
-    EXPECT_EQ(result.status, status) << arguments << ": " << result.err;
-    return result.out.empty() ? json() : json::parse(result.out);
-  }
+  [[nodiscard]] std::string Id(const std::string& part) const { return IdOf(Scan(), part); }
 };
 
 TEST_F(Clean, PlansCleansAndPutsBack) {
@@ -48,7 +34,7 @@ TEST_F(Clean, PlansCleansAndPutsBack) {
   const auto disk = Disk();
   const std::set<std::string> before = Found();
   const std::set<std::string> ours = Found(shared);
-  const json plan = Report("clean --all --dry-run " + shared + Where, 0);
+  const json plan = Answer("clean --all --dry-run " + shared + Where, 0);
   EXPECT_EQ(Disk(), disk);
   EXPECT_FALSE(fs::exists(folder_ / "backup"));
   EXPECT_EQ(plan["session"], "");
@@ -58,7 +44,7 @@ TEST_F(Clean, PlansCleansAndPutsBack) {
     EXPECT_TRUE(ours.contains(change["problem"]));
   }
 
-  json done = Report("clean --all --yes " + shared + Where, 0);
+  json done = Answer("clean --all --yes " + shared + Where, 0);
   EXPECT_EQ(done["changes"], plan["changes"]) << "what was planned is what was done";
   EXPECT_EQ(done["problems"], plan["problems"]);
   for (const json& problem : done["problems"]) EXPECT_EQ(problem["outcome"], "fixed");
@@ -69,21 +55,21 @@ TEST_F(Clean, PlansCleansAndPutsBack) {
   // First one problem's, then what is left.
   const std::string session = done["session"];
   const std::string one = *ours.begin();
-  EXPECT_EQ(Report("undo --backup @/backup --item " + one, 0)["changes"].size(), 1U);
+  EXPECT_EQ(Answer("undo --backup @/backup --item " + one, 0)["changes"].size(), 1U);
   EXPECT_EQ(Found(shared), std::set<std::string>{one});
-  EXPECT_EQ(Report("undo " + session + Where, 0)["changes"].size(), 5U);
+  EXPECT_EQ(Answer("undo " + session + Where, 0)["changes"].size(), 5U);
   EXPECT_EQ(Found(), before);
-  const json listed = Report("undo --list " + session + " --backup @/backup", 0);
+  const json listed = Answer("undo --list " + session + " --backup @/backup", 0);
   EXPECT_EQ(listed["session"]["undone"], 5);
   EXPECT_EQ(listed["changes"].size(), 5U);
-  EXPECT_EQ(Report("undo --list --backup @/backup", 0)["sessions"].size(), 3U);
+  EXPECT_EQ(Answer("undo --list --backup @/backup", 0)["sessions"].size(), 3U);
   EXPECT_EQ(Run("undo --export @/x.reg --backup @/backup " + session).status, 0);
   EXPECT_TRUE(Content(folder_ / "x.reg").starts_with("\xFF\xFE"));
 }
 
 TEST_F(Clean, CleansUntilNothingIsLeftAndSaysWhatIs) {
   const std::size_t found = Found().size();
-  const json once = Report("clean --all --dry-run" + Where, 1);
+  const json once = Answer("clean --all --dry-run" + Where, 1);
   EXPECT_EQ(once["rounds"], 1);
   EXPECT_EQ(once["problems"].size(), found);
   EXPECT_TRUE(once["should_research"].get<bool>());
@@ -91,7 +77,7 @@ TEST_F(Clean, CleansUntilNothingIsLeftAndSaysWhatIs) {
   for (const json& change : once["changes"]) parents |= change["emptied"].get<bool>();
   EXPECT_TRUE(parents);
 
-  const json done = Report("clean --all --yes --until-clean" + Where, 1);
+  const json done = Answer("clean --all --yes --until-clean" + Where, 1);
   EXPECT_GT(done["rounds"], 1);
   EXPECT_FALSE(done["should_research"].get<bool>());
   std::set<std::string> left;
@@ -195,7 +181,7 @@ TEST_F(Clean, IgnoresForGood) {
 }
 
 TEST_F(Clean, JournalsMustBeWholeAndFit) {
-  const json done = Report("clean --all --yes --plugins SharedFiles" + Where, 0);
+  const json done = Answer("clean --all --yes --plugins SharedFiles" + Where, 0);
   const fs::path journal = fs::path(done["backup"].get<std::string>()) / "journal.jsonl";
   const std::string whole = Content(journal);
   ASSERT_FALSE(whole.empty());

@@ -54,13 +54,30 @@ class ProgramRun : public testing::Test {
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Content(out), Content(err)};
   }
   Result Run(const std::string& arguments, const std::string& environment = "LC_ALL=C") const {
-    return Shell("env -u LC_ALL -u LC_MESSAGES -u LANG -u LANGUAGE " + environment + " " SCRUBWELL_PROGRAM " " +
-                 arguments);
+    return Shell("env -u LC_ALL -u LC_MESSAGES -u LANG -u LANGUAGE " + environment +
+                 " " SCRUBWELL_PROGRAM " " + arguments);
   }
   json Scan(const std::string& more = "") const {
     const Result result = Run("scan --windows @/C --format json " + more);
     EXPECT_LE(result.status, 1) << result.err;
     return json::parse(result.out);
+  }
+
+  /// What a command with a status of its own says as JSON.
+  [[nodiscard]] json Answer(const std::string& arguments, int status) const {
+    const Result result = Run(arguments + " --format json");
+    EXPECT_EQ(result.status, status) << arguments << ": " << result.err;
+    return result.out.empty() ? json() : json::parse(result.out);
+  }
+  /// The id of a problem, by a part of its data.
+  [[nodiscard]] static std::string IdOf(const json& report, const std::string& part,
+                                        const std::string& plugin = "") {
+    for (const json& problem : report.at("problems")) {
+      const bool fits = problem.at("data").dump().find(part) != std::string::npos;
+      if (fits && (plugin.empty() || problem.at("plugin") == plugin)) return problem.at("id");
+    }
+    ADD_FAILURE() << plugin << ' ' << part;
+    return {};
   }
 
   fs::path folder_;

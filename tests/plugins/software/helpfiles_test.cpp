@@ -1,7 +1,5 @@
-#include <gtest/gtest.h>
-
 #include "plugins/software/Rcp_helpfiles.h"
-#include "support/world.h"
+#include "plugins/system/stops.h"
 
 namespace scrubwell::test {
 namespace {
@@ -72,19 +70,10 @@ TEST(HelpFiles, FindsAndCleans) {
 
 TEST(HelpFiles, WeighsAndStops) {
   const std::string values = "\"a.hlp\"=\"C:\\\\h\"\n\"b.hlp\"=\"C:\\\\h\"\n";
-  for (int stop = 1; stop <= 9; ++stop) {
-    World world(Key(kHelp, values) + Key(kHtml, values) + Key(kHelp, values, "Wow6432Node\\") +
-                Key(kHtml, values, "Wow6432Node\\"));
-    auto& plugin = world.Create<TRCPHelpFiles>();
-    for (int twice = 0; twice < 2; ++twice) plugin.Init();
-    EXPECT_EQ(plugin.ScanWeight, 160);
-    plugin.OnScanProgress = [stop](TRCPlugin& self, std::int32_t, UnicodeView, bool) {
-      StopSearch = self.FScanItemsDone == stop;
-    };
-    plugin.Scan();
-    EXPECT_EQ(plugin.FState, stop < 8 ? rcpInited : rcpScanned) << stop;
-    EXPECT_EQ(SweepErrors->Count(), std::min(stop, 8));
-  }
+  CheckStops<TRCPHelpFiles>(Key(kHelp, values) + Key(kHtml, values) +
+                                Key(kHelp, values, "Wow6432Node\\") +
+                                Key(kHtml, values, "Wow6432Node\\"),
+                            160, 8, 8);
 }
 
 }  // namespace

@@ -1,9 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <sstream>
-
 #include "plugins/software/Rcp_sharedfiles.h"
-#include "support/world.h"
+#include "plugins/system/stops.h"
 
 namespace scrubwell::test {
 namespace {
@@ -85,27 +81,11 @@ TEST(SharedFiles, Texts) {
 }
 
 TEST(SharedFiles, WeighsAndStops) {
-  const struct {
-    int entries;
-    std::int32_t weight;
-  } rows[] = {{0, 0}, {3, 8}, {5, 14}, {10, 27}};
-  for (const auto& row : rows) {
-    std::ostringstream registry;
-    registry << kKey32;
-    for (int i = 0; i < row.entries; ++i) registry << "\"C:\\\\" << i << ".dll\"=dword:1\n";
-    World world(registry.str());
-    auto& plugin = world.Create<TRCPSharedFiles>();
-    for (int twice = 0; twice < 2; ++twice) plugin.Init();
-    EXPECT_EQ(plugin.FScanItemCount, row.entries);
-    EXPECT_EQ(plugin.ScanWeight, row.weight);
-    std::int32_t shown = 0;
-    plugin.OnScanProgress = [&](TRCPlugin&, std::int32_t, UnicodeView, bool) {
-      StopSearch = ++shown == 3;
-    };
-    plugin.Scan();
-    // The item that was announced is still checked; a stop asked for at the last one comes late.
-    EXPECT_EQ(plugin.FState, row.entries > 3 ? rcpInited : rcpScanned) << row.entries;
-    EXPECT_EQ(SweepErrors->Count(), std::min(row.entries, 3));
+  for (const auto& [entries, weight] : {std::pair{0, 0}, {3, 8}, {5, 14}, {10, 27}}) {
+    std::string registry = kKey32;
+    for (int i = 0; i < entries; ++i)
+      registry += "\"C:\\\\" + std::to_string(i) + ".dll\"=dword:1\n";
+    CheckStops<TRCPSharedFiles>(registry, weight, entries, entries);
   }
 }
 
