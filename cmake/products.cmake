@@ -48,7 +48,7 @@ add_test(NAME example COMMAND ${PYTHON3} ${tests}/examples/embed_test.py
 set_tests_properties(example PROPERTIES TIMEOUT 300)
 if(WIN32)
   add_test(NAME archive COMMAND ${PYTHON3} ${tests}/packaging/zip_test.py
-    ${CMAKE_CPACK_COMMAND} ${CMAKE_BINARY_DIR})
+    ${CMAKE_CPACK_COMMAND} ${CMAKE_BINARY_DIR} ${CMAKE_CXX_COMPILER})
   set_tests_properties(archive PROPERTIES TIMEOUT 300)
   return()
 endif()

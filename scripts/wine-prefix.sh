@@ -40,8 +40,13 @@ make_prefix() {
   # What it changed is written when the server ends.
   "$SCRUBWELL_WINE/wineserver64" -w >/dev/null 2>&1 </dev/null
   make_folders_real
-  # For tests that want one to themselves. Wine replaces its registry's files, so this one's stay.
+  # For tests that want one to themselves. Wine writes into a registry file that has several names,
+  # so this one's must be files of their own.
   cp -al "$WINEPREFIX" "$SCRUBWELL_WINE_HOME/fresh"
+  for file in "$SCRUBWELL_WINE_HOME/fresh"/*.reg; do
+    rm "$file"
+    cp -p "$WINEPREFIX/${file##*/}" "$file"
+  done
   : >"$ready"
 }
 

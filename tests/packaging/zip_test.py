@@ -1,6 +1,6 @@
 """Makes the archive for Windows and looks into it.
 
-zip_test.py CPACK BUILD
+zip_test.py CPACK BUILD COMPILER
 """
 import glob
 import os
@@ -11,7 +11,7 @@ import sys
 import tempfile
 import zipfile
 
-cpack, build = sys.argv[1:]
+cpack, build, compiler = sys.argv[1:]
 faults = []
 with tempfile.TemporaryDirectory() as folder:
     run = subprocess.run([cpack, "--config", os.path.join(build, "CPackConfig.cmake"), "-B", folder],
@@ -23,6 +23,13 @@ with tempfile.TemporaryDirectory() as folder:
     top = os.path.basename(archives[0])[:-len(".zip")]
     files = {name[len(top) + 1:]: archive.read(name) for name in archive.namelist()
              if name.startswith(top + "/") and not name.endswith("/")}
+    # Who embeds the module needs nothing else.
+    archive.extractall(folder)
+    sources = sorted(name for name in files if re.fullmatch(r"examples/embed/\w+\.cpp", name))
+    run = subprocess.run([compiler, "-std=c++20", "-fsyntax-only", "-I", "include", *sources],
+                         capture_output=True, text=True, cwd=os.path.join(folder, top))
+    if run.returncode != 0 or len(sources) != 2:
+        faults.append(f"the example {sources} does not compile:\n{run.stderr}")
 if len(files) != sum(not name.endswith("/") for name in archive.namelist()):
     faults.append(f"files beside {top}")
 programs = {name for name in files if re.search(r"\.(exe|dll)$", name)}

@@ -57,26 +57,19 @@ bool WriteStream(const UnicodeString& path, const Bytes& data) {
          written == data.size();
 }
 
-// Since Vista; before that nothing tells of the streams.
+// Since Vista.
 using FindFirst = HANDLE WINAPI(LPCWSTR, STREAM_INFO_LEVELS, LPVOID, DWORD);
 using FindNext = BOOL WINAPI(HANDLE, LPVOID);
 
-Status SaveStreams(const UnicodeString& path, FileAttributes& out) {
-  static auto* const first = SystemFunction<FindFirst>(L"kernel32", "FindFirstStreamW");
-  static auto* const next = SystemFunction<FindNext>(L"kernel32", "FindNextStreamW");
-  if (first == nullptr || next == nullptr) return Status::Ok;
-  WIN32_FIND_STREAM_DATA data{};
-  const HANDLE found = first(Wide(path), FindStreamInfoStandard, &data, 0);
-  if (found == INVALID_HANDLE_VALUE) return Status::Ok;  // a file system without them
-  const Owned<HANDLE, &FindClose> search(found);
-  do {
-    const UnicodeString name = FromWide(data.cStreamName);
-    if (name == u"::$DATA" || name.empty()) continue;
-    if (data.StreamSize.QuadPart > kLongestStream) return Status::Denied;
-    Bytes& bytes = out.extended[std::string(kStream) + ToUtf8(name)];
-    if (!ReadStream(path + name, data.StreamSize.QuadPart, bytes)) return Status::Denied;
-  } while (next(search.Get(), &data) != FALSE);
-  return GetLastError() == ERROR_HANDLE_EOF ? Status::Ok : Status::Denied;
+Status SaveStreams(const UnicodeString& path, StreamFinder* find, FileAttributes& out) {
+  std::vector<FurtherStream> streams;
+  if (const Status status = find(path, streams); status != Status::Ok) return status;
+  for (const FurtherStream& stream : streams) {
+    Bytes& bytes = out.extended[std::string(kStream) + ToUtf8(stream.name)];
+    if (stream.size > kLongestStream || !ReadStream(path + stream.name, stream.size, bytes))
+      return Status::Denied;
+  }
+  return Status::Ok;
 }
 
 Bytes SecurityOf(const UnicodeString& path) {
@@ -129,7 +122,28 @@ UnicodeString LongPath(UnicodeView path) {
   return whole;
 }
 
-Status SaveMarks(UnicodeView path, FileAttributes& out) {
+Status FindStreams(const UnicodeString& path, std::vector<FurtherStream>& out) {
+  static auto* const first = SystemFunction<FindFirst>(L"kernel32", "FindFirstStreamW");
+  static auto* const next = SystemFunction<FindNext>(L"kernel32", "FindNextStreamW");
+  if (first == nullptr || next == nullptr) return Status::Denied;
+  WIN32_FIND_STREAM_DATA data{};
+  const HANDLE found = first(Wide(path), FindStreamInfoStandard, &data, 0);
+  if (found == INVALID_HANDLE_VALUE) {
+    // Without any, as folders are, or on a file system that has none.
+    const DWORD error = GetLastError();
+    return error == ERROR_HANDLE_EOF || error == ERROR_INVALID_PARAMETER ? Status::Ok
+                                                                         : Status::Denied;
+  }
+  const Owned<HANDLE, &FindClose> search(found);
+  do {
+    UnicodeString name = FromWide(data.cStreamName);
+    if (name != u"::$DATA" && !name.empty())
+      out.push_back({std::move(name), data.StreamSize.QuadPart});
+  } while (next(search.Get(), &data) != FALSE);
+  return GetLastError() == ERROR_HANDLE_EOF ? Status::Ok : Status::Denied;
+}
+
+Status SaveMarks(UnicodeView path, FileAttributes& out, StreamFinder* find) {
   const RedirectionScope scope(FsView::Physical);
   const UnicodeString full = Literal(path);
   WIN32_FILE_ATTRIBUTE_DATA data;
@@ -141,7 +155,7 @@ Status SaveMarks(UnicodeView path, FileAttributes& out) {
       AsBytes(Times{data.ftCreationTime, data.ftLastAccessTime, data.ftLastWriteTime});
   Bytes security = SecurityOf(full);
   if (!security.empty()) out.extended[kSecurity] = std::move(security);
-  return SaveStreams(full, out);
+  return SaveStreams(full, find, out);
 }
 
 Status RestoreMarks(UnicodeView path, const FileAttributes& marks) {

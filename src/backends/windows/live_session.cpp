@@ -1,6 +1,7 @@
 #include "backends/windows/live_session.h"
 
 #include <filesystem>
+#include <set>
 
 #include "backends/common/local_file.h"
 #include "backends/windows/live_parts.h"
@@ -135,27 +136,47 @@ LiveOpenResult OpenLiveSession(const CleanOptions& options, windows::ComFactorie
           {}};
 }
 
-RecoverResult RecoverLive() {
+namespace {
+
+// The folders of sessions that nobody has ended, the oldest first. False when there is no such
+// folder at all.
+bool LeftOpen(const std::string& backupFolder, std::set<std::string>& out) {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(LocalPath(backupFolder), error)) {
+    std::string folder = backupFolder + "/" + NameOf(entry.path());
+    if (!IsLocalFile(folder + std::string(kJournalFile))) continue;
+    if (!IsLocalFile(folder + std::string(kCarriedOutFile))) out.insert(std::move(folder));
+  }
+  return !error;
+}
+
+}  // namespace
+
+RecoverResult RecoverLive(const std::string& backupFolder) {
   RecoverResult result;
   windows::LiveLock lock;
-  if (!lock.Take()) {
-    result.failure = CleanFailure::Refused;
-    result.error = "another Scrubwell is at work on this system";
+  const auto fail = [&result](CleanFailure failure, std::string error) {
+    result.failure = failure;
+    result.error = std::move(error);
     return result;
-  }
-  for (const SessionInfo& info : ListSessions({})) {
-    const Journal journal = LoadJournal(info.folder);
-    const bool isLeftOpen =
-        !journal.closed || !IsLocalFile(info.folder + std::string(kCarriedOutFile));
-    if (!journal.live || !info.error.empty() || !isLeftOpen) continue;
-    result.error = windows::CloseLeftOpen(journal);
-    if (!result.error.empty()) {
-      result.failure = CleanFailure::NotWritten;
-      return result;
+  };
+  if (!lock.Take())
+    return fail(CleanFailure::Refused, "another Scrubwell is at work on this system");
+  std::set<std::string> folders;
+  if (!LeftOpen(backupFolder.empty() ? DefaultBackupFolder() : backupFolder, folders) &&
+      !backupFolder.empty())
+    return fail(CleanFailure::WrongUse, backupFolder + ": there is no such folder of backups");
+  for (const std::string& folder : folders) {
+    const Journal journal = LoadJournal(folder);
+    if (!journal.info.error.empty()) {
+      result.notes.push_back(journal.info.error);
+    } else if (journal.live) {
+      std::string why = windows::CloseLeftOpen(journal);
+      if (!why.empty()) return fail(CleanFailure::NotWritten, std::move(why));
+      result.outcome = RecoverResult::Outcome::Completed;
+      result.notes.push_back(journal.info.name +
+                             ": was interrupted; what it had changed by then can be put back");
     }
-    result.outcome = RecoverResult::Outcome::Completed;
-    result.notes.push_back(info.name +
-                           ": was interrupted; what it had changed by then can be put back");
   }
   return result;
 }

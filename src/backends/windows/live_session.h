@@ -28,8 +28,8 @@ LiveOpenResult OpenLiveSession(const CleanOptions& options, windows::ComFactorie
 UndoResult UndoLive(const UndoOptions& options);
 UndoResult UndoLive(const UndoOptions& options, windows::ComFactories factories);
 
-/// Closes the journals in the default backup folder that an interrupted clean or undo has left
-/// open; nothing in the system changes.
-RecoverResult RecoverLive();
+/// Closes the journals in a backup folder (empty: the default one) that an interrupted clean or
+/// undo has left open; nothing in the system changes.
+RecoverResult RecoverLive(const std::string& backupFolder);
 
 }  // namespace scrubwell

@@ -122,12 +122,11 @@ Status WindowsFiles::Look(UnicodeView path, FsView view, FileInfo& out,
   const DWORD error = GetLastError();
   const Status status = AfterError(path, error);
   if (status == Status::Denied && FindEntry(full, out, size)) return Status::Ok;
-  // Devices can't be asked so, but are there in every folder, and hold nothing.
+  // Devices have no size to ask for, but are there in every folder.
   const bool isDevice = StatusOfError(error) == Status::Unknown &&
                         GetFileAttributesW(Wide(full)) != INVALID_FILE_ATTRIBUTES;
   if (!isDevice) return status;
   out = {};
-  size = 0;
   return Status::Ok;
 }
 

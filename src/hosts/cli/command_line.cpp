@@ -245,6 +245,7 @@ CLI::App* AddUndo(CLI::App& app, RawOptions& raw) {
 CLI::App* AddRecover(CLI::App& app, RawOptions& raw) {
   CLI::App* recover = AddCommand(app, raw, "recover", texts::RecoverCommand);
   AddTarget(*recover, raw, Folder::Required, texts::WindowsOption);
+  if (TargetIsRunningSystem()) AddBackup(*recover, raw);
   AddFormat(*recover, raw);
   return recover;
 }
@@ -409,8 +410,8 @@ ParsedCommand UndoFrom(const RawOptions& raw, ScanOptions options) {
   return {std::move(undo), {}};
 }
 
-ParsedCommand RecoverFrom(const RawOptions&, ScanOptions options) {
-  return {RecoverCommand{std::move(options.target), options.format}, {}};
+ParsedCommand RecoverFrom(const RawOptions& raw, ScanOptions options) {
+  return {RecoverCommand{std::move(options.target), raw.backup, options.format}, {}};
 }
 
 ParsedCommand IgnoreFrom(const RawOptions& raw, ScanOptions options) {

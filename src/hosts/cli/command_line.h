@@ -75,6 +75,7 @@ struct UndoCommand {
 /// Finish or take back what was interrupted.
 struct RecoverCommand {
   TargetOptions target;
+  std::string backup;  ///< of the running system; empty: the default folder
   ReportFormat format = ReportFormat::Text;
 };
 

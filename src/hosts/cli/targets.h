@@ -26,7 +26,8 @@ OpenedTarget OpenTarget(const TargetOptions& options);
 OpenedSession OpenSession(const CleanOptions& options);
 /// Puts back what a session changed.
 UndoResult UndoSession(const UndoOptions& options);
-/// Settles what an earlier clean or undo left half way.
-RecoverResult RecoverTarget(const TargetOptions& options);
+/// Settles what an earlier clean or undo left half way. Of the running system that is known by its
+/// sessions in the backup folder (empty: the default one); a switched-off one bears a mark itself.
+RecoverResult RecoverTarget(const TargetOptions& options, const std::string& backupFolder);
 
 }  // namespace scrubwell::hosts

@@ -21,7 +21,7 @@ UndoResult UndoSession(const UndoOptions& options) {
   return Undo(options);
 }
 
-RecoverResult RecoverTarget(const TargetOptions& options) {
+RecoverResult RecoverTarget(const TargetOptions& options, const std::string&) {
   return Recover(options);
 }
 

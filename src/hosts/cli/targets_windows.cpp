@@ -20,8 +20,8 @@ UndoResult UndoSession(const UndoOptions& options) {
   return UndoLive(options);
 }
 
-RecoverResult RecoverTarget(const TargetOptions&) {
-  return RecoverLive();
+RecoverResult RecoverTarget(const TargetOptions&, const std::string& backupFolder) {
+  return RecoverLive(backupFolder);
 }
 
 }  // namespace scrubwell::hosts

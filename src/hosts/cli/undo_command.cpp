@@ -93,7 +93,7 @@ int Run(const UndoCommand& command) {
 
 int Run(const RecoverCommand& command) {
   const UnstoppableSection section;
-  const RecoverResult result = RecoverTarget(command.target);
+  const RecoverResult result = RecoverTarget(command.target, command.backup);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
   return Print(command.format == ReportFormat::Json ? RecoverJson(result) : RecoverText(result));
 }

@@ -46,29 +46,10 @@ class LiveFiles : public testing::Test {
 
 TEST_F(LiveFiles, Reads) {
   const AskRow rows[] = {
-      {"stat disk C:\\Windows\\System32\\scrubboth.dll", "file 1"},
-      {"stat 32 C:\\Windows\\System32\\scrubboth.dll", "file 7"},
-      {"stat 32 C:\\windows\\SYSTEM32\\scrub64.dll", "Absent"},
-      {"stat disk C:\\windows\\SYSTEM32\\scrub64.dll", "file 1"},
-      {"stat disk C:\\Windows\\System32\\scrub32.dll", "Absent"},
-      {"stat 32 C:\\Windows\\System32\\scrub32.dll", "file 1"},
-      {"read disk c:\\scrubwell-TEST\\data\\readme.txt", "hello"},
-      {"stat disk C:/scrubwell-test/.\\x\\..\\data\\readme.txt", "file 5"},
-      {"stat disk C:\\scrubwell-test\\Data\\", "folder"},
-      {"list disk C:\\scrubwell-test\\Data", "Readme.TXT"},
-      {"list disk C:\\scrubwell-test\\Empty", ""},
-      {"list disk C:\\scrubwell-test\\None", "Absent"},
       {"list disk C:\\scrubwell-test\\Data\\Readme.txt", "Absent"},
-      {"stat disk C:\\scrubwell-test\\None\\Below", "Absent"},
       {"stat 32 C:/Windows/System32/scrub64.dll", "Absent"},
-      {"stat 32 C:\\Windows\\Sysnative\\scrub64.dll", "file 1"},
       {"stat 32 C:\\Windows\\System32\\drivers\\etc", "folder"},
-      {"stat disk C:\\scrubwell-test\\READM~9.TXT", "Unknown"},
-      {"stat disk Q:\\x", "Unknown"},
-      {"stat disk \\\\server\\share\\x", "Unknown"},
       {"stat disk relative.txt", "Unknown"},
-      {"drive disk C", "1"},
-      {"drive disk Q", "0"},
   };
   CheckRows(files_, rows);
   const std::u16string deep = u"C:\\scrubwell-test\\" + std::u16string(250, u'x') + u"\\y";

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "backends/common/journal.h"
+#include "backends/windows/live_marks.h"
 #include "hosts/driver/clean_driver.h"
 #include "own_com.h"
 #include "plugins/package.h"
@@ -22,6 +23,7 @@ namespace scrubwell::test {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 using windows::ComPtr;
 
 const std::string kFolder = "C:/scrubwell-test/live";
@@ -237,7 +239,8 @@ class LiveClean : public testing::Test {
           "set own HKCU\\Software\\ScrubLive\\Target > t=1"})
       ASSERT_EQ(Ask(backend_.Platform().registry, line), "Ok") << line;
     MakeGuardedKey();
-    MakeLink();
+    MakeLink(HKEY_CURRENT_USER, L"Software\\ScrubLive\\Link",
+             L"\\REGISTRY\\USER\\"s + windows::Wide(Sid()) + L"\\Software\\ScrubLive\\Target");
     Store(kFolder + "/Old/gone.lnk", "link");
     Store(kFolder + "/kept.txt", "kept");
     Store(kFolder + "/x.ini", "; kept\r\n[One]\r\nTwo=2\r\nThree=3\r\n");
@@ -283,26 +286,12 @@ class LiveClean : public testing::Test {
     LocalFree(descriptor);
   }
 
-  static void MakeLink() {
-    HKEY key = nullptr;
-    wchar_t target[256];
-    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\ScrubLive\\Link", 0, nullptr,
-                              REG_OPTION_CREATE_LINK, KEY_ALL_ACCESS | KEY_CREATE_LINK, nullptr,
-                              &key, nullptr),
-              ERROR_SUCCESS);
-    const int length = wsprintfW(target, L"\\REGISTRY\\USER\\%s\\Software\\ScrubLive\\Target",
-                                 windows::Wide(Sid()));
-    RegSetValueExW(key, L"SymbolicLinkValue", 0, REG_LINK, reinterpret_cast<BYTE*>(target),
-                   static_cast<DWORD>(length) * 2);
-    RegCloseKey(key);
-  }
-
   static UnicodeString Sid() { return WindowsBackend(WindowsOptions{}).Target().userSid; }
 
   // The system's own history has no answers here, so the cache index is asked.
   windows::ComFactories Objects() {
     windows::ComFactories factories = OwnObjects(firewall_, urls_);
-    if (urls_.empty()) factories.urlHistory = windows::SystemUrlHistory();
+    if (!hasOwnHistory_) factories.urlHistory = windows::SystemUrlHistory();
     return factories;
   }
   LiveOpenResult Open(bool dryRun = false) {
@@ -363,6 +352,7 @@ class LiveClean : public testing::Test {
   WindowsBackend backend_{MayChange()};
   FirewallState firewall_;
   UrlList urls_;
+  bool hasOwnHistory_ = false;
 };
 
 TEST_F(LiveClean, NothingChangesBeforeTheCommitAndUndoPutsAllBack) {
@@ -411,6 +401,7 @@ TEST_F(LiveClean, LeavesWhatHasChangedSinceThePlan) {
   const LiveOpenResult opened = Open();
   ASSERT_NE(opened.session, nullptr) << opened.error;
   EXPECT_EQ(Open().failure, CleanFailure::Refused);
+  EXPECT_EQ(RecoverLive(kBackups).failure, CleanFailure::Refused);
   ChangeAll(*opened.session);
   for (const char* line :
        {"set 32 HKLM\\SOFTWARE\\Classes\\CLSID\\{5C2B0002-L}\\InprocServer32 > =C:\\new.dll",
@@ -451,6 +442,64 @@ TEST_F(LiveClean, UndoLeavesWhatIsTaken) {
   EXPECT_EQ(Read(kFolder + "/x.ini"), "new");
 }
 
+// Addresses that the system's index doesn't have, but its history.
+TEST_F(LiveClean, AddressesComeBackWithTheirTitles) {
+  hasOwnHistory_ = true;
+  urls_ = {{L"file:///C:/scrubgone/own.txt", L"A \u00e9"}, {L"http://other/", L""}};
+  const UrlList before = urls_;
+  LiveOpenResult opened = Open();
+  ASSERT_NE(opened.session, nullptr) << opened.error;
+  IBrowserHistory& browser = opened.session->Backend().Platform().browser;
+  EXPECT_EQ(browser.RemoveUrl(u"file:///C:/scrubgone/own.txt"), Status::Ok);
+  EXPECT_EQ(browser.RemoveUrl(u"file:///C:/scrubgone/own.txt"), Status::Absent);
+  EXPECT_EQ(urls_, before);
+  ASSERT_EQ(opened.session->Commit().failure, CleanFailure::None);
+  opened.session.reset();
+  EXPECT_EQ(urls_.size(), 1U);
+  for (const UndoOutcome outcome : {UndoOutcome::Restored, UndoOutcome::AlreadyThere}) {
+    const UndoResult undone = Undo();
+    ASSERT_EQ(undone.items.size(), 1U) << undone.error;
+    EXPECT_EQ(undone.items[0].outcome, outcome);
+    EXPECT_EQ(urls_, before);
+  }
+  urls_.begin()->second = L"new";
+  EXPECT_EQ(Undo().items.at(0).outcome, UndoOutcome::Taken);
+}
+
+Status FindOne(std::vector<windows::FurtherStream>& out, UnicodeView name, std::int64_t size) {
+  out.push_back({UnicodeString(name), size});
+  return Status::Ok;
+}
+
+// A file that holds more than its content goes only when all of that can come back.
+TEST_F(LiveClean, FurtherStreamsAreKeptOrTheFileStays) {
+  using Streams = std::vector<windows::FurtherStream>;
+  const UnicodeString path = u"C:\\scrubwell-test\\live\\kept.txt";
+  const std::string stream = kFolder + "/kept.txt:s:$DATA";
+  Store(stream, "abc");
+  const struct {
+    windows::StreamFinder* find;
+    Status status;
+  } rows[] = {
+      {[](const UnicodeString&, Streams& out) { return FindOne(out, u":s:$DATA", 4); },
+       Status::Denied},  // there is less of it
+      {[](const UnicodeString&, Streams& out) { return FindOne(out, u":s:$DATA", 1 << 21); },
+       Status::Denied},
+      {[](const UnicodeString&, Streams& out) { return FindOne(out, u":none:$DATA", 1); },
+       Status::Denied},
+      {[](const UnicodeString&, Streams&) { return Status::Denied; }, Status::Denied},
+      {[](const UnicodeString&, Streams& out) { return FindOne(out, u":s:$DATA", 3); }, Status::Ok},
+  };
+  FileAttributes marks;
+  for (const auto& row : rows)
+    EXPECT_EQ(windows::SaveMarks(path, marks = {}, row.find), row.status);
+  fs::remove(stream);
+  marks.extended["stream:\\..\\evil.txt"] = {1};  // no name of a stream
+  EXPECT_EQ(windows::RestoreMarks(path, marks), Status::Ok);
+  EXPECT_EQ(Read(stream), "abc");
+  EXPECT_FALSE(fs::exists(kFolder + "/evil.txt"));
+}
+
 // However much of the journal a crash has left, what it tells of can be put back.
 TEST_F(LiveClean, CutJournalsAreStillOfUse) {
   const std::string before = World();
@@ -466,6 +515,7 @@ TEST_F(LiveClean, CutJournalsAreStillOfUse) {
     std::string text;
     std::size_t items;  ///< 0: refused
   } rows[] = {{changed, 0},
+              {whole, 15},
               {whole.substr(whole.find('\n') + 1), 0},
               {whole + "{", 0},
               {unclosed.substr(0, lastEntry), 14},
@@ -473,12 +523,21 @@ TEST_F(LiveClean, CutJournalsAreStillOfUse) {
               {unclosed, 15}};
   for (const auto& row : rows) {
     Store(file, row.text);
-    const SessionContent content = ReadSession(kBackups, cleaned.session);
-    EXPECT_EQ(content.failure, row.items == 0 ? CleanFailure::Unreadable : CleanFailure::None);
-    if (row.items != 0) {
-      EXPECT_EQ(content.items.size(), row.items);
+    fs::remove(cleaned.folder + "/carried-out");
+    for (const bool isRecovered : {false, true}) {
+      const SessionContent content = ReadSession(kBackups, cleaned.session);
+      EXPECT_EQ(content.failure, row.items == 0 ? CleanFailure::Unreadable : CleanFailure::None);
+      if (row.items != 0) {
+        EXPECT_EQ(content.items.size(), row.items);
+      }
+      const RecoverResult result = RecoverLive(kBackups);
+      const bool isLeft = row.items != 0 && !isRecovered;
+      EXPECT_EQ(result.outcome,
+                isLeft ? RecoverResult::Outcome::Completed : RecoverResult::Outcome::NothingToDo);
+      EXPECT_EQ(result.notes.size(), isLeft || row.items == 0 ? 1U : 0U);
     }
   }
+  EXPECT_EQ(RecoverLive(kFolder + "/none").failure, CleanFailure::WrongUse);
   const UndoResult undone = Undo(cleaned.session);
   ASSERT_EQ(undone.failure, CleanFailure::None) << undone.error;
   EXPECT_EQ(World(), before);

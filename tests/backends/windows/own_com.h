@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -234,7 +235,7 @@ class FirewallManager final : public ScriptObject<INetFwMgr> {
   FirewallState& state_;
 };
 
-using UrlList = std::vector<std::wstring>;
+using UrlList = std::map<std::wstring, std::wstring>;  // to their titles
 
 inline wchar_t* TaskCopy(const std::wstring& text) {
   const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
@@ -248,9 +249,9 @@ class UrlWalk final : public Object<IEnumSTATURL> {
   explicit UrlWalk(UrlList& urls) : urls_(urls) {}
   HRESULT STDMETHODCALLTYPE Next(ULONG, STATURL* out, ULONG* count) override {
     *count = 0;
-    if (at_ == urls_.size()) return S_FALSE;
-    out->pwcsUrl = TaskCopy(urls_[at_++]);
-    out->pwcsTitle = TaskCopy(L"title");
+    if (at_ == urls_.end()) return S_FALSE;
+    out->pwcsUrl = TaskCopy(at_->first);
+    out->pwcsTitle = TaskCopy((at_++)->second);
     return *count = 1, S_OK;
   }
   HRESULT STDMETHODCALLTYPE Skip(ULONG) override { return E_NOTIMPL; }
@@ -260,21 +261,23 @@ class UrlWalk final : public Object<IEnumSTATURL> {
 
  private:
   UrlList& urls_;
-  std::size_t at_ = 0;
+  UrlList::iterator at_ = urls_.begin();
 };
 
 class UrlHistory final : public Object<IUrlHistoryStg2> {
  public:
   explicit UrlHistory(UrlList& urls) : urls_(urls) {}
-  HRESULT STDMETHODCALLTYPE AddUrl(LPCOLESTR url, LPCOLESTR, DWORD) override {
-    return urls_.emplace_back(url), S_OK;
+  HRESULT STDMETHODCALLTYPE AddUrl(LPCOLESTR url, LPCOLESTR title, DWORD) override {
+    return urls_[url] = title, S_OK;
   }
   HRESULT STDMETHODCALLTYPE DeleteUrl(LPCOLESTR url, DWORD) override {
-    return std::erase(urls_, url) > 0 ? S_OK : HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
+    return urls_.erase(url) > 0 ? S_OK : HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
   }
-  HRESULT STDMETHODCALLTYPE QueryUrl(LPCOLESTR url, DWORD, STATURL* out) override {
-    if (std::ranges::count(urls_, url) == 0) return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
+  HRESULT STDMETHODCALLTYPE QueryUrl(LPCOLESTR url, DWORD flags, STATURL* out) override {
+    const auto found = urls_.find(url);
+    if (found == urls_.end()) return HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
     out->pwcsUrl = TaskCopy(url);
+    if ((flags & STATURL_QUERYFLAG_NOTITLE) == 0) out->pwcsTitle = TaskCopy(found->second);
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE BindToObject(LPCOLESTR, REFIID, void**) override { return E_NOTIMPL; }

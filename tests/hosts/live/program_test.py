@@ -13,6 +13,7 @@ import subprocess
 import sys
 import tempfile
 import termios
+import time
 
 scrubwell, plant, sources, offline = sys.argv[1:]
 scripts = os.path.join(sources, "scripts")
@@ -57,6 +58,7 @@ class Windows:
         pid, terminal = pty.fork()
         if pid == 0:
             os.chdir(self.drive)
+            signal.signal(signal.SIGHUP, signal.SIG_IGN)
             os.execve(os.path.join(scripts, "wine-run.sh"), ["wine-run.sh", scrubwell, *arguments],
                       {**self.environment, "SCRUBWELL_WINE_CONSOLE": "1", **environment})
         # Keys go to the console as they are, but for the one that stops.
@@ -72,7 +74,12 @@ class Windows:
                 break
             shown += part
             if typed and typed_after.encode() in shown:
-                os.write(terminal, typed.encode())
+                if typed == CLOSE:
+                    os.close(terminal)
+                    break
+                for key in typed.partition(STOP):
+                    os.write(terminal, key.encode())
+                    time.sleep(1 if key == STOP else 0)  # another thread is told of it
                 typed = ""
         else:
             os.kill(pid, signal.SIGKILL)
@@ -108,6 +115,7 @@ RUNS = [
     (["scan", "--live", "Möwe"], 2, "", "Möwe: unknown argument"),
     (["scan", "--windows", "C:\\"], 2, "", "--windows: this program looks at the running Windows"),
     (["scan", "--live", "--windows", "C:\\"], 2, "", "--windows: this program looks at"),
+    (["recover", "--backup", "C:\\nowhere"], 2, "", "there is no such folder of backups"),
     (["recover", "--drive", "E=C:\\"], 2, "", "--drive: this program looks at the running Windows"),
     (["scan", "--user", "all"], 2, "", "--user: the running Windows is looked at for the user who"),
     (["scan", "--plugins", "Nope"], 2, "", "Nope: unknown category"),
@@ -167,8 +175,9 @@ def check_output(windows):
 
 SHOW = ["scan", "--plugins", "Uninstall"]
 CLEAN = ["clean", "--all", "--filter", "scrubgone", "--plugins", "Sounds,Uninstall"]
-BOLD, STOP = "\x1b[1m", "\x03"
+BOLD, STOP, CLOSE = "\x1b[1m", "\x03", "the window goes"
 # The key that stops ends no question here: Wine goes on waiting for the line, as Windows does not.
+# Whatever that line then says, it comes too late.
 # After what is typed, arguments, environment, exit status, what is shown, what is not.
 CONSOLES = [
     ("", "", SHOW, {}, 1, BOLD, "[y/N]"),
@@ -177,6 +186,8 @@ CONSOLES = [
     ("Program components", STOP, ["scan"], {}, 130, "The scan was stopped", "scrubwell: "),
     ("[y/N]", "n\r", CLEAN, {}, 1, "nothing was changed", "Fixed"),
     ("[y/N]", "möwe\r", CLEAN, {}, 1, "nothing was changed", "Fixed"),
+    ("[y/N]", STOP + "y\r", CLEAN, {}, 130, "stopped, nothing was changed", "Fixed"),
+    ("[y/N]", CLOSE, CLEAN, {}, 1, "Plan: 2 changes", "Fixed"),
     ("[j/N]", "ja\r", [*CLEAN, "--lang", "de"], {}, 0, "Behoben: ", "scrubwell: "),
 ]
 
@@ -205,6 +216,13 @@ def mark(problem):
     return problem["plugin"], found[0] if found else None
 
 
+def interrupt(session):
+    """Leaves a session as a crash after its last change does."""
+    os.remove(os.path.join(session, "carried-out"))
+    with open(os.path.join(session, "journal.jsonl"), "r+b") as journal:
+        journal.truncate(journal.read().rindex(b'{"end"'))
+
+
 def check_clean(windows):
     before = windows.scan("--filter", "scrubgone")["problems"]
     expect({mark(problem) for problem in before} == PLANTED, "found", sorted(map(mark, before)))
@@ -223,20 +241,26 @@ def check_clean(windows):
         expect(run[0] == status and out in run[1], arguments, *run)
     expect(windows.planted("show") == all_there, "changed before the clean")
 
-    run = windows.run(scrubwell, "clean", "--all", "--filter", "scrubgone", "--yes")
+    kept = ["--backup", "C:\\Kept"]
+    run = windows.run(scrubwell, "clean", "--all", "--filter", "scrubgone", "--yes", *kept)
     expect(run[0] == 0, "clean", *run)
     expect(set(windows.planted("show").values()) == {"gone"}, "after", windows.planted("show"))
     expect(not windows.scan("--filter", "scrubgone")["problems"], "found after the clean")
-    session = json.loads(windows.run(scrubwell, "undo", "--list", "--format", "json")[1])
-    expect(len(session["sessions"]) >= 1, "sessions", session)
-    run = windows.run(scrubwell, "undo")
-    expect(run[0] == 0, "undo", *run)
+    listed = windows.run(scrubwell, "undo", "--list", "--format", "json", *kept)[1]
+    expect(len(json.loads(listed)["sessions"]) == 1, "sessions", listed)
+    interrupt(os.path.join(windows.drive, "Kept", json.loads(listed)["sessions"][0]["name"]))
+    for arguments, out in [
+        (["recover"], "Nothing was interrupted."),
+        (["recover", *kept], "was interrupted; what it had changed by then can be put back"),
+        (["recover", *kept], "Nothing was interrupted."),
+        (["undo", *kept], ""),
+    ]:
+        run = windows.run(scrubwell, *arguments)
+        expect(run[0] == 0 and out in run[1], arguments, *run)
     expect(windows.planted("show") == all_there, "after undo", windows.planted("show"))
     after = windows.scan("--filter", "scrubgone")["problems"]
     expect([p["id"] for p in after] == [p["id"] for p in before], "found after undo",
            sorted(map(mark, after)))
-    run = windows.run(scrubwell, "recover")
-    expect(run[0] == 0, "recover", *run)
 
 
 # Wine's browser index has a header of its own, which no reader of Microsoft's takes, so that these
