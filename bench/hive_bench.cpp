@@ -3,10 +3,10 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <random>
 
 #include "formats/regf/hive.h"
 #include "formats/regf/hive_builder.h"
+#include "identifiers.h"
 #include "registry/Stringhelper.h"
 
 namespace {
@@ -26,43 +26,31 @@ class SoftwareHive {
   }
 
  private:
-  UnicodeString Hex(int digits) {
-    UnicodeString text;
-    for (int i = 0; i < digits; ++i) text += u"0123456789ABCDEF"[random_() % 16];
-    return text;
-  }
-  UnicodeString Guid() {
-    UnicodeString text = u"{";
-    for (const int digits : {8, 4, 4, 4, 12}) text.append(Hex(digits)).append(u"-");
-    text.back() = u'}';
-    return text;
-  }
   static UnicodeString Numbered(UnicodeView text, int number) {
     return UnicodeString(text).append(IntToStr(number));
   }
-  bool Chance(unsigned percent) { return random_() % 100 < percent; }
 
   void AddClasses(HiveBuilder::Key below, int classes, int interfaces) {
     const auto clsid = builder_.Create(below, u"CLSID");
     for (int i = 0; i < classes; ++i) {
-      const auto key = builder_.Create(clsid, Guid());
+      const auto key = builder_.Create(clsid, ids_.Guid());
       builder_.SetText(key, u"", Numbered(u"Class ", i));
       const auto server = builder_.Create(key, u"InprocServer32");
       builder_.SetText(server, u"", Numbered(u"%SystemRoot%\\System32\\comp", i).append(u".dll"));
       builder_.SetText(server, u"ThreadingModel", u"Both");
-      if (Chance(40)) {
+      if (ids_.Chance(40)) {
         builder_.SetText(builder_.Create(key, u"ProgID"), u"", u"Comp.Class.1");
         builder_.SetText(builder_.Create(key, u"VersionIndependentProgID"), u"", u"Comp.Class");
       }
-      if (Chance(30)) builder_.SetText(builder_.Create(key, u"TypeLib"), u"", Guid());
+      if (ids_.Chance(30)) builder_.SetText(builder_.Create(key, u"TypeLib"), u"", ids_.Guid());
     }
     const auto interface = builder_.Create(below, u"Interface");
     for (int i = 0; i < interfaces; ++i) {
-      const auto key = builder_.Create(interface, Guid());
+      const auto key = builder_.Create(interface, ids_.Guid());
       builder_.SetText(key, u"", Numbered(u"IInterface", i));
-      builder_.SetText(builder_.Create(key, u"ProxyStubClsid32"), u"", Guid());
-      if (Chance(50)) builder_.SetText(builder_.Create(key, u"TypeLib"), u"", Guid());
-      if (Chance(30)) builder_.SetText(builder_.Create(key, u"NumMethods"), u"", u"12");
+      builder_.SetText(builder_.Create(key, u"ProxyStubClsid32"), u"", ids_.Guid());
+      if (ids_.Chance(50)) builder_.SetText(builder_.Create(key, u"TypeLib"), u"", ids_.Guid());
+      if (ids_.Chance(30)) builder_.SetText(builder_.Create(key, u"NumMethods"), u"", u"12");
     }
   }
 
@@ -76,7 +64,7 @@ class SoftwareHive {
     }
     const auto libraries = builder_.Create(classes, u"TypeLib");
     for (int i = 0; i < 3000; ++i) {
-      const auto version = builder_.CreatePath(builder_.Create(libraries, Guid()), u"1.0");
+      const auto version = builder_.CreatePath(builder_.Create(libraries, ids_.Guid()), u"1.0");
       builder_.SetText(builder_.CreatePath(version, u"0\\win32"), u"", u"C:\\t.dll");
       builder_.SetText(builder_.Create(version, u"FLAGS"), u"", u"0");
     }
@@ -88,14 +76,15 @@ class SoftwareHive {
     const auto components =
         builder_.CreatePath(current, u"Installer\\UserData\\S-1-5-18\\Components");
     for (int i = 0; i < 20000; ++i) {
-      builder_.SetText(builder_.Create(components, Hex(32)), Hex(32), u"C:\\Program Files\\f.dll");
+      builder_.SetText(builder_.Create(components, ids_.Hex(32)), ids_.Hex(32),
+                       u"C:\\Program Files\\f.dll");
     }
     const auto shared = builder_.Create(current, u"SharedDLLs");
     for (int i = 0; i < 5000; ++i) builder_.SetNumber(shared, Numbered(u"C:\\f", i), 1);
   }
 
   HiveBuilder builder_;
-  std::mt19937 random_{42};
+  Identifiers ids_;
 };
 
 const HiveBuilder& Software() {

@@ -15,10 +15,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 
 #include "formats/regf/hive_builder.h"
+#include "identifiers.h"
 #include "registry/Stringhelper.h"
 
 namespace {
@@ -126,17 +126,6 @@ class Machine {
     ++keys_;
     return in_.software.Create(parent, name);
   }
-  UnicodeString Hex(int digits) {
-    UnicodeString text;
-    for (int i = 0; i < digits; ++i) text += u"0123456789ABCDEF"[random_() % 16];
-    return text;
-  }
-  UnicodeString Guid() {
-    UnicodeString text = u"{";
-    for (const int digits : {8, 4, 4, 4, 12}) text.append(Hex(digits)).append(u"-");
-    text.back() = u'}';
-    return text;
-  }
   static bool Share(std::size_t number, std::size_t of100) { return number * 37 % 100 < of100; }
   /// One in a hundred references leads nowhere, as on every machine in use.
   [[nodiscard]] bool Leads(std::size_t number) const { return intact_ && number % 100 != 50; }
@@ -169,7 +158,7 @@ class Machine {
   void AddTypeLibraries() {
     const Key libraries = in_.Software(u"Classes\\TypeLib");
     for (std::size_t i = 0; i < kLibraries * scale_; ++i) {
-      libraries_.push_back(Guid());
+      libraries_.push_back(ids_.Guid());
       const Key version = Add(Add(libraries, libraries_.back()), u"1.0");
       in_.software.SetText(version, u"", Numbered(u"Library ", i));
       in_.software.SetText(Add(Add(version, u"0"), u"win32"), u"",
@@ -178,7 +167,7 @@ class Machine {
     }
   }
   UnicodeString Library(std::size_t number) {
-    return Leads(number) ? libraries_[number % libraries_.size()] : Guid();
+    return Leads(number) ? libraries_[number % libraries_.size()] : ids_.Guid();
   }
 
   void AddView(const UnicodeString& place, std::size_t classes, std::size_t interfaces) {
@@ -188,9 +177,9 @@ class Machine {
     for (std::size_t i = 0; i < classes * scale_; ++i) AddClass(clsid, i);
     const Key list = in_.Software(place + u"\\Interface");
     for (std::size_t i = 0; i < interfaces * scale_; ++i) {
-      const Key key = Add(list, Guid());
+      const Key key = Add(list, ids_.Guid());
       in_.software.SetText(key, u"", Numbered(u"IInterface", i));
-      in_.software.SetText(Add(key, u"ProxyStubClsid32"), u"", Leads(i) ? marshaler : Guid());
+      in_.software.SetText(Add(key, u"ProxyStubClsid32"), u"", Leads(i) ? marshaler : ids_.Guid());
       if (Share(i, 30)) in_.software.SetText(Add(key, u"NumMethods"), u"", u"12");
       if (!Share(i + 7, 50)) continue;
       const Key library = Add(key, u"TypeLib");
@@ -200,7 +189,7 @@ class Machine {
   }
 
   void AddClass(Key clsid, std::size_t i) {
-    const UnicodeString id = Guid();
+    const UnicodeString id = ids_.Guid();
     const Key key = Add(clsid, id);
     in_.software.SetText(key, u"", Numbered(u"Class ", i));
     const Key server = Add(key, u"InprocServer32");
@@ -240,9 +229,10 @@ class Machine {
     const Key current = in_.Software(u"Microsoft\\Windows\\CurrentVersion");
     const Key uninstall = in_.software.Create(current, u"Uninstall");
     for (std::size_t i = 0; i < 600 * scale_; ++i) {
-      const Key key = Add(uninstall, Guid());
+      const Key key = Add(uninstall, ids_.Guid());
       in_.software.SetText(key, u"DisplayName", Numbered(u"Program ", i));
-      in_.software.SetText(key, u"UninstallString", u"MsiExec.exe /X" + Guid(), REGT_EXPAND_SZ);
+      in_.software.SetText(key, u"UninstallString", u"MsiExec.exe /X" + ids_.Guid(),
+                           REGT_EXPAND_SZ);
       in_.software.SetText(
           key, u"InstallLocation",
           Numbered(Leads(i) ? u"C:\\Program Files\\P" : u"C:\\Gone\\P", i % kPrograms, u"\\"));
@@ -277,7 +267,7 @@ class Machine {
     const Key components = in_.Software(
         u"Microsoft\\Windows\\CurrentVersion\\Installer\\UserData\\S-1-5-18\\Components");
     for (std::size_t i = 0; keys_ < kKeys * scale_; ++i) {
-      in_.software.SetText(Add(components, Hex(32)), Hex(32), SharedFile(i % kShared));
+      in_.software.SetText(Add(components, ids_.Hex(32)), ids_.Hex(32), SharedFile(i % kShared));
     }
     in_.keys = keys_;
   }
@@ -288,7 +278,7 @@ class Machine {
   std::size_t keys_ = 0;
   std::size_t programs_ = 0;
   std::vector<UnicodeString> libraries_;
-  std::mt19937 random_{42};
+  Identifiers ids_;
 };
 
 // ---- One kind of thing, many times ----------------------------------------------------------
