@@ -110,6 +110,8 @@ class Surveyor {
     if (out_.used.Has(key.key)) out_.keys.Add(key.key);
     CheckSecurity(key.key);
     if (!whole) return Report(key.key, "its class, lists or values can't be read");
+    if (hive_.ClassName(key.key, name_) == Status::Corrupt)
+      Report(key.key, "its class can't be read");
     CheckSubkeys(key);
     CheckValues(key.key);
   }
@@ -175,10 +177,11 @@ class Surveyor {
     const ByteView cell = cells_.Content(key);
     std::uint32_t longestName = 0;
     std::uint32_t mostData = 0;
-    hive_.ForEachValue(key, [&](const ValueFacts& value) {
+    const Status status = hive_.ForEachValue(key, [&](const ValueFacts& value) {
       longestName = std::max(longestName, NameBytes(value.name));
       mostData = std::max(mostData, value.size);
     });
+    if (status != Status::Ok) Report(key, "a value's name can't be read");
     if (longestName > Get32(cell, nk::MaxValueName) || mostData > Get32(cell, nk::MaxValueData)) {
       Report(key, "a value has a longer name or more data than is noted");
     }

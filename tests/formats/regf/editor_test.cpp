@@ -374,6 +374,8 @@ const RefusalRow Refusals[] = {
        Put16(p.At(p.beta), nk::ClassSize, 4);
      },
      "used twice", "BAkn"},
+    {"half a unit in a value's name", [](Patient& p) { p.At(p.big)[vk::Flags] = 0; },
+     "Key \\Box: a value's name can't be read", "b"},
     {"no security", [](Patient& p) { Put32(p.At(p.alpha), nk::Security, p.beta); },
      "security can't be read", "ABmS"},
 };
