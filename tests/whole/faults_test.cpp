@@ -71,6 +71,10 @@ std::string Place(const std::string& line) {
 // Whether the change is one of a sound clean, or goes on in a key that goes there as a whole.
 bool IsIn(const Cleaned& sound, const std::string& change) {
   if (sound.changes.contains(change)) return true;
+  // An entry that a firewall doesn't let go of is switched off first.
+  constexpr std::string_view off = "disable ";
+  if (change.starts_with(off) && sound.changes.contains("remove " + change.substr(off.size())))
+    return true;
   const std::size_t path = change.find("HK");
   if (!change.starts_with("delete ") || path == std::string::npos) return false;
   for (std::size_t end = change.find('\\', path); end != std::string::npos;) {

@@ -25,6 +25,29 @@ bool IsClassesPath(RootKey root, UnicodeView path, int parts, UnicodeView first)
          (first.empty() || PartIs(path, 1, first));
 }
 
+bool Lists(const TStringList& names, UnicodeView name) {
+  return std::ranges::any_of(names, [name](const auto& listed) { return SameText(listed, name); });
+}
+
+// What keeps a key with all that is in it from going is looked for by its name and in the key's
+// list: one wrong answer of the system must not cost the whole key.
+bool HasSubkey(RootKey root, UnicodeView path, std::span<const UnicodeView> anyOf,
+               TZmRegOptions opts) {
+  for (const UnicodeView name : anyOf)
+    if (KeyExist(root, UnicodeString(path).append(u"\\").append(name), opts)) return true;
+  TStringList names;
+  EnumRegKeysEx(root, path, names, opts);
+  return std::ranges::any_of(anyOf, [&](UnicodeView name) { return Lists(names, name); });
+}
+
+bool HasValue(RootKey root, UnicodeView path, UnicodeView name, TZmRegOptions opts) {
+  if (RegValueExists(root, path, name, opts)) return true;
+  TStringList names;
+  TStringList data;
+  EnumRegValuesEx(root, path, names, data, opts);
+  return Lists(names, name);
+}
+
 }  // namespace
 
 // The shape that a problem's path must have, and what becomes of its parent.
@@ -96,17 +119,16 @@ void TRCPActiveXCOM::Clean_Handler(RootKey root, UnicodeView path, TZmRegOptions
 
 void TRCPActiveXCOM::Clean_CLSID(RootKey root, UnicodeView path, TZmRegOptions opts) {
   if (!IsClassesPath(root, path, 2, u"CLSID")) return;
-  const bool used = std::ranges::any_of(kEssentialSubkeys, [&](UnicodeView subkey) {
-    return KeyExist(root, UnicodeString(path).append(u"\\").append(subkey), opts);
-  });
-  if (used || RegValueExists(root, path, u"AppId", opts)) return;
+  if (HasSubkey(root, path, kEssentialSubkeys, opts) || HasValue(root, path, u"AppId", opts))
+    return;
   ShouldReSearch = true;
   DeleteRegKeyWrapper(root, path, opts);
 }
 
 void TRCPActiveXCOM::Clean_CLSID_Shell_Verb(RootKey root, UnicodeView path, TZmRegOptions opts) {
   if (!IsClassesPath(root, path, 4, u"")) return;
-  if (KeyExist(root, UnicodeString(path).append(u"\\command"), opts)) return;
+  constexpr UnicodeView command = u"command";
+  if (HasSubkey(root, path, {&command, 1}, opts)) return;
   DeleteRegKeyWrapper(root, path, opts);
   Clean_CLSID_Shell(root, StripLastKey(path), opts);
 }
