@@ -97,7 +97,9 @@ class Bench:
     # ---- What is measured ---------------------------------------------------------------------
 
     def speed(self):
-        for kind in ("intact", "broken"):
+        # Of a machine on which nothing is there any more, making and telling 136,700 problems is the
+        # work: no target, but figures that must not grow.
+        for kind, time_limit, memory_limit in (("intact", 0.5, 3), ("broken", 2.5, 8)):
             world = self.world(kind, 1)
             config = os.path.join(world, "Windows/System32/config")
             hives = [os.path.join(config, "SOFTWARE"), os.path.join(config, "SYSTEM"),
@@ -105,9 +107,9 @@ class Bench:
             size = sum(os.path.getsize(hive) for hive in hives)
             found = self.problems(world)
             (scan, other), (peak, _) = self.warm([self.scan(world), ["hivexml", hives[0]]])
-            self.say(f"scan of {kind}, all plugins, to one hivexml of SOFTWARE", scan / other, 0.5,
+            self.say(f"scan of {kind}, all plugins, to one hivexml of SOFTWARE", scan / other, time_limit,
                      f"{scan:.2f} s to {other:.2f} s, {found['real_sweep_errors']} problems")
-            self.say(f"peak memory of it, to the size of the hives", peak / size, 3,
+            self.say(f"peak memory of it, to the size of the hives", peak / size, memory_limit,
                      f"{peak / 1e6:.0f} MB to {size / 1e6:.0f} MB")
             large = self.world(kind, 4)
             (one, four), _ = self.warm([self.scan(world), self.scan(large)])
