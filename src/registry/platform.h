@@ -54,8 +54,8 @@ class IFiles {
   /// Fixed only for a drive that is attached and known to be a local fixed one.
   virtual DriveKind Drive(char16_t letter) = 0;
   virtual Status Stat(UnicodeView path, FsView view, FileInfo& out) = 0;
-  /// A file's size in bytes, 0 of a folder. Apart from Stat, for a folder's listing may tell what is
-  /// there, while the size means a look at the file itself.
+  /// A file's size in bytes, 0 of a folder. Apart from Stat, for a folder's listing may tell what
+  /// is there, while the size means a look at the file itself.
   virtual Status Size(UnicodeView path, FsView view, std::uint64_t& out) = 0;
   /// The entries of a folder without "." and "..".
   virtual Status List(UnicodeView path, FsView view, std::vector<DirEntry>& out) = 0;
