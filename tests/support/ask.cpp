@@ -126,8 +126,8 @@ std::string Ask(IFiles& files, std::string_view query) {
   if (status != Status::Ok) return StatusName(status);
   std::uint64_t size = 0;
   if (info.isFolder) return "folder";
-  return files.Size(q.path, view, size) != Status::Ok ? "file without size"
-                                                      : "file " + std::to_string(size);
+  const Status sized = files.Size(q.path, view, size);
+  return "file " + (sized == Status::Ok ? std::to_string(size) : std::string(StatusName(sized)));
 }
 
 }  // namespace scrubwell::test

@@ -279,7 +279,8 @@ Status MemoryFiles::Size(UnicodeView path, FsView view, std::uint64_t& out) {
   Entry* entry = nullptr;
   const Status status = Find(path, view, entry);
   out = status == Status::Ok ? entry->data.size() : 0;
-  return status;
+  // A device is there, but has no size.
+  return status == Status::Absent && IsDevice(ExtractFileName(path)) ? Status::Unknown : status;
 }
 
 Status MemoryFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& out) {

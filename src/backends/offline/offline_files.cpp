@@ -148,14 +148,16 @@ Status OfflineFiles::Size(UnicodeView path, FsView view, std::uint64_t& out) {
     out = ChangeOf(target.local)->data.size();
     return target.exists ? Status::Ok : Status::Absent;
   }
+  FileInfo info;
+  const Status status = Stat(path, view, info);
+  if (status != Status::Ok || info.isFolder) return status;
   Found found;
-  const Status status = Find(path, view, found);
-  if (status != Status::Ok || found.isFolder) return status;
+  if (Find(path, view, found) != Status::Ok) return Status::Unknown;  // a device has no size
   const UniqueFd fd =
       OpenBelow(found.folder->Owner(), found.folder->RelativeOf(found.entry), O_PATH);
-  struct stat info {};
-  if (!fd.Good() || ::fstat(fd.Get(), &info) != 0) return FromErrno(errno);
-  out = static_cast<std::uint64_t>(std::max<off_t>(info.st_size, 0));
+  struct stat facts {};
+  if (!fd.Good() || ::fstat(fd.Get(), &facts) != 0) return FromErrno(errno);
+  out = static_cast<std::uint64_t>(std::max<off_t>(facts.st_size, 0));
   return Status::Ok;
 }
 

@@ -341,8 +341,7 @@ CellOffset Hive::SearchLeaf(Cursor& found, ByteView leaf, UnicodeView upper) con
     const std::size_t middle = low + (high - low) / 2;
     if (ChildKey(found.parent, entries[middle], facts) != Status::Ok) return NoCell;
     const int order = facts.name.CompareUpper(upper);
-    found.entry = middle + 1;
-    if (order == 0) return entries[middle];
+    if (order == 0) return found.entry = middle + 1, entries[middle];
     (order < 0 ? low : high) = order < 0 ? middle + 1 : middle;
   }
   return NoCell;
@@ -386,8 +385,7 @@ CellOffset Hive::Search(Cursor& found, ByteView list, UnicodeView upper) const {
     const ListEntries leaf(cells_.Leaf(leaves[middle]));
     if (leaf.Count() == 0 || ChildKey(found.parent, leaf[0], facts) != Status::Ok) return NoCell;
     const int order = facts.name.CompareUpper(upper);
-    found = {found.parent, middle, 1};
-    if (order == 0) return leaf[0];
+    if (order == 0) return found = {found.parent, middle, 1}, leaf[0];
     (order < 0 ? low : high) = order < 0 ? middle + 1 : middle;
   }
   if (low == 0) return NoCell;

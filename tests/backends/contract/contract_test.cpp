@@ -139,7 +139,7 @@ const Row kFileRows[] = {
     {"stat disk C:\\Data\\READM~9.TXT", "Unknown"},
     {"stat disk Q:\\x", "Unknown"},
     {"stat disk \\\\server\\share\\x", "Unknown"},
-    {"stat disk C:\\Data\\NUL", "file without size"},
+    {"stat disk C:\\Data\\NUL", "file Unknown"},
     {"drive disk C", "1"},
     {"drive disk Q", "0"},
 };
