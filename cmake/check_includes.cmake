@@ -17,8 +17,9 @@ set(allowed_backends/common      registry/ formats/)
 set(allowed_backends/memory      registry/ formats/ backends/common/)
 set(allowed_backends/offline     registry/ formats/ backends/common/)
 set(allowed_backends/windows     registry/ formats/ backends/common/)
-set(allowed_hosts/driver         plugins/ framework/ registry/ texts/)
-set(allowed_hosts/report         hosts/driver/ backends/common/ plugins/ framework/ registry/ texts/)
+set(allowed_hosts/driver         plugins/ framework/ registry/ texts/ formats/sha256/)
+set(allowed_hosts/report         hosts/driver/ backends/common/ plugins/ framework/ registry/ texts/
+                                 formats/sha256/)
 set(allowed_hosts/cli            hosts/report/ hosts/driver/ backends/ plugins/ framework/ registry/
                                  texts/)
 set(boxes texts registry framework plugins formats backends/common backends/memory

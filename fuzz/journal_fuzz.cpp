@@ -1,5 +1,6 @@
 // What a session keeps. The input is one letter that says which file it is, then the lines of that
 // file without their sums, which are put in here, so that mutations get past them.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -34,15 +35,12 @@ const std::string& Place() {
 
 std::string Sign(std::string_view text) {
   std::string out;
-  std::uint64_t chain = 0;
+  Sha256Digest chain{};
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     const std::string_view body = text.substr(0, end);
-    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(body.data());
-    chain = ContentHash({bytes, body.size()}, 0xCBF29CE484222325U ^ chain);
-    char sum[17];
-    std::snprintf(sum, sizeof sum, "%016llx", static_cast<unsigned long long>(chain));
-    out.append(body).append(",\"sum\":\"").append(sum).append("\"}\n");
+    chain = Sha256().Add(chain).Add(body).Finish();
+    out.append(body).append(",\"sum\":\"").append(ToHex(chain)).append("\"}\n");
     text.remove_prefix(std::min(end + 1, text.size()));
   }
   return out;
@@ -89,8 +87,8 @@ void ReadJournal() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   if (size == 0) return 0;
   const std::string_view text(reinterpret_cast<const char*>(bytes) + 1, size - 1);
-  std::vector<JsonValue> lines;
-  (void)ReadJsonLines(text, lines);
+  JsonLines lines(text);
+  for (JsonValue line; lines.Next(line);) continue;
   const std::string session = Place() + "/s";
   switch (bytes[0]) {
     case 'j':
@@ -103,18 +101,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
       std::filesystem::remove(session + std::string(kUndoneFile));
       break;
     case 'r': {
-      Store(session + std::string(kPendingName), Sign(text));
       static DriveTree drives;
       static std::string error;
       static const bool added = drives.Add(u'C', Place(), DriveKind::Fixed, error);
-      Require(added);
-      const PendingCommit pending = FindPending(session, drives);
-      if (pending.state != PendingCommit::State::Committed) break;
-      // A record on somebody's disk must not lead to files that lie elsewhere.
-      for (const CommitStep& step : pending.plan.steps) {
-        Require(step.letter == 0 ? step.local.ends_with(kUndoneFile)
-                                 : step.local.starts_with(Place() + "/"));
-        Require(("/" + step.local + "/").find("/../") == std::string::npos);
+      static DiskRoot backups;
+      static const bool opened = OpenRoot(Place(), backups) == 0;
+      Require(added && opened);
+      CommitPlan plan;
+      plan.session = DiskPlace(backups, "s");
+      if (!ParseRecord(Sign(text), drives, backups, plan, error)) break;
+      // Whatever it names, opening it stays below the roots.
+      for (const CommitStep& step : plan.steps) {
+        const UniqueFd fd = step.place.Open(O_PATH);
+        const std::string link = "/proc/self/fd/" + std::to_string(fd.Get());
+        Require(!fd.Good() ||
+                (std::filesystem::read_symlink(link).string() + "/").starts_with(Place() + "/"));
+        Require((step.attributes.mode & ~0777U) == 0);
       }
       break;
     }

@@ -152,7 +152,7 @@ Seeds Templates(std::string_view) {
 
 Seeds Journals(std::string_view) {
   return Texts(
-      {"j{\"journal\":1,\"time\":\"t\",\"target\":\"/x\",\"product\":\"W\",\"undoes\":\"\","
+      {"j{\"journal\":2,\"time\":\"t\",\"target\":\"/x\",\"product\":\"W\",\"undoes\":\"\","
        "\"identity\":\"i\"\n"
        "{\"problem\":0,\"id\":\"a\",\"plugin\":\"P\",\"kind\":1,\"caption\":\"c\",\"fixed\":1\n"
        "{\"item\":\"1\",\"action\":0,\"of\":0,\"place\":\"HKLM\\u005cSOFTWARE\\u005ca\","
@@ -165,14 +165,15 @@ Seeds Journals(std::string_view) {
        "\"bytes\":0,\"hive\":\"H\",\"path\":\"B\",\"tree\":[],\"before\":[{\"value\":\"n\","
        "\"type\":4,\"data\":\"01000000\"}],\"after\":[{\"value\":\"n\",\"type\":1,\"data\":\"\"}]\n"
        "{\"item\":\"3\",\"action\":5,\"place\":\"C:\\u005cx\",\"name\":\"\",\"subkeys\":0,"
-       "\"values\":0,\"bytes\":3,\"existed\":1,\"hashBefore\":7,\"hashAfter\":0,\"mode\":420,"
+       "\"values\":0,\"bytes\":3,\"existed\":1,\"digestBefore\":\"7\",\"hashAfter\":0,\"mode\":420,"
        "\"owner\":0,\"group\":0,\"seconds\":1,\"nanoseconds\":2,\"extended\":[{\"name\":\"e\","
        "\"data\":\"ff\"}]\n"
        "{\"end\":3\n",
-       "r{\"record\":1,\"session\":\"/b/s\"\n"
-       "{\"step\":1,\"drive\":67,\"path\":\"Windows/x\",\"existed\":1,\"before\":5,\"after\":6\n"
-       "{\"step\":2,\"drive\":0,\"path\":\"/b/t/undone.jsonl\",\"existed\":0,\"before\":0,"
-       "\"after\":1\n"
+       "r{\"record\":2,\"session\":\"/b/s\"\n"
+       "{\"step\":1,\"drive\":67,\"path\":\"Windows/x\",\"existed\":1,\"before\":\"5\","
+       "\"after\":\"6\"\n"
+       "{\"step\":0,\"drive\":0,\"path\":\"t/undone.jsonl\",\"existed\":0,\"before\":\"\","
+       "\"after\":\"1\",\"mode\":1,\"extended\":[{\"name\":\"user.x\",\"data\":\"00\"}]\n"
        "{\"end\":2\n",
        "u{\"undone\":\"1\"\n{\"undone\":\"3\"\n"});
 }

@@ -3,13 +3,17 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "backends/common/json_line.h"
+#include "backends/common/content_digest.h"
 #include "backends/common/local_file.h"
 
 namespace scrubwell {
 namespace {
 
-constexpr std::int64_t kFormat = 1;
+// The first format had weaker checksums and told less of what went; it is still read.
+constexpr std::int64_t kFirstFormat = 1;
+constexpr std::int64_t kFormat = 2;
+// The system's own limit of how deep keys lie.
+constexpr std::uint32_t kMostLevels = 512;
 
 void PutValue(JsonLine& line, const RegValue& value) {
   line.Text("value", value.name).Number("type", value.type).Data("data", value.data);
@@ -45,7 +49,8 @@ bool TakeTree(const JsonValue& json, std::vector<KeyImage>& out) {
     key.level = static_cast<std::uint32_t>(item.Count("level"));
     // A key hangs below the one before it or below one of that one's parents.
     const bool fits = out.size() == 1 ? key.level == 0
-                                      : key.level > 0 && key.level <= out[out.size() - 2].level + 1;
+                                      : key.level > 0 && key.level <= kMostLevels &&
+                                            key.level <= out[out.size() - 2].level + 1;
     key.name = item["name"].text;
     key.className = item["class"].text;
     key.time = item.Count("time");
@@ -59,36 +64,23 @@ bool TakeTree(const JsonValue& json, std::vector<KeyImage>& out) {
 }
 
 void PutFile(JsonLine& line, const JournalEntry& entry) {
-  const FileAttributes& file = entry.attributes;
   line.Number("existed", entry.existed ? 1 : 0)
-      .Number("hashBefore", static_cast<std::int64_t>(entry.hashBefore))
-      .Number("hashAfter", static_cast<std::int64_t>(entry.hashAfter))
-      .Number("mode", file.mode)
-      .Number("owner", file.owner)
-      .Number("group", file.group)
-      .Number("seconds", file.modifiedSeconds)
-      .Number("nanoseconds", file.modifiedNanoseconds)
-      .BeginList("extended");
-  for (const auto& [name, data] : file.extended) {
-    line.BeginItem().Raw("name", name).Data("data", data).EndItem();
-  }
-  line.EndList();
+      .Raw("digestBefore", entry.digestBefore)
+      .Raw("digestAfter", entry.digestAfter);
+  PutAttributes(line, entry.attributes);
+}
+
+// A number where the first format has FNV-1a.
+std::string TakeDigest(const JsonValue& json, std::string_view name, std::string_view before) {
+  if (json.Has(before)) return FnvDigest(json.Count(before));
+  return json.Raw(name);
 }
 
 bool TakeFile(const JsonValue& json, JournalEntry& entry) {
   entry.existed = json.Count("existed") != 0;
-  entry.hashBefore = json.Count("hashBefore");
-  entry.hashAfter = json.Count("hashAfter");
-  FileAttributes& file = entry.attributes;
-  file.mode = static_cast<std::uint32_t>(json.Count("mode"));
-  file.owner = static_cast<std::uint32_t>(json.Count("owner"));
-  file.group = static_cast<std::uint32_t>(json.Count("group"));
-  file.modifiedSeconds = json["seconds"].number;
-  file.modifiedNanoseconds = json["nanoseconds"].number;
-  for (const JsonValue& item : json["extended"].items) {
-    if (!item.Data("data", file.extended[item.Raw("name")])) return false;
-  }
-  return true;
+  entry.digestBefore = TakeDigest(json, "digestBefore", "hashBefore");
+  entry.digestAfter = TakeDigest(json, "digestAfter", "hashAfter");
+  return TakeAttributes(json, entry.attributes);
 }
 
 // All others keep what they need as a file does: content, marks, and what else belongs to it.
@@ -111,6 +103,8 @@ void PutEntry(JsonLine& line, const JournalEntry& entry) {
     return;
   }
   line.Text("hive", entry.hive).Text("path", entry.path);
+  if (entry.valuePlace != JournalEntry::NoPlace) line.Number("at", entry.valuePlace);
+  if (entry.keyTime != 0) line.Number("keyTime", static_cast<std::int64_t>(entry.keyTime));
   PutTree(line, entry.tree);
   line.BeginList("before");
   if (entry.before) {
@@ -126,6 +120,8 @@ void PutEntry(JsonLine& line, const JournalEntry& entry) {
 bool TakeEntry(const JsonValue& json, JournalEntry& entry) {
   JournalItem& item = entry.item;
   item.id = json.Raw("item");
+  // It also names the file with the content.
+  if (item.id.empty() || item.id.find_first_not_of("0123456789") != std::string::npos) return false;
   constexpr auto kLast = static_cast<std::uint64_t>(JournalAction::RemoveFirewallApplication);
   if (json.Count("action") > kLast) return false;
   item.action = static_cast<JournalAction>(json.Count("action"));
@@ -138,6 +134,8 @@ bool TakeEntry(const JsonValue& json, JournalEntry& entry) {
   if (!IsRegistryAction(item.action)) return TakeFile(json, entry);
   entry.hive = json["hive"].text;
   entry.path = json["path"].text;
+  if (json.Has("at")) entry.valuePlace = static_cast<std::uint32_t>(json.Count("at"));
+  entry.keyTime = json.Count("keyTime");
   if (!TakeTree(json, entry.tree)) return false;
   if (const auto& before = json["before"].items; !before.empty()) {
     if (!TakeValue(before.front(), entry.before.emplace())) return false;
@@ -156,7 +154,8 @@ bool TakeLine(const JsonValue& json, Journal& out) {
     out.info.undoes = json.Raw("undoes");
     out.identity = json["identity"].text;
     out.live = json.Count("live") != 0;
-    return json["journal"].number == kFormat;
+    const std::int64_t format = json["journal"].number;
+    return format == kFormat || format == kFirstFormat;
   }
   if (json.Has("problem")) {
     JournalProblem& problem = out.problems.emplace_back();
@@ -181,13 +180,16 @@ bool TakeLine(const JsonValue& json, Journal& out) {
           out.entries.back().item.problem < out.problems.size());
 }
 
+std::string_view TextOf(const Bytes& bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 void LoadUndone(const std::string& folder, Journal& journal) {
   Bytes bytes;
-  std::vector<JsonValue> lines;
   if (!ReadLocalFile(folder + std::string(kUndoneFile), bytes)) return;
-  ReadJsonLines({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, lines);
+  JsonLines lines(TextOf(bytes));
   std::unordered_set<std::string> undone;
-  for (const JsonValue& line : lines) undone.insert(line.Raw("undone"));
+  for (JsonValue line; lines.Next(line);) undone.insert(line.Raw("undone"));
   for (JournalEntry& entry : journal.entries) {
     entry.item.undone = undone.contains(entry.item.id);
     if (entry.item.undone) ++journal.info.undone;
@@ -196,9 +198,33 @@ void LoadUndone(const std::string& folder, Journal& journal) {
 
 }  // namespace
 
-std::uint64_t ContentHash(std::span<const std::uint8_t> data, std::uint64_t seed) {
-  for (const std::uint8_t byte : data) seed = (seed ^ byte) * 0x100000001B3U;
-  return seed;
+void PutAttributes(JsonLine& line, const FileAttributes& attributes) {
+  line.Number("mode", attributes.mode)
+      .Number("owner", attributes.owner)
+      .Number("group", attributes.group)
+      .Number("seconds", attributes.modifiedSeconds)
+      .Number("nanoseconds", attributes.modifiedNanoseconds)
+      .Number("accessed", attributes.accessedSeconds)
+      .Number("accessedNanoseconds", attributes.accessedNanoseconds)
+      .BeginList("extended");
+  for (const auto& [name, data] : attributes.extended) {
+    line.BeginItem().Raw("name", name).Data("data", data).EndItem();
+  }
+  line.EndList();
+}
+
+bool TakeAttributes(const JsonValue& json, FileAttributes& out) {
+  out.mode = static_cast<std::uint32_t>(json.Count("mode"));
+  out.owner = static_cast<std::uint32_t>(json.Count("owner"));
+  out.group = static_cast<std::uint32_t>(json.Count("group"));
+  out.modifiedSeconds = json["seconds"].number;
+  out.modifiedNanoseconds = json["nanoseconds"].number;
+  out.accessedSeconds = json["accessed"].number;
+  out.accessedNanoseconds = json["accessedNanoseconds"].number;
+  for (const JsonValue& item : json["extended"].items) {
+    if (!item.Data("data", out.extended[item.Raw("name")])) return false;
+  }
+  return true;
 }
 
 std::string JournalLines::Head(const Journal& journal) {
@@ -257,11 +283,11 @@ Journal LoadJournal(const std::string& folder) {
     journal.info.error = folder + ": the session's journal can't be read";
     return journal;
   }
-  std::vector<JsonValue> lines;
-  std::string_view rest;
-  ReadJsonLines({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, lines, &rest);
-  bool good = !lines.empty() && lines.front().Has("journal");
-  for (const JsonValue& line : lines) good = good && TakeLine(line, journal);
+  JsonLines lines(TextOf(bytes));
+  JsonValue line;
+  bool good = lines.Next(line) && line.Has("journal") && TakeLine(line, journal);
+  while (good && lines.Next(line)) good = TakeLine(line, journal);
+  const std::string_view rest = lines.Rest();
   // A crash cuts the line that was being written and none before it.
   const bool isCut = rest.find('\n') >= rest.size() - std::min<std::size_t>(rest.size(), 1);
   if (!good || !(journal.live ? isCut && (rest.empty() || !journal.closed)
@@ -280,12 +306,11 @@ std::string ContentFile(const std::string& folder, const JournalEntry& entry) {
 }
 
 std::string FormatUndone(const Journal& journal, const std::vector<std::string>& more) {
-  std::uint64_t chain = 0;
+  const std::unordered_set<std::string_view> now(more.begin(), more.end());
+  Sha256Digest chain{};
   std::string text;
   for (const JournalEntry& entry : journal.entries) {
-    if (!entry.item.undone && std::find(more.begin(), more.end(), entry.item.id) == more.end()) {
-      continue;
-    }
+    if (!entry.item.undone && !now.contains(entry.item.id)) continue;
     JsonLine line;
     line.Raw("undone", entry.item.id);
     text += line.Close(chain);

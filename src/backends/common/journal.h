@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 
+#include "backends/common/json_line.h"
 #include "backends/common/session.h"
 
 namespace scrubwell {
@@ -16,6 +17,8 @@ struct FileAttributes {
   std::uint32_t group = 0;
   std::int64_t modifiedSeconds = 0;  ///< with the next 0 too: the time of writing
   std::int64_t modifiedNanoseconds = 0;
+  std::int64_t accessedSeconds = 0;  ///< likewise
+  std::int64_t accessedNanoseconds = 0;
   std::map<std::string, Bytes> extended;  ///< among them what NTFS drivers show of its security
 };
 
@@ -38,11 +41,16 @@ struct JournalEntry {
   std::vector<KeyImage> tree;      ///< DeleteKey
   std::optional<RegValue> before;  ///< DeleteValue, SetValue; none where there was no value
   RegValue after;                  ///< SetValue
-  bool existed = false;            ///< WriteFile: there was a file before
-  std::uint64_t hashBefore = 0;    ///< of a file's content
-  std::uint64_t hashAfter = 0;
+  /// DeleteValue: its place among the key's values, from 0; NoPlace where that is not known.
+  std::uint32_t valuePlace = NoPlace;
+  std::uint64_t keyTime = 0;  ///< FILETIME of the key that changes, before; 0: not known
+  bool existed = false;       ///< WriteFile: there was a file before
+  std::string digestBefore;   ///< of a file's content, see ContentDigest
+  std::string digestAfter;
   FileAttributes attributes;  ///< of the file before
   Bytes content;              ///< of the file before; the session keeps it in a file of its own
+
+  static constexpr std::uint32_t NoPlace = 0xFFFFFFFFU;
 };
 
 /// A whole session.
@@ -78,16 +86,18 @@ class JournalLines {
   std::string End();
 
  private:
-  std::uint64_t chain_ = 0;
+  Sha256Digest chain_{};
   std::int64_t entries_ = 0;
 };
 
 /// Reads a session's folder; one sentence in `info.error` when the journal is not whole. A live one
 /// may lack its end, and may break off in its last line. Contents of files are left where they are.
 Journal LoadJournal(const std::string& folder);
-/// Tells contents apart that differ by accident (FNV-1a, 64 bits).
-std::uint64_t ContentHash(std::span<const std::uint8_t> data,
-                          std::uint64_t seed = 0xCBF29CE484222325U);
+
+/// A file's attributes as members of a line. What was taken is what the line says: who carries it
+/// out has to bound it.
+void PutAttributes(JsonLine& line, const FileAttributes& attributes);
+bool TakeAttributes(const JsonValue& json, FileAttributes& out);
 
 /// The file with the content that an entry's file had.
 std::string ContentFile(const std::string& folder, const JournalEntry& entry);

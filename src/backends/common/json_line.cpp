@@ -4,7 +4,7 @@
 #include <charconv>
 #include <utility>
 
-#include "backends/common/journal.h"
+#include "backends/common/content_digest.h"
 
 namespace scrubwell {
 namespace {
@@ -25,9 +25,8 @@ int DigitOf(char16_t unit) {
   return -1;
 }
 
-std::uint64_t LineSum(std::string_view body, std::uint64_t chain) {
-  const auto* const data = reinterpret_cast<const std::uint8_t*>(body.data());
-  return ContentHash({data, body.size()}, 0xCBF29CE484222325U ^ chain);
+Sha256Digest LineSum(std::string_view body, const Sha256Digest& chain) {
+  return Sha256().Add(chain).Add(body).Finish();
 }
 
 // Exactly the JSON that JsonLine writes: no blanks, no fractions, no other escapes than \u.
@@ -171,9 +170,9 @@ JsonLine& JsonLine::EndItem() {
   return *this;
 }
 
-std::string JsonLine::Close(std::uint64_t& chain) const {
+std::string JsonLine::Close(Sha256Digest& chain) const {
   chain = LineSum(text_, chain);
-  return text_ + std::string(kSumName) + Hex(chain, 16) + "\"}\n";
+  return text_ + std::string(kSumName) + ToHex(chain) + "\"}\n";
 }
 
 const JsonValue& JsonValue::operator[](std::string_view name) const {
@@ -210,23 +209,32 @@ bool JsonValue::Data(std::string_view name, Bytes& out) const {
   return true;
 }
 
-bool ReadJsonLines(std::string_view bytes, std::vector<JsonValue>& out, std::string_view* rest) {
-  std::uint64_t chain = 0;
-  for (;;) {
-    if (rest != nullptr) *rest = bytes;
-    if (bytes.empty()) return true;
-    const std::size_t end = bytes.find('\n');
-    if (end == std::string_view::npos) return false;
-    const std::string_view line = bytes.substr(0, end);
-    const std::size_t sum = line.rfind(kSumName);
-    if (sum == std::string_view::npos) return false;
-    chain = LineSum(line.substr(0, sum), chain);
-    if (line.substr(sum) != std::string(kSumName) + Hex(chain, 16) + "\"}") return false;
-    JsonValue value;
-    if (!Parser(line).Parse(value)) return false;
-    out.push_back(std::move(value));
-    bytes.remove_prefix(end + 1);
+bool JsonLines::IsRight(std::string_view body, std::string_view sum) {
+  constexpr std::size_t kFnvDigits = 16;
+  if (kind_ == Sum::NotKnown) kind_ = sum.size() == kFnvDigits ? Sum::Fnv : Sum::Sha256;
+  if (kind_ == Sum::Fnv) {
+    const auto* const data = reinterpret_cast<const std::uint8_t*>(body.data());
+    fnv_ = Fnv1a({data, body.size()}, FnvStart ^ fnv_);
+    return sum == Hex(fnv_, kFnvDigits);
   }
+  chain_ = LineSum(body, chain_);
+  return sum == ToHex(chain_);
+}
+
+bool JsonLines::Next(JsonValue& out) {
+  constexpr std::string_view kEnd = "\"}";
+  out = {};
+  const std::size_t end = rest_.find('\n');
+  if (end == std::string_view::npos) return false;
+  const std::string_view line = rest_.substr(0, end);
+  const std::size_t name = line.rfind(kSumName);
+  if (name == std::string_view::npos || !line.ends_with(kEnd)) return false;
+  const std::size_t from = name + kSumName.size();
+  if (line.size() < from + kEnd.size()) return false;
+  const std::string_view sum = line.substr(from, line.size() - kEnd.size() - from);
+  if (!IsRight(line.substr(0, name), sum) || !Parser(line).Parse(out)) return false;
+  rest_.remove_prefix(end + 1);
+  return true;
 }
 
 }  // namespace scrubwell

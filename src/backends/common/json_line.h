@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/sha256/sha256.h"
 #include "registry/types.h"
 
 namespace scrubwell {
@@ -21,9 +22,9 @@ class JsonLine {
   JsonLine& EndList();
   JsonLine& BeginItem();
   JsonLine& EndItem();
-  /// The line with its end. The checksum also covers the lines before: `chain` goes from line to
-  /// line and begins with 0.
-  std::string Close(std::uint64_t& chain) const;
+  /// The line with its end. The checksum, a SHA-256, also covers the lines before: `chain` goes
+  /// from line to line and begins with zeros.
+  std::string Close(Sha256Digest& chain) const;
 
  private:
   void Name(std::string_view name);
@@ -46,9 +47,25 @@ struct JsonValue {
   [[nodiscard]] bool Data(std::string_view name, Bytes& out) const;
 };
 
-/// Reads lines up to the first one that is cut, changed or out of its place; false when there is
-/// one, and `rest` is then what begins with it. Nesting deeper than 16 is refused.
-bool ReadJsonLines(std::string_view bytes, std::vector<JsonValue>& out,
-                   std::string_view* rest = nullptr);
+/// Reads lines one by one, up to the first that is cut, changed or out of its place. Lines whose
+/// checksums are of the first format (FNV-1a, 64 bits) are read too. Nesting deeper than 16 is
+/// refused. The text must outlive the reader.
+class JsonLines {
+ public:
+  explicit JsonLines(std::string_view text) : rest_(text) {}
+  /// False at the end, or at what is no whole line.
+  bool Next(JsonValue& out);
+  /// What has not been read; empty after a text that is whole.
+  [[nodiscard]] std::string_view Rest() const { return rest_; }
+
+ private:
+  enum class Sum : std::uint8_t { NotKnown, Fnv, Sha256 };
+  bool IsRight(std::string_view body, std::string_view sum);
+
+  std::string_view rest_;
+  Sum kind_ = Sum::NotKnown;
+  std::uint64_t fnv_ = 0;
+  Sha256Digest chain_{};
+};
 
 }  // namespace scrubwell

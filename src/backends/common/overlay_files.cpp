@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "backends/common/content_digest.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell {
@@ -91,7 +92,7 @@ Status OverlayFiles::Take(JournalAction action, UnicodeView path, PlannedChange&
   if (status != Status::Ok) return status == Status::Corrupt ? Status::Denied : status;
   out.entry.existed = true;
   out.entry.item.bytes = out.entry.content.size();
-  out.entry.hashBefore = ContentHash(out.entry.content);
+  out.entry.digestBefore = ContentDigest(out.entry.content);
   return Status::Ok;
 }
 
@@ -99,7 +100,7 @@ Status OverlayFiles::Write(UnicodeView path, const Bytes& data) {
   PlannedChange change;
   Status status = Take(JournalAction::WriteFile, path, change);
   if (status != Status::Ok && status != Status::Absent) return status;
-  change.entry.hashAfter = ContentHash(data);
+  change.entry.digestAfter = ContentDigest(data);
   change.data = data;
   status = plan_.Add(std::move(change));
   if (status == Status::Ok)

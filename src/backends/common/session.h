@@ -1,6 +1,7 @@
 // Changing a Windows: a clean that changes nothing before it is committed, and what is kept of it.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,6 +18,7 @@ enum class CleanFailure : std::uint8_t {
   Refused,     ///< a guard: changing this Windows now would not be safe
   NotWritten,  ///< writing failed; everything is as it was before
   Unfinished,  ///< writing failed half way; Recover finishes it
+  Stopped,     ///< it was asked to stop before anything was changed
 };
 
 struct CleanOptions {
@@ -151,6 +153,9 @@ struct UndoOptions {
   std::string session;  ///< empty: the newest clean that was carried out
   /// Ids of items or of problems (all their items); empty: everything.
   std::vector<std::string> items;
+  /// Is told before each item how many are done and how many there are; false stops. Offline
+  /// nothing is changed then; on the running system what was put back so far stays.
+  std::function<bool(std::size_t done, std::size_t all)> progress = {};
 };
 
 enum class UndoOutcome : std::uint8_t {
@@ -177,7 +182,7 @@ struct UndoResult {
 struct RecoverResult {
   CleanFailure failure = CleanFailure::None;
   std::string error;
-  enum class Outcome : std::uint8_t { NothingToDo, Completed, RolledBack };
+  enum class Outcome : std::uint8_t { NothingToDo, Completed, RolledBack, SetAside };
   Outcome outcome = Outcome::NothingToDo;
   std::vector<std::string> notes;
 };

@@ -23,6 +23,9 @@ struct TargetOptions {
   std::string user;
   /// Further drives. The installation's own letter needs none.
   std::vector<DriveOption> drives;
+  /// Where the sessions of cleans are kept: after an interrupted one it takes its session to tell
+  /// what the disk was to become. Empty: DefaultBackupFolder().
+  std::string backupFolder = {};
 };
 
 enum class OpenFailure : std::uint8_t {

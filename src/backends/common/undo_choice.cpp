@@ -5,17 +5,11 @@
 namespace scrubwell {
 namespace {
 
-UnicodeString KeyMark(UnicodeView hive, UnicodeView path) {
-  return UpperCase(hive) + u'|' + UpperCase(path);
-}
-
-UnicodeString ValueMark(UnicodeView hive, UnicodeView path, UnicodeView name) {
-  return KeyMark(hive, path) + UnicodeString(u"\\\0", 2) + UpperCase(name);
-}
-
-bool IsChosen(const Journal& journal, const JournalEntry& entry, const std::string& id) {
-  return entry.item.id == id || (entry.item.problem != JournalItem::NoProblem &&
-                                 journal.problems[entry.item.problem].id == id);
+// An item by its own id or by that of its problem.
+const std::string& ProblemId(const Journal& journal, const JournalEntry& entry) {
+  static const std::string kNone;
+  return entry.item.problem == JournalItem::NoProblem ? kNone
+                                                      : journal.problems[entry.item.problem].id;
 }
 
 }  // namespace
@@ -23,19 +17,19 @@ bool IsChosen(const Journal& journal, const JournalEntry& entry, const std::stri
 std::vector<const JournalEntry*> ChooseEntries(const Journal& journal,
                                                const std::vector<std::string>& ids,
                                                std::string& unknown) {
+  std::unordered_map<std::string_view, bool> wanted;  // and whether something has it
+  for (const std::string& id : ids) wanted.emplace(id, false);
   std::vector<const JournalEntry*> chosen;
-  for (const std::string& id : ids) {
-    const bool known =
-        std::any_of(journal.entries.begin(), journal.entries.end(),
-                    [&](const JournalEntry& entry) { return IsChosen(journal, entry, id); });
-    if (!known) unknown = id;
-  }
   for (auto entry = journal.entries.rbegin(); entry != journal.entries.rend(); ++entry) {
-    const bool wanted =
-        ids.empty() || std::any_of(ids.begin(), ids.end(), [&](const std::string& id) {
-          return IsChosen(journal, *entry, id);
-        });
-    if (wanted) chosen.push_back(&*entry);
+    bool isWanted = ids.empty();
+    for (const std::string& id : {entry->item.id, ProblemId(journal, *entry)}) {
+      const auto place = wanted.find(id);
+      if (place != wanted.end()) place->second = isWanted = true;
+    }
+    if (isWanted) chosen.push_back(&*entry);
+  }
+  for (const std::string& id : ids) {
+    if (!wanted[id]) unknown = id;
   }
   return chosen;
 }
@@ -70,40 +64,68 @@ std::vector<std::string> UndoneIds(const std::vector<UndoItem>& items) {
 
 ChangedPlaces::ChangedPlaces(const Journal& journal) {
   for (const JournalEntry& entry : journal.entries) {
-    ForEachKey(entry, [&](const KeyImage& key, const UnicodeString& path) {
-      images_[KeyMark(entry.hive, path)] = &key;
-      touched_.insert(KeyMark(entry.hive, path));
-      for (const RegValue& value : key.values)
-        touched_.insert(ValueMark(entry.hive, path, value.name));
-    });
-    if (entry.item.action == JournalAction::CreateKey)
-      touched_.insert(KeyMark(entry.hive, entry.path));
-    touched_.insert(ValueMark(entry.hive, entry.path, entry.item.name));
+    const Node key = MakePath(entry.hive, entry.path);
+    if (!entry.tree.empty()) AddTree(entry, key);
+    if (entry.item.action == JournalAction::CreateKey) nodes_[key].changed = true;
+    values_.insert({key, UpperCase(entry.item.name)});
   }
 }
 
-bool ChangedPlaces::HasKey(UnicodeView hive, UnicodeView path) const {
-  return touched_.contains(KeyMark(hive, path));
+ChangedPlaces::Node ChangedPlaces::Make(Node parent, UnicodeView name) {
+  const auto [place, fresh] =
+      keys_.try_emplace({parent, UpperCase(name)}, static_cast<Node>(nodes_.size()));
+  if (fresh) nodes_.emplace_back();
+  return place->second;
 }
 
-bool ChangedPlaces::HasValue(UnicodeView hive, UnicodeView path, UnicodeView name) const {
-  return touched_.contains(ValueMark(hive, path, name));
+ChangedPlaces::Node ChangedPlaces::MakePath(UnicodeView hive, UnicodeView path) {
+  Node at = Make(None, hive);
+  for (std::size_t from = 0; from < path.size();) {
+    const std::size_t to = std::min(path.find(u'\\', from), path.size());
+    at = Make(at, path.substr(from, to - from));
+    from = to + 1;
+  }
+  return at;
 }
 
-const KeyImage* ChangedPlaces::Image(UnicodeView hive, UnicodeView path) const {
-  const auto it = images_.find(KeyMark(hive, path));
-  return it == images_.end() ? nullptr : it->second;
+void ChangedPlaces::AddTree(const JournalEntry& entry, Node top) {
+  std::vector<Node> way;
+  for (const KeyImage& key : entry.tree) {
+    way.resize(std::min<std::size_t>(key.level, way.size()));
+    const Node node = way.empty() ? top : Make(way.back(), key.name);
+    way.push_back(node);
+    nodes_[node] = {&key, true};
+    for (const RegValue& value : key.values) values_.insert({node, UpperCase(value.name)});
+  }
 }
 
-bool ChangedPlaces::ValuesConflict(UnicodeView hive, UnicodeView path, const KeyImage& key,
+ChangedPlaces::Node ChangedPlaces::Below(Node parent, UnicodeView name) const {
+  if (parent == None) return None;
+  const auto place = keys_.find({parent, UpperCase(name)});
+  return place == keys_.end() ? None : place->second;
+}
+
+ChangedPlaces::Node ChangedPlaces::At(UnicodeView hive, UnicodeView path) const {
+  const auto top = keys_.find({None, UpperCase(hive)});
+  Node at = top == keys_.end() ? None : top->second;
+  for (std::size_t from = 0; at != None && from < path.size();) {
+    const std::size_t to = std::min(path.find(u'\\', from), path.size());
+    at = Below(at, path.substr(from, to - from));
+    from = to + 1;
+  }
+  return at;
+}
+
+bool ChangedPlaces::ValuesConflict(Node place, const KeyImage& key,
                                    const std::vector<RegValue>& now, bool& identical) const {
   std::unordered_map<UnicodeString, const RegValue*> mine;
   for (const RegValue& value : key.values) mine[UpperCase(value.name)] = &value;
   std::size_t same = 0;
   for (const RegValue& value : now) {
-    const auto it = mine.find(UpperCase(value.name));
+    UnicodeString upper = UpperCase(value.name);
+    const auto it = mine.find(upper);
     if (it == mine.end()) {
-      if (!HasValue(hive, path, value.name)) return true;
+      if (!values_.contains({place, std::move(upper)})) return true;
     } else if (value.type != it->second->type || value.data != it->second->data) {
       return true;
     } else {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -43,24 +44,53 @@ void ForEachKey(const JournalEntry& entry, Use&& use) {
 }
 
 /// The keys and values that a session changed. They don't stand in an undo's way, whatever of them
-/// is back already.
+/// is back already. Kept as a tree, so that deep keys take no more room than their names do.
 class ChangedPlaces {
  public:
+  /// A key on the way to something that was changed.
+  using Node = std::uint32_t;
+  static constexpr Node None = 0xFFFFFFFFU;
+
   explicit ChangedPlaces(const Journal& journal);
 
-  [[nodiscard]] bool HasKey(UnicodeView hive, UnicodeView path) const;
-  [[nodiscard]] bool HasValue(UnicodeView hive, UnicodeView path, UnicodeView name) const;
+  /// None where nothing was changed there or below.
+  [[nodiscard]] Node At(UnicodeView hive, UnicodeView path) const;
+  [[nodiscard]] Node Below(Node parent, UnicodeView name) const;
+  /// Whether the key itself went or came.
+  [[nodiscard]] bool HasKey(Node key) const { return key != None && nodes_[key].changed; }
   /// A key as it was before it went; null for one that did not go.
-  [[nodiscard]] const KeyImage* Image(UnicodeView hive, UnicodeView path) const;
+  [[nodiscard]] const KeyImage* Image(Node key) const {
+    return key == None ? nullptr : nodes_[key].image;
+  }
 
   /// Whether values that are there now keep the key from coming back. `identical` is cleared when
   /// they are not just those that it had.
-  [[nodiscard]] bool ValuesConflict(UnicodeView hive, UnicodeView path, const KeyImage& key,
+  [[nodiscard]] bool ValuesConflict(Node place, const KeyImage& key,
                                     const std::vector<RegValue>& now, bool& identical) const;
 
  private:
-  std::unordered_map<UnicodeString, const KeyImage*> images_;
-  std::unordered_set<UnicodeString> touched_;
+  struct Entry {
+    const KeyImage* image = nullptr;
+    bool changed = false;
+  };
+  struct Name {
+    Node parent;
+    UnicodeString upper;
+    bool operator==(const Name&) const = default;
+  };
+  struct NameHash {
+    std::size_t operator()(const Name& name) const {
+      return std::hash<UnicodeString>()(name.upper) ^
+             (std::size_t{name.parent} * 0x9E3779B97F4A7C15U);
+    }
+  };
+  Node Make(Node parent, UnicodeView name);
+  Node MakePath(UnicodeView hive, UnicodeView path);
+  void AddTree(const JournalEntry& entry, Node top);
+
+  std::vector<Entry> nodes_;
+  std::unordered_map<Name, Node, NameHash> keys_;  // a hive hangs below None
+  std::unordered_set<Name, NameHash> values_;
 };
 
 }  // namespace scrubwell

@@ -1,10 +1,14 @@
 #include "backends/offline/clean_session.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 
+#include "backends/common/content_digest.h"
 #include "backends/offline/guards.h"
 #include "backends/offline/registry_read.h"
 #include "backends/offline/session_parts.h"
@@ -38,6 +42,15 @@ JournalAction ActionOf(ChangeKind kind) {
   return JournalAction::DeleteValue;
 }
 
+constexpr std::uint64_t kMostTimesTheHive = 4;
+constexpr std::uint64_t kSmallHive = std::uint64_t{1} << 20U;
+
+std::uint64_t SizeOf(const KeyImage& key) {
+  std::uint64_t size = sizeof key + key.security.size() + 2 * key.className.size();
+  for (const RegValue& value : key.values) size += sizeof value + value.data.size();
+  return size;
+}
+
 // Copies a key with all below it. Corrupt when any of it can't be read.
 Status TakeKeyImage(const regf::Hive& hive, regf::CellOffset start, std::vector<KeyImage>& out) {
   out.clear();
@@ -45,7 +58,10 @@ Status TakeKeyImage(const regf::Hive& hive, regf::CellOffset start, std::vector<
   const auto note = [&worst](Status status) {
     if (status != Status::Ok && status != Status::Absent) worst = status;
   };
+  // Keys may share what they have; written down for each of them it must not outgrow the hive.
+  std::uint64_t room = kMostTimesTheHive * hive.Image().size() + kSmallHive;
   note(hive.Walk(start, [&](const regf::Subkey& subkey, int level) {
+    if (room == 0) return note(Status::Corrupt);
     KeyImage& key = out.emplace_back();
     key.level = static_cast<std::uint32_t>(level);
     key.name = subkey.facts.name.Text();
@@ -56,8 +72,32 @@ Status TakeKeyImage(const regf::Hive& hive, regf::CellOffset start, std::vector<
     note(hive.Security(subkey.key, security));
     key.security.assign(security.begin(), security.end());
     note(hive.Values(subkey.key, key.values));
+    room -= std::min<std::uint64_t>(room, SizeOf(key));
   }));
   return out.empty() && worst == Status::Ok ? Status::Corrupt : worst;
+}
+
+std::uint64_t TimeOfParent(const regf::Hive& hive, regf::CellOffset key) {
+  regf::KeyFacts facts;
+  if (hive.Key(key, facts) != Status::Ok || hive.Key(facts.parent, facts) != Status::Ok) return 0;
+  return facts.lastWritten;
+}
+
+// The value as it is spelled in the hive, and where it stands. False when that can't be read.
+bool KeepValue(const regf::Hive& hive, regf::CellOffset key, JournalEntry& entry) {
+  regf::KeyFacts facts;
+  regf::ValueFacts found;
+  if (hive.Key(key, facts) != Status::Ok) return false;
+  entry.keyTime = facts.lastWritten;
+  const Status status = hive.FindValue(key, entry.item.name, found);
+  if (status != Status::Ok) return status == Status::Absent;
+  RegValue before{found.name.Text(), found.type, {}};
+  if (hive.Data(found, before.data) != Status::Ok) return false;
+  entry.valuePlace = found.place;
+  entry.item.bytes = before.data.size();
+  entry.item.name = before.name;
+  entry.before = std::move(before);
+  return true;
 }
 
 bool IsBelow(const std::string& path, const std::string& folder) {
@@ -65,15 +105,6 @@ bool IsBelow(const std::string& path, const std::string& folder) {
 }
 
 }  // namespace
-
-UnicodeString offline::IdentityOf(const Installation& installation) {
-  constexpr UnicodeView kNtKey = u"Microsoft\\Windows NT\\CurrentVersion";
-  const regf::Hive& software = installation.software->Raw();
-  UnicodeString text = HiveText(software, u"Microsoft\\Cryptography", u"MachineGuid");
-  text += u'|' + HiveText(software, kNtKey, u"ProductId");
-  text += u'|' + HiveText(software, kNtKey, u"SystemRoot");
-  return text + u'|' + IntToStr(HiveNumber(software, kNtKey, u"InstallDate").value_or(0));
-}
 
 // ---- Recording ----------------------------------------------------------------------------
 
@@ -85,9 +116,14 @@ JournalEntry& CleanSession::Parts::Add(JournalEntry entry) {
   return journal.entries.back();
 }
 
+std::string CleanSession::Parts::WhyNotChange(const offline::RegfHive& hive) {
+  if (World().drives.IsGiven(hive.Place().Root())) return offline::WhyHiveUnfit(hive);
+  return ToUtf8(hive.Path()) + ": lies on a drive that was not named, where nothing is changed";
+}
+
 bool CleanSession::Parts::BeforeChange(const RegistryChange& change) {
   auto& hive = static_cast<offline::RegfHive&>(*change.hive);
-  std::string why = offline::WhyHiveUnfit(hive);
+  std::string why = WhyNotChange(hive);
   if (!why.empty() || hive.Edit(why) == nullptr) {
     World().notes.Note(FromUtf8(why));
     return false;
@@ -99,20 +135,13 @@ bool CleanSession::Parts::BeforeChange(const RegistryChange& change) {
   entry.item.place = UnicodeString(change.mount);
   if (!change.path.empty()) entry.item.place += u'\\' + UnicodeString(change.path);
   if (change.kind == ChangeKind::DeleteKey) {
+    entry.keyTime = TimeOfParent(hive.Raw(), change.key);
     if (TakeKeyImage(hive.Raw(), change.key, entry.tree) != Status::Ok) return false;
     entry.item.subkeys = entry.tree.size() - 1;
     for (const KeyImage& key : entry.tree) entry.item.values += key.values.size();
   } else if (change.kind != ChangeKind::CreateKey) {
     entry.item.name = change.name;
-    RegValue before;
-    const Status status = hive.Value(change.key, change.name, before);
-    if (status != Status::Ok && status != Status::Absent) return false;
-    entry.item.bytes = before.data.size();
-    if (status == Status::Ok) {
-      // As it is spelled in the hive.
-      entry.item.name = before.name;
-      entry.before = std::move(before);
-    }
+    if (!KeepValue(hive.Raw(), change.key, entry)) return false;
     if (change.value != nullptr) entry.after = *change.value;
   }
   // A deleted value that is put back as absent still has a name.
@@ -141,10 +170,17 @@ bool CleanSession::Parts::BeforeFileChange(JournalAction action, const offline::
         World().files.Read(target.path, FsView::Physical, kLargestFile, entry.content);
     if (status != Status::Ok) return false;
     entry.item.bytes = entry.content.size();
-    entry.hashBefore = ContentHash(entry.content);
+    entry.digestBefore = ContentDigest(entry.content);
   }
-  if (data != nullptr) entry.hashAfter = ContentHash(*data);
-  if (offline::PathExists(target.local)) offline::ReadAttributes(target.local, entry.attributes);
+  if (data != nullptr) entry.digestAfter = ContentDigest(*data);
+  // What can't be read now could not be put back.
+  const int error =
+      target.place.Exists() ? offline::ReadAttributes(target.place, entry.attributes) : 0;
+  if (error != 0) {
+    World().notes.Note(FromUtf8(offline::ErrnoSentence(target.local, error)) +
+                       u"; it is left as it is");
+    return false;
+  }
   Add(std::move(entry));
   return true;
 }
@@ -166,29 +202,69 @@ CleanOpenResult CleanSession::Parts::ChooseBackupFolder() {
   if (wanted.empty()) return Failed(CleanFailure::WrongUse, "there is no folder for backups");
   std::error_code ignored;
   backupFolder = fs::weakly_canonical(fs::absolute(wanted), ignored).string();
+  if (ignored) {
+    return Failed(CleanFailure::WrongUse, wanted + ": " + ignored.message());
+  }
   if (backupFolder.size() > 1 && backupFolder.back() == '/') backupFolder.pop_back();
   const auto& installation = World().installation;
-  if (isDefault && IsBelow(backupFolder, World().drives.Get(installation.Letter())->canonical)) {
+  if (isDefault && IsBelow(backupFolder, World().drives.Get(installation.Letter())->root.path)) {
     return Failed(CleanFailure::WrongUse,
                   backupFolder + ": lies on the Windows volume itself; choose another folder");
   }
-  std::string there = backupFolder;
-  while (!offline::PathExists(there)) there = offline::FolderOf(there);
+  fs::path there = backupFolder;
+  while (!fs::exists(fs::symlink_status(there, ignored))) there = there.parent_path();
   if (!fs::is_directory(there, ignored) || ::access(there.c_str(), W_OK) != 0) {
     return Failed(CleanFailure::WrongUse, backupFolder + ": backups can't be written there");
   }
-  return {};
+  if (offline::OpenRoot(backupFolder, backups) != 0) return {};
+  // After an interruption nothing would be taken from there.
+  const std::string why = offline::WhyNotOurs(offline::DiskPlace(backups));
+  return why.empty() ? CleanOpenResult{}
+                     : Failed(CleanFailure::WrongUse, why + "; choose another backup folder");
 }
 
+std::string CleanSession::Parts::OpenBackups() {
+  if (backups.folder.Good()) return {};
+  std::vector<fs::path> missing;
+  for (fs::path folder = backupFolder; !fs::exists(folder); folder = folder.parent_path()) {
+    missing.push_back(folder);
+  }
+  for (auto folder = missing.rbegin(); folder != missing.rend(); ++folder) {
+    if (::mkdir(folder->c_str(), 0700) != 0) return offline::ErrnoSentence(*folder, errno);
+    const offline::UniqueFd parent(
+        ::open(folder->parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (parent.Good()) ::fsync(parent.Get());
+  }
+  const int error = offline::OpenRoot(backupFolder, backups);
+  return error == 0 ? std::string() : offline::ErrnoSentence(backupFolder, error);
+}
+
+namespace {
+
+CleanFailure FailureOf(const offline::PendingCommit& pending, offline::CommitFailure failure) {
+  using State = offline::PendingCommit::State;
+  if (failure == offline::CommitFailure::None) return CleanFailure::None;
+  if (pending.state == State::Elsewhere) return CleanFailure::WrongUse;
+  return pending.state == State::Unreadable ? CleanFailure::Unreadable : CleanFailure::Unfinished;
+}
+
+}  // namespace
+
 CleanOpenResult CleanSession::Parts::SettleInterrupted() {
-  offline::PendingCommit pending = offline::FindPending(config, World().drives);
-  if (pending.state == offline::PendingCommit::State::None) return {};
-  const bool isCommitted = pending.state == offline::PendingCommit::State::Committed;
+  using State = offline::PendingCommit::State;
+  offline::PendingCommit pending =
+      offline::FindPending({config, &World().drives, backups.folder.Good() ? &backups : nullptr,
+                            offline::IdentityOf(World().installation)});
+  if (pending.state == State::None) return {};
   const offline::CommitOutcome outcome = offline::SettlePending(disk, pending);
-  if (outcome.failure != CleanFailure::None) return Failed(outcome.failure, outcome.error);
-  if (CleanOpenResult opened = OpenBackend(); opened.failure != CleanFailure::None) return opened;
-  World().notes.Note(isCommitted ? u"An earlier clean that was interrupted has been finished"
-                                 : u"An earlier clean that was interrupted has been taken back");
+  const CleanFailure failure = FailureOf(pending, outcome.failure);
+  if (failure != CleanFailure::None) return Failed(failure, outcome.error);
+  if (pending.state != State::Foreign) {
+    if (CleanOpenResult opened = OpenBackend(); opened.failure != CleanFailure::None) return opened;
+    World().notes.Note(pending.state == State::Committed
+                           ? u"An earlier clean that was interrupted has been finished"
+                           : u"An earlier clean that was interrupted has been taken back");
+  }
   for (const std::string& note : outcome.notes) World().notes.Note(FromUtf8(note));
   return {};
 }
@@ -268,7 +344,39 @@ CommitResult CleanSession::Commit() {
   return parts_->Commit();
 }
 
-RecoverResult Recover(const TargetOptions& target, offline::IDisk* disk) {
+RecoverResult CleanSession::Parts::Recover() {
+  RecoverResult result;
+  const auto fail = [&result](CleanFailure failure, std::string error) {
+    result.failure = failure;
+    result.error = std::move(error);
+    return result;
+  };
+  config = World().ConfigFolder();
+  std::string why = offline::LockFolder(config, lock);
+  if (why.empty()) why = offline::WhyFolderUnfit(config);
+  if (!why.empty()) return fail(CleanFailure::Refused, why);
+  const std::string folder =
+      options.backupFolder.empty() ? DefaultBackupFolder() : options.backupFolder;
+  const int error = offline::OpenRoot(folder, backups);
+  if (error != 0 && !options.backupFolder.empty()) {
+    return fail(CleanFailure::WrongUse, offline::ErrnoSentence(folder, error));
+  }
+  offline::PendingCommit pending =
+      offline::FindPending({config, &World().drives, error == 0 ? &backups : nullptr,
+                            offline::IdentityOf(World().installation)});
+  offline::CommitOutcome outcome = offline::SettlePending(disk, pending);
+  result.notes = std::move(outcome.notes);
+  using State = offline::PendingCommit::State;
+  using Outcome = RecoverResult::Outcome;
+  result.outcome = pending.state == State::Committed   ? Outcome::Completed
+                   : pending.state == State::Preparing ? Outcome::RolledBack
+                   : pending.state == State::Foreign   ? Outcome::SetAside
+                                                       : Outcome::NothingToDo;
+  return fail(FailureOf(pending, outcome.failure), outcome.error);
+}
+
+RecoverResult Recover(const TargetOptions& target, const std::string& backupFolder,
+                      offline::IDisk* disk) {
   TargetOptions options = target;
   options.user.clear();
   RecoverResult result;
@@ -278,26 +386,9 @@ RecoverResult Recover(const TargetOptions& target, offline::IDisk* disk) {
     result.error = opened.error;
     return result;
   }
-  auto& world = offline::BackendAccess::Of(*opened.backend);
-  const std::string config = world.ConfigFolder();
-  offline::UniqueFd lock;
-  result.error = offline::LockFolder(config, lock);
-  if (result.error.empty()) result.error = offline::WhyFolderUnfit(config);
-  if (!result.error.empty()) {
-    result.failure = CleanFailure::Refused;
-    return result;
-  }
-  offline::PendingCommit pending = offline::FindPending(config, world.drives);
-  offline::CommitOutcome outcome =
-      offline::SettlePending(disk != nullptr ? *disk : offline::RealDisk(), pending);
-  result.failure = outcome.failure;
-  result.error = std::move(outcome.error);
-  result.notes = std::move(outcome.notes);
-  using State = offline::PendingCommit::State;
-  result.outcome = pending.state == State::None        ? RecoverResult::Outcome::NothingToDo
-                   : pending.state == State::Committed ? RecoverResult::Outcome::Completed
-                                                       : RecoverResult::Outcome::RolledBack;
-  return result;
+  CleanSession::Parts parts({options, backupFolder, false}, disk);
+  parts.backend = std::move(opened.backend);
+  return parts.Recover();
 }
 
 }  // namespace scrubwell

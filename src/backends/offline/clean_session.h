@@ -42,6 +42,8 @@ class CleanSession final : public ICleanSession {
 
  private:
   friend struct UndoRun;
+  friend RecoverResult Recover(const TargetOptions& target, const std::string& backupFolder,
+                               offline::IDisk* disk);
   struct Parts;
   explicit CleanSession(std::unique_ptr<Parts> parts);
   std::unique_ptr<Parts> parts_;
@@ -53,6 +55,9 @@ UndoResult Undo(const UndoOptions& options, offline::IDisk* disk = nullptr);
 
 /// Finishes a clean or undo that was interrupted after its commit, takes back one that was
 /// interrupted before.
-RecoverResult Recover(const TargetOptions& target, offline::IDisk* disk = nullptr);
+/// What is done is taken from the session in the backup folder (empty: the default one); a record
+/// that none there knows is set aside.
+RecoverResult Recover(const TargetOptions& target, const std::string& backupFolder,
+                      offline::IDisk* disk = nullptr);
 
 }  // namespace scrubwell

@@ -3,46 +3,48 @@
 // New contents are first written beside the files that they replace. A record of all steps lies in
 // the folder of the machine's hives from before the first of them on; renaming it is the commit.
 // With the record under its first name everything is taken back, under its second name finished.
+// The session's folder has the same record: what is finished comes from there (see pending.h).
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "backends/offline/clean_session.h"
 #include "backends/offline/disk.h"
 #include "backends/offline/drive_tree.h"
-#include "backends/offline/offline_files.h"
 
 namespace scrubwell::offline {
 
-inline constexpr std::string_view kPreparingName = "/scrubwell.preparing";
-inline constexpr std::string_view kPendingName = "/scrubwell.pending";
+inline constexpr std::string_view kPreparingName = "scrubwell.preparing";
+inline constexpr std::string_view kPendingName = "scrubwell.pending";
 inline constexpr std::string_view kSideEnding = ".scrubwell-new";
+/// In the session's folder from before the first change on, until it gets its other name.
+inline constexpr std::string_view kCarryingOutFile = "/carrying-out";
 
 struct CommitStep {
   enum class Kind : std::uint8_t { MakeFolder, Replace, Erase, EraseFolder, Truncate };
   Kind kind = Kind::Replace;
-  std::string local;     ///< this machine's path
-  char16_t letter = 0;   ///< the drive that it lies on; 0: on none of them
-  std::string relative;  ///< below the drive's folder
+  DiskPlace place;
+  char16_t letter = 0;  ///< the drive that it lies on; 0: in the backup folder
   bool existed = false;
-  std::uint64_t hashBefore = 0;
-  std::uint64_t hashAfter = 0;
+  std::string digestBefore;
+  std::string digestAfter;
+  FileAttributes attributes;  ///< of the record only for a folder that is made
   // Not part of the record:
   Bytes data;
-  FileAttributes attributes;
 
-  [[nodiscard]] std::string Side() const { return local + std::string(kSideEnding); }
+  [[nodiscard]] DiskPlace Side() const { return place.WithEnding(kSideEnding); }
 };
 
 struct CommitPlan {
-  std::string session;  ///< the session's folder, which is there and holds backup and journal
-  std::string config;   ///< the folder that the record lies in
+  DiskPlace session;  ///< the session's folder, which is there and holds backup and journal
+  DiskPlace config;   ///< the folder that the record lies in
   std::vector<CommitStep> steps;
 };
 
+enum class CommitFailure : std::uint8_t { None, NotWritten, Unfinished };
+
 struct CommitOutcome {
-  CleanFailure failure = CleanFailure::None;
+  CommitFailure failure = CommitFailure::None;
   std::string error;
   std::vector<std::string> notes;
 };
@@ -50,22 +52,18 @@ struct CommitOutcome {
 /// Answers NotWritten with nothing changed, or Unfinished with the record in place.
 CommitOutcome RunCommit(IDisk& disk, CommitPlan& plan);
 
-/// What an interrupted commit left.
-struct PendingCommit {
-  enum class State : std::uint8_t { None, Preparing, Committed, Unreadable };
-  State state = State::None;
-  CommitPlan plan;
-  std::string error;  ///< for Unreadable, one sentence
-};
+/// Does the rest of a commit. What somebody else has changed since is left as it is, with a note.
+CommitOutcome FinishCommit(IDisk& disk, CommitPlan& plan);
+/// Takes a commit back that was only prepared.
+CommitOutcome TakeBackCommit(IDisk& disk, CommitPlan& plan);
 
-/// Looks into the folder of the machine's hives. A record whose drives are not all given is
-/// Unreadable.
-PendingCommit FindPending(const std::string& config, const DriveTree& drives);
-/// The files as they will be once the commit is finished: hives to read in place of others by
-/// their paths, and the changes of the other files. False when that can't be told.
-bool FinishedView(const PendingCommit& pending, std::map<std::string, std::string>& replacements,
-                  FileChanges& changes);
-/// Finishes or takes back. What somebody else has changed since is left as it is, with a note.
-CommitOutcome SettlePending(IDisk& disk, PendingCommit& pending);
+std::string FormatRecord(const CommitPlan& plan);
+/// Reads the steps of a record whose session and folder are in `plan` already. False and one
+/// sentence when it is damaged or names a drive that was not given.
+bool ParseRecord(std::string_view text, const DriveTree& drives, const DiskRoot& backups,
+                 CommitPlan& plan, std::string& error);
+
+/// "path: reason"
+std::string ErrnoSentence(const std::string& path, int error);
 
 }  // namespace scrubwell::offline

@@ -2,9 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <linux/openat2.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -12,9 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
-#include <utility>
 
 #include "registry/Stringhelper.h"
 
@@ -28,20 +24,6 @@ bool IsAscii(std::string_view text) {
 
 bool IsAscii(UnicodeView text) {
   return std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; });
-}
-
-// For kernels without openat2: one component after the other, none of them a link.
-UniqueFd OpenStepwise(int root, std::string_view relative, int flags) {
-  UniqueFd at(::openat(root, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  while (at.Good()) {
-    const std::size_t slash = relative.find('/');
-    const std::string part(relative.substr(0, slash));
-    if (part == "..") return errno = EXDEV, UniqueFd();
-    if (slash == std::string_view::npos) return UniqueFd(::openat(at.Get(), part.c_str(), flags));
-    at = UniqueFd(::openat(at.Get(), part.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    relative.remove_prefix(slash + 1);
-  }
-  return at;
 }
 
 Folder::Kind KindOf(int folder, const dirent& entry) {
@@ -87,37 +69,8 @@ bool Normalise(std::vector<UnicodeString>& parts) {
 
 }  // namespace
 
-UniqueFd& UniqueFd::operator=(UniqueFd&& other) noexcept {
-  if (this != &other) {
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = other.Release();
-  }
-  return *this;
-}
-
-UniqueFd::~UniqueFd() {
-  if (fd_ >= 0) ::close(fd_);
-}
-
-int UniqueFd::Release() {
-  return std::exchange(fd_, -1);
-}
-
 Status FromErrno(int error) {
   return error == EACCES || error == EPERM ? Status::Denied : Status::Unknown;
-}
-
-UniqueFd OpenBelow(const Drive& drive, const std::string& relative, int flags) {
-  const std::string path = relative.empty() ? "." : relative;
-  flags |= O_NOFOLLOW | O_CLOEXEC;
-  open_how how{};
-  how.flags = static_cast<std::uint64_t>(flags);
-  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
-  const long fd = ::syscall(SYS_openat2, drive.root.Get(), path.c_str(), &how, sizeof how);
-  if (fd >= 0) return UniqueFd(static_cast<int>(fd));
-  // Sandboxes answer EPERM for calls they don't know.
-  if (errno != ENOSYS && errno != EPERM) return UniqueFd();
-  return OpenStepwise(drive.root.Get(), path, flags);
 }
 
 std::size_t Folder::UpperHash::operator()(UnicodeView name) const {
@@ -144,7 +97,7 @@ void Folder::Add(std::string_view rawName, Kind kind) {
 }
 
 Status Folder::ReadAll() {
-  UniqueFd fd = OpenBelow(drive_, relative_, O_RDONLY | O_DIRECTORY);
+  UniqueFd fd = Place().Open(O_RDONLY | O_DIRECTORY);
   if (!fd.Good()) return FromErrno(errno);
   DIR* const stream = ::fdopendir(fd.Get());
   if (stream == nullptr) return Status::Unknown;
@@ -189,7 +142,7 @@ Status Folder::Find(UnicodeView name, std::vector<std::size_t>& out) {
 }
 
 bool Folder::HasDosName(std::size_t index, UnicodeView name) const {
-  const UniqueFd fd = OpenBelow(drive_, relative_, O_PATH | O_DIRECTORY);
+  const UniqueFd fd = Place().Open(O_PATH | O_DIRECTORY);
   if (!fd.Good()) return false;
   const std::string path = RelativeOf(index);
   const std::string file = path.substr(relative_.empty() ? 0 : relative_.size() + 1);
@@ -228,32 +181,38 @@ std::string Folder::RelativeOf(std::size_t index) const {
   return relative_.empty() ? name : relative_ + "/" + name;
 }
 
+DiskPlace Folder::Place() const {
+  return DiskPlace(drive_.root, relative_);
+}
+
+DiskPlace Folder::PlaceOf(std::size_t index) const {
+  return DiskPlace(drive_.root, RelativeOf(index));
+}
+
 Folder& Folder::Child(std::size_t index) {
   std::unique_ptr<Folder>& child = entries_[index].child;
   if (child == nullptr) child = std::make_unique<Folder>(drive_, RelativeOf(index));
   return *child;
 }
 
-bool DriveTree::Add(char16_t letter, const std::string& folder, DriveKind kind,
-                    std::string& error) {
+bool DriveTree::Add(char16_t letter, const std::string& folder, DriveKind kind, std::string& error,
+                    bool isGiven) {
   letter = UpCase(letter);
   if (drives_.contains(letter)) {
     error = folder + ": the drive letter is taken already";
     return false;
   }
-  UniqueFd root(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  char* const canonical = root.Good() ? ::realpath(folder.c_str(), nullptr) : nullptr;
-  if (canonical == nullptr) {
-    error = folder + ": " + std::strerror(errno);
+  DiskRoot root;
+  if (const int wrong = OpenRoot(folder, root); wrong != 0) {
+    error = folder + ": " + std::strerror(wrong);
     return false;
   }
   Drive& drive = drives_[letter];
   drive.letter = letter;
   drive.kind = kind;
   drive.path = folder;
-  drive.canonical = canonical;
-  std::free(canonical);
   drive.root = std::move(root);
+  drive.isGiven = isGiven;
   drive.tree = std::make_unique<Folder>(drive, std::string());
   return true;
 }
@@ -273,6 +232,12 @@ bool DriveTree::Rename(char16_t from, char16_t to) {
 const Drive* DriveTree::Get(char16_t letter) const {
   const auto it = drives_.find(UpCase(letter));
   return it == drives_.end() ? nullptr : &it->second;
+}
+
+bool DriveTree::IsGiven(const DiskRoot& root) const {
+  return std::any_of(drives_.begin(), drives_.end(), [&root](const auto& drive) {
+    return &drive.second.root == &root && drive.second.isGiven;
+  });
 }
 
 Status DriveTree::Resolve(const WinPath& path, Found& out) {
@@ -327,7 +292,7 @@ Status DriveTree::Enter(Folder& at, std::size_t entry, Parts rest, Budget& budge
 Status DriveTree::FollowLink(Folder& at, std::size_t entry, Parts rest, Budget& budget,
                              Found& out) {
   if (--budget.links < 0) return Status::Unknown;
-  const UniqueFd link = OpenBelow(at.Owner(), at.RelativeOf(entry), O_PATH);
+  const UniqueFd link = at.PlaceOf(entry).Open(O_PATH);
   std::array<char, PATH_MAX> text{};
   const ssize_t size = link.Good() ? ::readlinkat(link.Get(), "", text.data(), text.size()) : -1;
   if (size <= 0 || static_cast<std::size_t>(size) >= text.size()) return Status::Unknown;
@@ -370,7 +335,7 @@ Folder* DriveTree::LinkStart(const Folder& at, const std::string& target,
 
 Folder* DriveTree::MappedFolder(const std::string& target, std::vector<UnicodeString>& parts) {
   for (auto& [letter, drive] : drives_) {
-    for (const std::string& root : {drive.canonical, drive.path}) {
+    for (const std::string& root : {drive.root.path, drive.path}) {
       if (root.empty() || root.front() != '/' || !target.starts_with(root)) continue;
       const std::string_view rest = std::string_view(target).substr(root.size());
       if (!rest.empty() && rest.front() != '/' && root.back() != '/') continue;

@@ -9,25 +9,11 @@
 #include <string>
 #include <unordered_map>
 
+#include "backends/offline/disk_place.h"
 #include "backends/offline/win_path.h"
 #include "registry/platform.h"
 
 namespace scrubwell::offline {
-
-/// An open file descriptor, closed with its owner.
-class UniqueFd {
- public:
-  explicit UniqueFd(int fd = -1) : fd_(fd) {}
-  UniqueFd(UniqueFd&& other) noexcept : fd_(other.Release()) {}
-  UniqueFd& operator=(UniqueFd&& other) noexcept;
-  ~UniqueFd();
-  [[nodiscard]] int Get() const { return fd_; }
-  [[nodiscard]] bool Good() const { return fd_ >= 0; }
-  int Release();
-
- private:
-  int fd_;
-};
 
 struct Drive;
 
@@ -55,6 +41,8 @@ class Folder {
   [[nodiscard]] const std::string& Relative() const { return relative_; }
   [[nodiscard]] std::string RelativeOf(std::size_t index) const;
   [[nodiscard]] const Drive& Owner() const { return drive_; }
+  [[nodiscard]] DiskPlace Place() const;
+  [[nodiscard]] DiskPlace PlaceOf(std::size_t index) const;
 
  private:
   struct UpperHash {
@@ -85,9 +73,10 @@ class Folder {
 struct Drive {
   char16_t letter = 0;
   DriveKind kind = DriveKind::Unknown;
-  std::string path;       // as given
-  std::string canonical;  // without links, absolute
-  UniqueFd root;
+  std::string path;  // as given
+  DiskRoot root;
+  /// Named by the user. Others, which the disk itself names, are only read.
+  bool isGiven = true;
   std::unique_ptr<Folder> tree;
 };
 
@@ -96,16 +85,23 @@ struct Found {
   Folder* folder = nullptr;  ///< the folder itself, or the one that holds the file
   bool isFolder = false;
   std::size_t entry = 0;  ///< index of the file; only when isFolder is false
+
+  [[nodiscard]] DiskPlace Place() const {
+    return isFolder ? folder->Place() : folder->PlaceOf(entry);
+  }
 };
 
 /// The drives and the walk over them.
 class DriveTree {
  public:
   /// False when the folder can't be opened or the letter is taken; `error` then says why.
-  bool Add(char16_t letter, const std::string& folder, DriveKind kind, std::string& error);
+  bool Add(char16_t letter, const std::string& folder, DriveKind kind, std::string& error,
+           bool isGiven = true);
   /// Moves a drive to another letter. False when that letter is taken.
   bool Rename(char16_t from, char16_t to);
   [[nodiscard]] const Drive* Get(char16_t letter) const;
+  /// Whether the user named the drive that this is the root of.
+  [[nodiscard]] bool IsGiven(const DiskRoot& root) const;
 
   /// Absent only when it is proven: every folder on the way was read whole.
   Status Resolve(const WinPath& path, Found& out);
@@ -127,8 +123,6 @@ class DriveTree {
   std::map<char16_t, Drive> drives_;
 };
 
-/// Opens a path below a drive's folder. No link is followed on the way or at the end.
-UniqueFd OpenBelow(const Drive& drive, const std::string& relative, int flags);
 /// What a failed system call says about the thing it was asked for. Never Absent.
 Status FromErrno(int error);
 

@@ -30,9 +30,9 @@ bool BeginsWith(const Bytes& page, std::string_view text) {
 
 // The kernel's NTFS driver tells in its own file of the volume; the user space driver refuses to
 // mount such a volume for writing by itself.
-bool IsMarkedDirty(const std::string& folder) {
+bool IsMarkedDirty(int folder) {
   struct stat info {};
-  if (::stat(folder.c_str(), &info) != 0) return false;
+  if (::fstat(folder, &info) != 0) return false;
   std::error_code ignored;
   const std::string device = "/sys/dev/block/" + std::to_string(major(info.st_dev)) + ":" +
                              std::to_string(minor(info.st_dev));
@@ -49,17 +49,14 @@ bool IsMarkedDirty(const std::string& folder) {
 
 std::string WhyNotHibernated(OfflineFiles& files, UnicodeView systemDrive) {
   const UnicodeString path = UnicodeString(systemDrive) + u"\\hiberfil.sys";
-  std::string local;
-  const Status status = files.LocalPath(path, local);
+  Bytes page;
+  const Status status = files.ReadHead(path, kPage, page);
   if (status == Status::Absent) return {};
   const std::string name = ToUtf8(path);
-  Bytes page(kPage);
-  std::ifstream file(local, std::ios::binary);
-  file.read(reinterpret_cast<char*>(page.data()), static_cast<std::streamsize>(page.size()));
-  if (status != Status::Ok || (file.bad() || !file.gcount())) {
+  if (status != Status::Ok || page.empty()) {
     return name + ": can't be read, so it can't be told whether this Windows is hibernated";
   }
-  if (static_cast<std::size_t>(file.gcount()) < kPage) {
+  if (page.size() < kPage) {
     return name +
            ": this Windows is hibernated together with another volume; start it and shut "
            "it down fully first";
@@ -88,34 +85,37 @@ std::string WhyHiveUnfit(const RegfHive& hive) {
   return {};
 }
 
-std::string WhyFolderUnfit(const std::string& folder) {
+std::string WhyFolderUnfit(const DiskPlace& folder) {
+  const std::string name = folder.Text();
+  const UniqueFd fd = folder.Open(O_PATH | O_DIRECTORY);
   struct statvfs info {};
-  if (::statvfs(folder.c_str(), &info) != 0) return folder + ": " + std::strerror(errno);
-  if ((info.f_flag & ST_RDONLY) != 0) return folder + ": the volume is mounted read-only";
-  if (::faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) != 0) {
-    return folder + ": the folder can't be written to";
+  if (!fd.Good() || ::fstatvfs(fd.Get(), &info) != 0) return name + ": " + std::strerror(errno);
+  if ((info.f_flag & ST_RDONLY) != 0) return name + ": the volume is mounted read-only";
+  if (::faccessat(fd.Get(), ".", W_OK, AT_EACCESS) != 0) {
+    return name + ": the folder can't be written to";
   }
-  if (IsMarkedDirty(folder)) {
-    return folder + ": the volume is marked as damaged; let Windows check it first";
+  if (IsMarkedDirty(fd.Get())) {
+    return name + ": the volume is marked as damaged; let Windows check it first";
   }
   return {};
 }
 
-std::string WhyTooFull(IDisk& disk, const std::string& folder, std::uint64_t needed) {
+std::string WhyTooFull(IDisk& disk, const DiskPlace& folder, std::uint64_t needed) {
   std::uint64_t there = 0;
   const int error = disk.FreeSpace(folder, there);
-  if (error != 0) return folder + ": " + std::strerror(error);
+  if (error != 0) return folder.Text() + ": " + std::strerror(error);
   if (there >= needed + kSlack) return {};
-  return folder + ": there is not enough room, " + std::to_string((needed + kSlack) >> 10U) +
+  return folder.Text() + ": there is not enough room, " + std::to_string((needed + kSlack) >> 10U) +
          " KiB are needed";
 }
 
-std::string LockFolder(const std::string& folder, UniqueFd& lock) {
-  lock = UniqueFd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!lock.Good()) return folder + ": " + std::strerror(errno);
+std::string LockFolder(const DiskPlace& folder, UniqueFd& lock) {
+  const std::string name = folder.Text();
+  lock = folder.Open(O_RDONLY | O_DIRECTORY);
+  if (!lock.Good()) return name + ": " + std::strerror(errno);
   if (::flock(lock.Get(), LOCK_EX | LOCK_NB) == 0) return {};
-  return errno == EWOULDBLOCK ? folder + ": another Scrubwell is at work on this Windows"
-                              : folder + ": " + std::strerror(errno);
+  return errno == EWOULDBLOCK ? name + ": another Scrubwell is at work on this Windows"
+                              : name + ": " + std::strerror(errno);
 }
 
 }  // namespace scrubwell::offline

@@ -10,11 +10,11 @@ namespace scrubwell::offline {
 std::string WhyNotHibernated(OfflineFiles& files, UnicodeView systemDrive);
 std::string WhyHiveUnfit(const RegfHive& hive);
 /// The folder lies on something that can't be written, or on a volume that is marked dirty.
-std::string WhyFolderUnfit(const std::string& folder);
+std::string WhyFolderUnfit(const DiskPlace& folder);
 /// `needed` bytes plus some slack don't fit.
-std::string WhyTooFull(IDisk& disk, const std::string& folder, std::uint64_t needed);
+std::string WhyTooFull(IDisk& disk, const DiskPlace& folder, std::uint64_t needed);
 /// Locks the folder against other processes, until the descriptor is closed or the process ends.
 /// Nothing is written for it.
-std::string LockFolder(const std::string& folder, UniqueFd& lock);
+std::string LockFolder(const DiskPlace& folder, UniqueFd& lock);
 
 }  // namespace scrubwell::offline

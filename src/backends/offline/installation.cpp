@@ -1,10 +1,15 @@
 #include "backends/offline/installation.h"
 
-#include <array>
+#include <fcntl.h>
 
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "backends/offline/commit.h"
 #include "backends/offline/registry_read.h"
 #include "formats/pe/pe.h"
-#include "formats/regf/mapped_file.h"
+#include "formats/regf/file_image.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::offline {
@@ -132,12 +137,14 @@ void ReadControlSet(Installation& out) {
 
 // What the kernel file says; nothing when it is no program of a known kind.
 std::optional<bool> KernelIs64Bit(OfflineFiles& files, const Installation& at) {
-  std::string path;
-  if (files.LocalPath(at.systemRoot + u"\\System32\\ntoskrnl.exe", path) != Status::Ok) return {};
-  regf::MappedFile file;
-  std::string ignored;
+  // The headers are all that is asked for.
+  constexpr std::size_t kHeaders = 65'536;
+  Bytes head;
   pe::Image image;
-  if (!file.Open(path, ignored) || image.Open(file.Content()) != Status::Ok) return {};
+  const UnicodeString kernel = at.systemRoot + u"\\System32\\ntoskrnl.exe";
+  if (files.ReadHead(kernel, kHeaders, head) != Status::Ok) return {};
+  const Status status = image.Open(head);
+  if (status != Status::Ok && image.MachineType() == 0) return {};
   switch (image.MachineType()) {
     case pe::MachineAmd64:
     case pe::MachineArm64:
@@ -165,38 +172,72 @@ bool FactsSay64Bit(OfflineFiles& files, const Installation& at) {
 
 }  // namespace
 
+bool HiveStore::ReadImage(const DiskPlace& place, regf::FileImage& out, std::string& error) {
+  const UniqueFd fd = place.Open(O_RDONLY | O_NONBLOCK);
+  if (!fd.Good()) {
+    error = place.Text() + ": " + std::strerror(errno);
+    return false;
+  }
+  std::string reason;
+  if (out.Open(fd.Get(), reason)) return true;
+  error = place.Text() + ": " + reason;
+  return false;
+}
+
+std::vector<regf::FileImage> HiveStore::LogsOf(UnicodeView path) {
+  std::vector<regf::FileImage> logs;
+  for (const UnicodeView ending :
+       {UnicodeView(u".LOG"), UnicodeView(u".LOG1"), UnicodeView(u".LOG2")}) {
+    DiskPlace place;
+    regf::FileImage log;
+    std::string ignored;
+    if (files_.Place(UnicodeString(path) + UnicodeString(ending), place) == Status::Ok &&
+        ReadImage(place, log, ignored)) {
+      logs.push_back(std::move(log));
+    }
+  }
+  return logs;
+}
+
+void HiveStore::TellFaults(const RegfHive& hive) {
+  const regf::HiveFacts& facts = hive.Original().Facts();
+  if (facts.stale) {
+    notes_.Note(hive.Path() +
+                u": was not closed properly and has no usable log; what is read may be stale");
+  }
+  if (facts.unreadable != 0) {
+    notes_.Note(hive.Path() + u": the disk does not give " +
+                IntToStr(static_cast<std::int64_t>(facts.unreadable)) +
+                u" bytes of it; what lies there is not checked");
+  }
+}
+
 RegfHive* HiveStore::Open(UnicodeView path, Status& why, std::string& error) {
-  std::string file;
-  why = files_.LocalPath(path, file);
+  DiskPlace place;
+  why = files_.Place(path, place);
   if (why != Status::Ok) {
     error = ToUtf8(path) +
             (why == Status::Absent ? ": there is no such file" : ": the file can't be reached");
     return nullptr;
   }
+  const std::string text = place.Text();
   for (const auto& hive : hives_) {
-    if (hive->File() == file) return hive.get();
+    if (hive->Place().Text() == text) return hive.get();
   }
-  const auto replacement = inPlaceOf_.find(file);
-  const std::string& source = replacement == inPlaceOf_.end() ? file : replacement->second;
-  std::vector<std::filesystem::path> logs;
-  for (const UnicodeView ending :
-       {UnicodeView(u".LOG"), UnicodeView(u".LOG1"), UnicodeView(u".LOG2")}) {
-    std::string log;
-    if (files_.LocalPath(UnicodeString(path) + UnicodeString(ending), log) == Status::Ok) {
-      logs.emplace_back(log);
-    }
-  }
-  regf::OpenedHive opened = regf::Hive::Open(source, logs);
+  regf::FileImage image;
+  why = Status::Corrupt;
+  const DiskPlace source = replaced_.contains(text) ? place.WithEnding(kSideEnding) : place;
+  if (!ReadImage(source, image, error)) return nullptr;
+  std::vector<regf::FileImage> logs;
+  if (regf::Hive::IsDirty(image.Content())) logs = LogsOf(path);
+  regf::OpenedHive opened = regf::Hive::FromFile(std::move(image), text, logs);
   if (opened.hive == nullptr) {
-    why = Status::Corrupt;
     error = opened.error;
     return nullptr;
   }
-  if (opened.hive->Facts().stale) {
-    notes_.Note(UnicodeString(path) +
-                u": was not closed properly and has no usable log; what is read may be stale");
-  }
-  hives_.push_back(std::make_unique<RegfHive>(std::move(opened.hive), UnicodeString(path), file));
+  why = Status::Ok;
+  hives_.push_back(std::make_unique<RegfHive>(std::move(opened.hive), UnicodeString(path), place));
+  TellFaults(*hives_.back());
   if (done_) hives_.back()->AllowChanges(done_);
   return hives_.back().get();
 }
@@ -257,6 +298,14 @@ bool FindInstallation(DriveTree& drives, char16_t letter, OfflineFiles& files, H
   out.is64Bit = kernel ? *kernel : FactsSay64Bit(files, out);
   files.SetRedirection({out.is64Bit, out.IsWindows7OrLater(), out.systemRoot});
   return true;
+}
+
+UnicodeString IdentityOf(const Installation& installation) {
+  const regf::Hive& software = installation.software->Raw();
+  UnicodeString text = HiveText(software, u"Microsoft\\Cryptography", u"MachineGuid");
+  text += u'|' + HiveText(software, kNtKey, u"ProductId");
+  text += u'|' + HiveText(software, kNtKey, u"SystemRoot");
+  return text + u'|' + IntToStr(HiveNumber(software, kNtKey, u"InstallDate").value_or(0));
 }
 
 OsVersion OsVersionOf(std::uint32_t build, UnicodeView version) {

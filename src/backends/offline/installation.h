@@ -2,9 +2,9 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "backends/offline/notes.h"
 #include "backends/offline/offline_files.h"
@@ -19,10 +19,13 @@ class HiveStore {
   HiveStore(OfflineFiles& files, INotes& notes) : files_(files), notes_(notes) {}
   /// Null and `why` and one sentence when the hive can't be read. Each file is opened once.
   RegfHive* Open(UnicodeView path, Status& why, std::string& error);
+  /// A file's content, with what can't be read of it. False and one sentence when there is none.
+  static bool ReadImage(const DiskPlace& place, regf::FileImage& out, std::string& error);
   /// Every hive, also those opened from now on, may be changed; `done` hears each outcome.
   void AllowChanges(std::function<void(Status)> done);
-  /// Files to read in place of others: an interrupted clean's finished work.
-  void SetReplacements(std::map<std::string, std::string> files) { inPlaceOf_ = std::move(files); }
+  /// Hives, by the text of their place, in whose place the content beside them is to be read: an
+  /// interrupted clean's finished work.
+  void SetReplaced(std::set<std::string> hives) { replaced_ = std::move(hives); }
   /// All hives opened so far lie on the drive that has got this letter.
   void SetLetter(char16_t letter) {
     for (const auto& hive : hives_) hive->SetLetter(letter);
@@ -30,11 +33,14 @@ class HiveStore {
   [[nodiscard]] const std::vector<std::unique_ptr<RegfHive>>& All() const { return hives_; }
 
  private:
+  std::vector<regf::FileImage> LogsOf(UnicodeView path);
+  void TellFaults(const RegfHive& hive);
+
   OfflineFiles& files_;
   INotes& notes_;
   std::vector<std::unique_ptr<RegfHive>> hives_;
   std::function<void(Status)> done_;
-  std::map<std::string, std::string> inPlaceOf_;
+  std::set<std::string> replaced_;
 };
 
 /// One Windows on a volume.
@@ -62,6 +68,9 @@ struct Installation {
 /// knows itself by. False and one sentence in `error` when there is no readable Windows.
 bool FindInstallation(DriveTree& drives, char16_t letter, OfflineFiles& files, HiveStore& hives,
                       INotes& notes, Installation& out, std::string& error);
+
+/// What tells one Windows from another, whatever drive it is on.
+UnicodeString IdentityOf(const Installation& installation);
 
 OsVersion OsVersionOf(std::uint32_t build, UnicodeView version);
 

@@ -1,8 +1,8 @@
 #include "backends/offline/offline_backend.h"
 
-#include "backends/offline/commit.h"
 #include "backends/offline/mounted_devices.h"
 #include "backends/offline/offline_parts.h"
+#include "backends/offline/pending.h"
 #include "backends/offline/registry_read.h"
 #include "registry/Stringhelper.h"
 
@@ -78,14 +78,10 @@ bool OfflineBackend::Parts::PickUser(const std::string& wanted, std::string& err
 }
 
 void OfflineBackend::Parts::TellHive(UnicodeView place, const UnicodeString& path) {
-  std::string file;
-  std::string root;
-  if (files.LocalPath(path, file) != Status::Ok) return;
-  const UnicodeString volume{installation.Letter(), u':', u'\\'};
-  if (files.LocalPath(volume, root) == Status::Ok && file.starts_with(root)) {
-    file.erase(0, file.find_first_not_of('/', root.size()));
-  }
-  target.hives.push_back({UnicodeString(place), file});
+  offline::DiskPlace file;
+  if (files.Place(path, file) != Status::Ok) return;
+  const bool isOnVolume = &file.Root() == &drives.Get(installation.Letter())->root;
+  target.hives.push_back({UnicodeString(place), isOnVolume ? file.Relative() : file.Text()});
 }
 
 void OfflineBackend::Parts::MountFile(UnicodeView place, const UnicodeString& path) {
@@ -127,10 +123,9 @@ void OfflineBackend::Parts::MountHives() {
   world->registry.OpenKey({RootKey::CurrentUser, u"Software\\Classes"}, info);
 }
 
-std::string OfflineBackend::Parts::ConfigFolder() {
-  std::string folder;
-  files.LocalPath(installation.systemRoot + u"\\System32\\config", folder);
-  return folder;
+offline::DiskPlace OfflineBackend::Parts::ConfigFolder() {
+  // The software hive lies in it, so it is there.
+  return installation.software->Place().Folder();
 }
 
 void OfflineBackend::Parts::MapMountedDevices() {
@@ -147,8 +142,9 @@ void OfflineBackend::Parts::MapMountedDevices() {
     if (drives.Get(letter) != nullptr) continue;
     const std::string folder = offline::MountFolderOf(value.data);
     std::string error;
-    if (!folder.empty() && drives.Add(letter, folder, DriveKind::Fixed, error)) {
-      notes.Note(UnicodeString(1, letter) + u": is mounted on " + FromUtf8(folder));
+    if (!folder.empty() && drives.Add(letter, folder, DriveKind::Fixed, error, false)) {
+      notes.Note(UnicodeString(1, letter) + u": is read from " + FromUtf8(folder) +
+                 u", which this Windows names as its own; a clean changes nothing there");
       continue;
     }
     if (!letters.empty()) letters += u", ";
@@ -181,16 +177,29 @@ OfflineOpenResult OfflineBackend::Open(const TargetOptions& options) {
   OfflineOpenResult opened = Open(options, nullptr);
   if (opened.backend == nullptr) return opened;
   Parts& parts = *opened.backend->parts_;
-  const offline::PendingCommit pending = offline::FindPending(parts.ConfigFolder(), parts.drives);
-  if (pending.state == offline::PendingCommit::State::None) return opened;
-  if (pending.state == offline::PendingCommit::State::Preparing) {
+  offline::DiskRoot backups;
+  const bool hasBackups =
+      offline::OpenRoot(options.backupFolder.empty() ? DefaultBackupFolder() : options.backupFolder,
+                        backups) == 0;
+  const offline::PendingCommit pending =
+      offline::FindPending({parts.ConfigFolder(), &parts.drives, hasBackups ? &backups : nullptr,
+                            offline::IdentityOf(parts.installation)});
+  using State = offline::PendingCommit::State;
+  if (pending.state == State::None) return opened;
+  if (pending.state == State::Foreign || pending.state == State::Elsewhere) {
+    parts.notes.Note(FromUtf8(pending.record.Text()) +
+                     u": no session in the backup folder knows this record of an interrupted "
+                     u"clean; the files are shown as they are");
+    return opened;
+  }
+  if (pending.state == State::Preparing) {
     parts.notes.Note(
         u"An earlier clean was interrupted before it changed anything; its left-over "
         u"files are to be removed with recover");
     return opened;
   }
   FinishedState finished;
-  if (pending.state == offline::PendingCommit::State::Unreadable ||
+  if (pending.state == State::Unreadable ||
       !offline::FinishedView(pending, finished.hives, finished.files)) {
     const std::string error = pending.error.empty()
                                   ? options.folder +
@@ -210,7 +219,7 @@ OfflineOpenResult OfflineBackend::Open(const TargetOptions& options) {
 OfflineOpenResult OfflineBackend::Open(const TargetOptions& options,
                                        const FinishedState* finished) {
   auto parts = std::make_unique<Parts>();
-  if (finished != nullptr) parts->hives.SetReplacements(finished->hives);
+  if (finished != nullptr) parts->hives.SetReplaced(finished->hives);
   std::string error;
   if (!parts->drives.Add(u'C', options.folder, DriveKind::Fixed, error) ||
       !offline::FindInstallation(parts->drives, u'C', parts->files, parts->hives, parts->notes,

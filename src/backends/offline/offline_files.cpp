@@ -46,12 +46,6 @@ Status ReadAll(int fd, std::size_t size, Bytes& out) {
   return Status::Ok;
 }
 
-std::string LocalOf(const Found& found) {
-  const std::string relative =
-      found.isFolder ? found.folder->Relative() : found.folder->RelativeOf(found.entry);
-  return found.folder->Owner().canonical + (relative.empty() ? "" : "/" + relative);
-}
-
 bool IsThere(const FileChange& change) {
   return change.kind == FileChange::Kind::Written || change.kind == FileChange::Kind::FolderMade;
 }
@@ -153,8 +147,7 @@ Status OfflineFiles::Size(UnicodeView path, FsView view, std::uint64_t& out) {
   if (status != Status::Ok || info.isFolder) return status;
   Found found;
   if (Find(path, view, found) != Status::Ok) return Status::Unknown;  // a device has no size
-  const UniqueFd fd =
-      OpenBelow(found.folder->Owner(), found.folder->RelativeOf(found.entry), O_PATH);
+  const UniqueFd fd = found.Place().Open(O_PATH);
   struct stat facts {};
   if (!fd.Good() || ::fstat(fd.Get(), &facts) != 0) return FromErrno(errno);
   out = static_cast<std::uint64_t>(std::max<off_t>(facts.st_size, 0));
@@ -169,7 +162,7 @@ Status OfflineFiles::ListOnDisk(UnicodeView path, FsView view, std::vector<DirEn
   if (!found.isFolder) return Status::Absent;
   Folder& folder = *found.folder;
   if (const Status loaded = folder.Load(); loaded != Status::Ok) return loaded;
-  const UniqueFd fd = OpenBelow(folder.Owner(), folder.Relative(), O_PATH | O_DIRECTORY);
+  const UniqueFd fd = folder.Place().Open(O_PATH | O_DIRECTORY);
   out.reserve(folder.Entries().size());
   for (std::size_t i = 0; i < folder.Entries().size(); ++i) {
     const Folder::Entry& entry = folder.Entries()[i];
@@ -207,22 +200,30 @@ Status OfflineFiles::Read(UnicodeView path, FsView view, std::size_t limit, Byte
   const Status status = Find(path, view, found);
   if (status != Status::Ok) return status;
   if (found.isFolder) return Status::Denied;
-  const UniqueFd fd = OpenBelow(found.folder->Owner(), found.folder->RelativeOf(found.entry),
-                                O_RDONLY | O_NONBLOCK);
-  if (!fd.Good()) return FromErrno(errno);
-  struct stat info {};
-  if (::fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return Status::Unknown;
-  const auto size = static_cast<std::uint64_t>(info.st_size);
-  if (size > limit) return Status::Corrupt;
-  return ReadAll(fd.Get(), static_cast<std::size_t>(size), out);
+  const int error = ReadWholeFile(found.Place(), out, limit);
+  return error == 0 ? Status::Ok : error == EFBIG ? Status::Corrupt : FromErrno(error);
 }
 
-Status OfflineFiles::LocalPath(UnicodeView path, std::string& out, FsView view) {
+Status OfflineFiles::ReadHead(UnicodeView path, std::size_t most, Bytes& out) {
+  out.clear();
+  DiskPlace place;
+  const Status status = Place(path, place);
+  if (status != Status::Ok) return status;
+  const UniqueFd fd = place.Open(O_RDONLY | O_NONBLOCK);
+  if (!fd.Good()) return FromErrno(errno);
+  struct stat info {};
+  if (::fstat(fd.Get(), &info) != 0) return Status::Unknown;
+  if (S_ISDIR(info.st_mode)) return Status::Denied;
+  if (!S_ISREG(info.st_mode)) return Status::Unknown;
+  return ReadAll(fd.Get(), most, out);
+}
+
+Status OfflineFiles::Place(UnicodeView path, DiskPlace& out, FsView view) {
   Found found;
   const Status status = Find(path, view, found);
   if (status != Status::Ok) return status;
-  out = LocalOf(found);
-  const FileChange* const change = ChangeOf(out);
+  out = found.Place();
+  const FileChange* const change = changes_.empty() ? nullptr : ChangeOf(out.Text());
   const bool gone = change != nullptr && (change->kind == FileChange::Kind::Erased ||
                                           change->kind == FileChange::Kind::FolderErased);
   return gone ? Status::Absent : Status::Ok;
@@ -238,32 +239,33 @@ void OfflineFiles::SetChanges(FileChanges changes) {
   for (Answers& answers : answers_) answers.Clear();
 }
 
-// This machine's path of a folder that is there, on the disk or among the changes.
-Status OfflineFiles::LocalFolder(const WinPath& path, std::string& local) {
+// Where a folder lies that is there, on the disk or among the changes.
+Status OfflineFiles::FolderPlace(const WinPath& path, DiskPlace& out) {
   Found found;
   Status status = drives_.Resolve(path, found);
   if (status == Status::Ok) {
     if (!found.isFolder) return Status::Absent;
-    local = LocalOf(found);
+    out = found.Place();
   } else if (status == Status::Absent && !path.parts.empty()) {
     FileTarget target;
     status = TargetOf(path, target);
     if (status == Status::Ok && !target.isFolder) status = Status::Absent;
-    local = target.local;
+    out = target.place;
   }
   if (status != Status::Ok) return status;
-  const FileChange* const change = ChangeOf(local);
+  const FileChange* const change = ChangeOf(out.Text());
   return change != nullptr && !IsThere(*change) ? Status::Absent : Status::Ok;
 }
 
 Status OfflineFiles::TargetOf(const WinPath& path, FileTarget& out) {
-  if (path.parts.empty()) return Status::Denied;
+  const offline::Drive* const drive = drives_.Get(path.letter);
+  if (path.parts.empty() || (drive != nullptr && !drive->isGiven)) return Status::Denied;
   out = {};
   out.path = PathText(path);
   WinPath parent = path;
   parent.parts.pop_back();
-  std::string folder;
-  Status status = LocalFolder(parent, folder);
+  DiskPlace folder;
+  Status status = FolderPlace(parent, folder);
   if (status != Status::Ok) return status;
   Found found;
   Found holder;
@@ -277,19 +279,26 @@ Status OfflineFiles::TargetOf(const WinPath& path, FileTarget& out) {
     }
     if (entries.size() != 1) return Status::Unknown;
     if (holder.folder->Entries()[entries[0]].kind == Folder::Kind::Link) return Status::Denied;
-    out.local = LocalOf(found);
+    out.place = found.Place();
     out.exists = true;
     out.isFolder = found.isFolder;
   } else if (status == Status::Absent) {
-    out.local = folder + "/" + ToUtf8(path.parts.back());
+    out.place = folder / ToUtf8(path.parts.back());
   } else {
     return status;
   }
+  // A link on the way may have led to a drive that the user did not name.
+  if (!IsGiven(out.place)) return Status::Denied;
+  out.local = out.place.Text();
   if (const FileChange* const change = ChangeOf(out.local)) {
     out.exists = IsThere(*change);
     out.isFolder = change->kind == FileChange::Kind::FolderMade;
   }
   return Status::Ok;
+}
+
+bool OfflineFiles::IsGiven(const DiskPlace& place) const {
+  return drives_.IsGiven(place.Root());
 }
 
 Status OfflineFiles::Target(UnicodeView path, FileTarget& out) {
@@ -311,12 +320,13 @@ Status OfflineFiles::List(UnicodeView path, FsView view, std::vector<DirEntry>& 
   WinPath cut;
   if (!ParsePath(path, cut)) return Status::Unknown;
   if (view == FsView::Redirected) Redirect(cut);
-  std::string local;
-  Status status = LocalFolder(cut, local);
+  DiskPlace folder;
+  Status status = FolderPlace(cut, folder);
   if (status != Status::Ok) return status;
   status = ListOnDisk(path, view, out);
   if (status != Status::Ok && status != Status::Absent) return status;
-  const std::string below = local + "/";
+  std::string below = folder.Text();
+  if (!below.ends_with('/')) below += '/';
   for (auto it = changes_.lower_bound(below); it != changes_.end() && it->first.starts_with(below);
        ++it) {
     const std::string name = it->first.substr(below.size());
@@ -333,6 +343,7 @@ Status OfflineFiles::Change(JournalAction action, const FileTarget& target, File
   const Bytes* const data = change.kind == FileChange::Kind::Written ? &change.data : nullptr;
   if (!observer_->BeforeFileChange(action, target, data)) return Status::Denied;
   change.path = target.path;
+  change.place = target.place;
   // A folder that is made again where one was to go just stays.
   const FileChange* const before = ChangeOf(target.local);
   if (change.kind == FileChange::Kind::FolderMade && before != nullptr) {
@@ -356,7 +367,7 @@ Status OfflineFiles::Write(UnicodeView path, const Bytes& data) {
   const Status status = Target(path, target);
   if (status != Status::Ok) return status;
   if (target.exists && target.isFolder) return Status::Denied;
-  return Change(JournalAction::WriteFile, target, {FileChange::Kind::Written, {}, data, {}});
+  return Change(JournalAction::WriteFile, target, {FileChange::Kind::Written, {}, {}, data, {}});
 }
 
 Status OfflineFiles::EraseFile(UnicodeView path) {
@@ -366,7 +377,7 @@ Status OfflineFiles::EraseFile(UnicodeView path) {
   if (status != Status::Ok) return status;
   if (!target.exists) return Status::Absent;
   if (target.isFolder) return Status::Denied;
-  return Change(JournalAction::EraseFile, target, {FileChange::Kind::Erased, {}, {}, {}});
+  return Change(JournalAction::EraseFile, target, {FileChange::Kind::Erased, {}, {}, {}, {}});
 }
 
 Status OfflineFiles::EraseFolder(UnicodeView path) {
@@ -378,7 +389,8 @@ Status OfflineFiles::EraseFolder(UnicodeView path) {
   if (status == Status::Ok) status = List(path, FsView::Physical, entries);
   if (status != Status::Ok) return status;
   if (!target.isFolder || !entries.empty()) return Status::Denied;
-  return Change(JournalAction::EraseFolder, target, {FileChange::Kind::FolderErased, {}, {}, {}});
+  return Change(JournalAction::EraseFolder, target,
+                {FileChange::Kind::FolderErased, {}, {}, {}, {}});
 }
 
 Status OfflineFiles::MakeFolder(UnicodeView path) {
@@ -387,7 +399,7 @@ Status OfflineFiles::MakeFolder(UnicodeView path) {
   const Status status = Target(path, target);
   if (status != Status::Ok || (target.exists && target.isFolder)) return status;
   if (target.exists) return Status::Denied;
-  return Change(JournalAction::WriteFile, target, {FileChange::Kind::FolderMade, {}, {}, {}});
+  return Change(JournalAction::WriteFile, target, {FileChange::Kind::FolderMade, {}, {}, {}, {}});
 }
 
 Status OfflineFiles::Backup(UnicodeView path) {

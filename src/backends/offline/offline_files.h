@@ -4,8 +4,7 @@
 #include <map>
 #include <optional>
 
-#include "backends/offline/clean_session.h"
-#include "backends/offline/disk.h"
+#include "backends/common/journal.h"
 #include "backends/offline/drive_tree.h"
 #include "registry/TextTable.h"
 
@@ -24,17 +23,19 @@ struct FileChange {
   enum class Kind : std::uint8_t { Written, Erased, FolderErased, FolderMade };
   Kind kind = Kind::Written;
   UnicodeString path;  ///< as Windows names it
+  DiskPlace place;
   Bytes data;
   /// Attributes to give it; none: those of the file in its place.
   std::optional<FileAttributes> attributes;
 };
-/// By this machine's path.
+/// By the place's text, which is not to be opened.
 using FileChanges = std::map<std::string, FileChange>;
 
 /// Where a change goes.
 struct FileTarget {
   UnicodeString path;  ///< as Windows names it, all redirection done
-  std::string local;
+  DiskPlace place;
+  std::string local;  ///< the place's text
   bool exists = false;
   bool isFolder = false;
 };
@@ -67,17 +68,21 @@ class OfflineFiles final : public IFiles {
 
   void AllowChanges(IFileObserver& observer) { observer_ = &observer; }
   [[nodiscard]] const FileChanges& Changes() const { return changes_; }
-  /// Takes changes over as if they had been made here.
+  /// Takes changes over as if they had been made here; they can't be committed.
   void SetChanges(FileChanges changes);
   /// The attributes that a written file gets in place of its own.
   void SetAttributes(const FileTarget& target, const FileAttributes& attributes);
   Status MakeFolder(UnicodeView path);
   /// Absent when the folder that would hold it is; Denied for what must not be changed: a drive's
-  /// root, and links, which this machine shows where Windows has something else.
+  /// root, a drive that the user did not name, and links, which this machine shows where Windows
+  /// has something else.
   Status Target(UnicodeView path, FileTarget& out);
 
-  /// This machine's path of a file or folder, free of links, for libraries that open by path.
-  Status LocalPath(UnicodeView path, std::string& out, FsView view = FsView::Physical);
+  /// Where a file or folder lies on this machine.
+  Status Place(UnicodeView path, DiskPlace& out, FsView view = FsView::Physical);
+  /// At most `most` bytes from the start of a regular file. Denied for a folder, Unknown for what
+  /// is no file or can't be read; opening it waits for nobody.
+  Status ReadHead(UnicodeView path, std::size_t most, Bytes& out);
 
  private:
   struct Answer {
@@ -89,7 +94,8 @@ class OfflineFiles final : public IFiles {
   Answer Look(UnicodeView path, FsView view);
   Answer LookOnDisk(UnicodeView path, FsView view);
   [[nodiscard]] const FileChange* ChangeOf(const std::string& local) const;
-  Status LocalFolder(const WinPath& path, std::string& local);
+  Status FolderPlace(const WinPath& path, DiskPlace& out);
+  [[nodiscard]] bool IsGiven(const DiskPlace& place) const;
   Status TargetOf(const WinPath& path, FileTarget& out);
   bool OverlayTarget(UnicodeView path, FsView view, FileTarget& out);
   Status Change(JournalAction action, const FileTarget& target, FileChange change);

@@ -61,8 +61,8 @@ struct OfflineBackend::Parts {
   void TellHive(UnicodeView place, const UnicodeString& path);
   void MountUsers();
   void MapMountedDevices();
-  /// This machine's name of the folder of the machine's hives.
-  std::string ConfigFolder();
+  /// Where the folder of the machine's hives lies.
+  offline::DiskPlace ConfigFolder();
   void DescribeTarget(const std::string& folder);
 
   offline::DriveTree drives;
@@ -78,7 +78,7 @@ struct OfflineBackend::Parts {
 
 /// The files of an interrupted clean as they will be once it is finished.
 struct OfflineBackend::FinishedState {
-  std::map<std::string, std::string> hives;
+  std::set<std::string> hives;
   offline::FileChanges files;
 };
 

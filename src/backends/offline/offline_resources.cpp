@@ -1,5 +1,7 @@
 #include "backends/offline/offline_resources.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 
 #include "backends/offline/registry_read.h"
@@ -86,18 +88,29 @@ const OfflineResources::Languages& OfflineResources::Preferred() {
   return languages;
 }
 
-Status OfflineResources::Open(UnicodeView file, regf::MappedFile& bytes, pe::Image& image) {
+// Of a program file the headers and the resources are read, not the code between them.
+Status OfflineResources::Open(UnicodeView file, regf::FileImage& bytes, pe::Image& image) {
+  constexpr std::size_t kHeaders = 65'536;
+  constexpr std::size_t kLargest = std::size_t{1} << 30U;
   // What a 32-bit process would load comes first.
-  std::string path;
-  Status status = files_.LocalPath(file, path, FsView::Redirected);
-  if (status != Status::Ok) status = files_.LocalPath(file, path, FsView::Physical);
+  DiskPlace place;
+  Status status = files_.Place(file, place, FsView::Redirected);
+  if (status != Status::Ok) status = files_.Place(file, place, FsView::Physical);
   if (status != Status::Ok) return status;
+  const UniqueFd fd = place.Open(O_RDONLY | O_NONBLOCK);
   std::string ignored;
-  return bytes.Open(path, ignored) ? image.Open(bytes.Content()) : Status::Unknown;
+  if (!fd.Good() || !bytes.Reserve(fd.Get(), kLargest, ignored)) return Status::Unknown;
+  const auto whole = bytes.Content();
+  if (!bytes.Load(fd.Get(), 0, std::min(kHeaders, whole.size()))) return Status::Unknown;
+  status = image.Open(whole);
+  const auto part = image.Resources();
+  if (status != Status::Ok || part.empty()) return status;
+  const auto from = static_cast<std::size_t>(part.data() - whole.data());
+  return bytes.Load(fd.Get(), from, part.size()) ? Status::Ok : Status::Unknown;
 }
 
 Status OfflineResources::StringIn(UnicodeView file, std::uint32_t id, UnicodeString& out) {
-  regf::MappedFile bytes;
+  regf::FileImage bytes;
   pe::Image image;
   if (const Status status = Open(file, bytes, image); status != Status::Ok) return status;
   return image.String(id, Preferred().numbers, out);
@@ -113,7 +126,7 @@ Status OfflineResources::StringResource(UnicodeView file, std::uint32_t id, Unic
 }
 
 Status OfflineResources::Version(UnicodeView file, FileVersion& out) {
-  regf::MappedFile bytes;
+  regf::FileImage bytes;
   pe::Image image;
   pe::Version version;
   if (const Status opened = Open(file, bytes, image); opened != Status::Ok) return opened;

@@ -5,7 +5,7 @@
 
 #include "backends/offline/offline_files.h"
 #include "formats/pe/pe.h"
-#include "formats/regf/mapped_file.h"
+#include "formats/regf/file_image.h"
 
 namespace scrubwell::offline {
 
@@ -23,7 +23,7 @@ class OfflineResources final : public IFileResources {
     std::vector<pe::LangId> numbers;
   };
   const Languages& Preferred();
-  Status Open(UnicodeView file, regf::MappedFile& bytes, pe::Image& image);
+  Status Open(UnicodeView file, regf::FileImage& bytes, pe::Image& image);
   Status StringIn(UnicodeView file, std::uint32_t id, UnicodeString& out);
 
   IRegistry& registry_;

@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "backends/common/hive.h"
+#include "backends/offline/disk_place.h"
 #include "formats/regf/editor.h"
 
 namespace scrubwell::offline {
@@ -14,8 +15,8 @@ namespace scrubwell::offline {
 /// copy, which all further reading sees; the file is never written here.
 class RegfHive final : public IHive {
  public:
-  RegfHive(std::unique_ptr<regf::Hive> hive, UnicodeString path, std::string file)
-      : hive_(std::move(hive)), path_(std::move(path)), file_(std::move(file)) {}
+  RegfHive(std::unique_ptr<regf::Hive> hive, UnicodeString path, DiskPlace place)
+      : hive_(std::move(hive)), path_(std::move(path)), place_(std::move(place)) {}
 
   /// The hive as it is now. What it gives as views is good until the next change.
   [[nodiscard]] const regf::Hive& Raw() const { return editor_ ? editor_->View() : *hive_; }
@@ -24,8 +25,8 @@ class RegfHive final : public IHive {
   /// As Windows names the file.
   [[nodiscard]] const UnicodeString& Path() const { return path_; }
   void SetLetter(char16_t letter) { path_.front() = letter; }
-  /// This machine's name of the file.
-  [[nodiscard]] const std::string& File() const { return file_; }
+  /// Where the file lies on this machine.
+  [[nodiscard]] const DiskPlace& Place() const { return place_; }
 
   /// `done` hears the outcome of every change.
   void AllowChanges(std::function<void(Status)> done) { done_ = std::move(done); }
@@ -64,7 +65,7 @@ class RegfHive final : public IHive {
 
   std::unique_ptr<regf::Hive> hive_;
   UnicodeString path_;
-  std::string file_;
+  DiskPlace place_;
   std::unique_ptr<regf::Editor> editor_;
   std::string editError_;
   std::function<void(Status)> done_;

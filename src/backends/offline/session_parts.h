@@ -2,8 +2,9 @@
 #pragma once
 
 #include "backends/common/journal.h"
-#include "backends/offline/commit.h"
+#include "backends/offline/clean_session.h"
 #include "backends/offline/offline_parts.h"
+#include "backends/offline/pending.h"
 
 namespace scrubwell {
 
@@ -15,16 +16,21 @@ struct CleanSession::Parts final : IRegistryObserver, offline::IFileObserver {
   bool BeforeChange(const RegistryChange& change) override;
   bool BeforeFileChange(JournalAction action, const offline::FileTarget& target,
                         const Bytes* data) override;
+  /// What keeps a hive from being changed; empty when nothing does.
+  std::string WhyNotChange(const offline::RegfHive& hive);
   /// The change announced last was made, or not.
   void ChangeDone(Status status);
   JournalEntry& Add(JournalEntry entry);
 
   CleanOpenResult OpenBackend();
   CleanOpenResult ChooseBackupFolder();
+  /// Makes the backup folder where it is missing and opens it. One sentence when that fails.
+  std::string OpenBackups();
   CleanOpenResult SettleInterrupted();
   std::string WhyNotSafe();
   void BeginRecording();
   CommitResult Commit();
+  RecoverResult Recover();
 
   auto& World() { return offline::BackendAccess::Of(*backend); }
 
@@ -33,7 +39,8 @@ struct CleanSession::Parts final : IRegistryObserver, offline::IFileObserver {
   std::unique_ptr<OfflineBackend> backend;
   offline::UniqueFd lock;
   std::string backupFolder;
-  std::string config;
+  offline::DiskRoot backups;  ///< opened when it is there
+  offline::DiskPlace config;
   Journal journal;
   std::vector<JournalItem> items;
   std::size_t problem = JournalItem::NoProblem;
@@ -41,27 +48,20 @@ struct CleanSession::Parts final : IRegistryObserver, offline::IFileObserver {
   std::vector<offline::CommitStep> furtherSteps;
 
  private:
+  using Places = std::vector<offline::DiskPlace>;
+
   std::string PlanHives(offline::CommitPlan& plan);
   std::string PlanHive(offline::RegfHive& hive, offline::CommitPlan& plan);
   std::string PlanFiles(offline::CommitPlan& plan);
-  bool PlanFile(const std::string& local, const offline::FileChange& change,
-                offline::CommitStep& step);
+  static std::string PlanFile(const offline::FileChange& change, offline::CommitStep& step,
+                              bool& needed);
   std::string WhyNotRoom(const offline::CommitPlan& plan, std::size_t journalBytes);
-  std::string WriteSession(offline::CommitPlan& plan, const std::string& text,
-                           std::vector<std::string>& made);
-  std::string CopyOriginals(const offline::CommitPlan& plan, std::vector<std::string>& made);
-  std::string WriteInto(const std::string& file, std::span<const std::uint8_t> data,
-                        std::vector<std::string>& made);
-  std::string NewFolder(const std::string& folder, std::vector<std::string>& made);
-  void TakeAway(const std::vector<std::string>& made);
-  [[nodiscard]] std::string RelativeTo(const std::string& local, char16_t letter);
+  std::string WriteSession(offline::CommitPlan& plan, const std::string& text, Places& made);
+  std::string CopyOriginals(const offline::CommitPlan& plan, Places& made);
+  std::string WriteInto(const offline::DiskPlace& file, std::span<const std::uint8_t> data,
+                        Places& made);
+  std::string NewFolder(const offline::DiskPlace& folder, Places& made);
+  void TakeAway(const Places& made);
 };
-
-namespace offline {
-
-/// What tells one Windows from another, whatever drive it is on.
-UnicodeString IdentityOf(const Installation& installation);
-
-}  // namespace offline
 
 }  // namespace scrubwell

@@ -1,7 +1,11 @@
 // Putting back what a session changed, through a session of its own.
 #include <algorithm>
+#include <ctime>
 #include <filesystem>
+#include <map>
 
+#include "backends/common/content_digest.h"
+#include "backends/common/local_file.h"
 #include "backends/common/undo_choice.h"
 #include "backends/offline/guards.h"
 #include "backends/offline/session_parts.h"
@@ -19,24 +23,46 @@ UndoResult Failed(CleanFailure failure, std::string error) {
   return result;
 }
 
+// A FILETIME of the second after a session was written; 0 when its time can't be read.
+std::uint64_t EndOf(const SessionInfo& info) {
+  constexpr std::uint64_t kUnixStart = 11'644'473'600U;
+  std::tm parts{};
+  if (::strptime(info.time.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts) == nullptr) return 0;
+  return (kUnixStart + static_cast<std::uint64_t>(::timegm(&parts)) + 1) * 10'000'000U;
+}
+
 }  // namespace
 
 /// One undo under way.
 struct UndoRun {
-  UndoRun(CleanSession& session, const Journal& from)
-      : parts(*session.parts_), journal(from), changed(from) {}
+  /// With `wholly` keys get back their times, too, where nobody has changed them since.
+  UndoRun(CleanSession& session, const Journal& from, bool wholly)
+      : parts(*session.parts_), journal(from), changed(from), end(wholly ? EndOf(from.info) : 0) {}
 
   UndoItem Restore(const JournalEntry& entry);
+  /// Puts in place what was gathered: values, and the times of keys. To be called last; an item
+  /// that fails here is told in `items`.
+  void Finish(std::vector<UndoItem>& items);
 
   CleanSession::Parts& parts;
   const Journal& journal;
 
  private:
   using Cell = regf::CellOffset;
+  using Node = ChangedPlaces::Node;
   struct Answer {
     UndoOutcome outcome = UndoOutcome::Restored;
     std::string why = {};
   };
+  /// A key whose values are being put back. They are gathered and put in together: one after the
+  /// other, each would have to look through all that are there.
+  struct Gathered {
+    std::unordered_map<UnicodeString, regf::ValueFacts> there;
+    std::unordered_map<UnicodeString, std::size_t> fresh;  ///< where in `values`
+    std::vector<regf::Editor::PlacedValue> values;
+    std::vector<const JournalEntry*> entries;  ///< that they are of
+  };
+  using Gathering = std::map<std::pair<offline::RegfHive*, Cell>, Gathered>;
 
   Answer RestoreRegistry(const JournalEntry& entry);
   Answer RestoreKey(const JournalEntry& entry);
@@ -46,10 +72,18 @@ struct UndoRun {
   Answer RestoreFolder(const JournalEntry& entry);
   Answer WriteContent(const JournalEntry& entry);
   bool Conflicts(const JournalEntry& entry, bool& identical);
-  bool KeyConflicts(const KeyImage& key, const UnicodeString& path, Cell cell, bool& identical);
+  bool KeyConflicts(const KeyImage& key, Node place, Cell cell, bool& identical);
+  Status RestoreTree(const JournalEntry& entry);
+  Status RestoreOne(const KeyImage& key, Cell parent, Cell& out);
   Status EnsureKey(const UnicodeString& path, Cell& out);
   Status Dress(Cell cell, const KeyImage& key);
-  void Note(const JournalEntry& entry, JournalAction action);
+  Status ValueNow(const Gathered& gathered, const UnicodeString& name, RegValue& out);
+  Status PutBack(Gathered& gathered, Cell key, const JournalEntry& entry);
+  Gathered* GatheredOf(Cell key);
+  Status Flush(Gathering::iterator place);
+  Status FlushKey(Cell key);
+  void RememberTime(Cell key, std::uint64_t time, bool isNew);
+  void Note(const JournalEntry& entry, JournalAction action, const RegValue* now = nullptr);
   static Answer Taken(const JournalEntry& entry);
   static Answer Broken(const JournalEntry& entry, Status status);
 
@@ -57,6 +91,12 @@ struct UndoRun {
   regf::Editor* editor = nullptr;
   UnicodeString hivePath;
   ChangedPlaces changed;
+  std::uint64_t end;
+  Gathering gathering;
+  std::unordered_map<std::string, std::string> broken;  ///< items that failed when put in
+  /// What keys' times are to be: those before the oldest change that is put back. 0 for a key that
+  /// somebody has changed since.
+  std::map<std::pair<offline::RegfHive*, Cell>, std::uint64_t> times;
 };
 
 UndoRun::Answer UndoRun::Taken(const JournalEntry& entry) {
@@ -68,7 +108,7 @@ UndoRun::Answer UndoRun::Broken(const JournalEntry& entry, Status status) {
 }
 
 // The undo's own journal says what undo changes, so that its hives can be checked against it.
-void UndoRun::Note(const JournalEntry& entry, JournalAction action) {
+void UndoRun::Note(const JournalEntry& entry, JournalAction action, const RegValue* now) {
   JournalEntry note;
   note.item.action = action;
   note.item.place = entry.item.place;
@@ -77,14 +117,19 @@ void UndoRun::Note(const JournalEntry& entry, JournalAction action) {
   note.path = entry.path;
   note.after.name = entry.item.name;
   if (action == JournalAction::DeleteKey) note.tree.push_back({});
-  RegValue now;
-  Cell key = regf::NoCell;
-  const bool isValue = action == JournalAction::SetValue || action == JournalAction::DeleteValue;
-  if (isValue && hive->Raw().Descend(hive->Raw().Root(), entry.path, key) == Status::Ok &&
-      hive->Raw().Value(key, entry.item.name, now) == Status::Ok) {
-    note.before = std::move(now);
-  }
+  if (now != nullptr) note.before = *now;
   parts.Add(std::move(note));
+}
+
+// The entries come from the newest to the oldest, so the last word is the oldest time.
+void UndoRun::RememberTime(Cell key, std::uint64_t time, bool isNew) {
+  const auto [place, first] = times.try_emplace({hive, key}, 0);
+  if (first && !isNew) {
+    regf::KeyFacts facts;
+    const bool isOurs = hive->Original().Key(key, facts) == Status::Ok && facts.lastWritten <= end;
+    if (!isOurs) return;
+  }
+  if (first || place->second != 0) place->second = time;
 }
 
 Status UndoRun::Dress(Cell cell, const KeyImage& key) {
@@ -111,10 +156,11 @@ Status UndoRun::EnsureKey(const UnicodeString& path, Cell& out) {
       created.path = path.substr(0, to);
       created.item.place = hivePath + u": " + created.path;
       Note(created, JournalAction::CreateKey);
-      const KeyImage* const image = changed.Image(hivePath, created.path);
+      const KeyImage* const image = changed.Image(changed.At(hivePath, created.path));
       const bool known = image != nullptr;
       status = editor->Create(parent, known ? UnicodeView(image->name) : name, out);
       if (status == Status::Ok && known) status = Dress(out, *image);
+      if (status == Status::Ok && known) RememberTime(out, image->time, true);
     }
     if (status != Status::Ok) return status;
     from = to + 1;
@@ -122,34 +168,84 @@ Status UndoRun::EnsureKey(const UnicodeString& path, Cell& out) {
   return Status::Ok;
 }
 
-bool UndoRun::KeyConflicts(const KeyImage& key, const UnicodeString& path, Cell cell,
-                           bool& identical) {
+// ---- Keys ----------------------------------------------------------------------------------
+
+bool UndoRun::KeyConflicts(const KeyImage& key, Node place, Cell cell, bool& identical) {
   std::vector<RegValue> values;
-  if (hive->Raw().Values(cell, values) != Status::Ok) return true;
-  if (changed.ValuesConflict(hivePath, path, key, values, identical)) return true;
+  if (FlushKey(cell) != Status::Ok || hive->Raw().Values(cell, values) != Status::Ok) return true;
+  if (changed.ValuesConflict(place, key, values, identical)) return true;
   bool foreign = false;
   const Status status = hive->Raw().ForEachSubkey(cell, [&](const regf::Subkey& subkey) {
-    const UnicodeString name = subkey.facts.name.Text();
-    foreign = foreign || !changed.HasKey(hivePath, PathBelow(path, name));
+    foreign = foreign || !changed.HasKey(changed.Below(place, subkey.facts.name.Text()));
   });
   return status != Status::Ok || foreign;
 }
 
 // Whether something is there that the session did not take away.
 bool UndoRun::Conflicts(const JournalEntry& entry, bool& identical) {
-  bool conflict = false;
   identical = true;
   const regf::Hive& raw = hive->Raw();
-  ForEachKey(entry, [&](const KeyImage& key, const UnicodeString& path) {
+  std::vector<std::pair<Cell, Node>> way;
+  for (const KeyImage& key : entry.tree) {
+    way.resize(std::min<std::size_t>(key.level, way.size()));
     Cell cell = regf::NoCell;
-    const Status status = raw.Descend(raw.Root(), path, cell);
+    Status status = Status::Absent;
+    Node place = ChangedPlaces::None;
+    if (way.empty()) {
+      status = raw.Descend(raw.Root(), entry.path, cell);
+      place = changed.At(hivePath, entry.path);
+    } else if (way.back().first != regf::NoCell) {
+      status = raw.Child(way.back().first, key.name, cell);
+      place = changed.Below(way.back().second, key.name);
+    }
     if (status == Status::Absent) {
       identical = false;
-    } else {
-      conflict = conflict || status != Status::Ok || KeyConflicts(key, path, cell, identical);
+      cell = regf::NoCell;
+    } else if (status != Status::Ok || KeyConflicts(key, place, cell, identical)) {
+      return true;
     }
-  });
-  return conflict;
+    way.emplace_back(cell, place);
+  }
+  return false;
+}
+
+Status UndoRun::RestoreOne(const KeyImage& key, Cell parent, Cell& out) {
+  Status status = editor->Create(parent, key.name, out);
+  if (status == Status::Ok) status = Dress(out, key);
+  std::vector<RegValue> now;
+  if (status == Status::Ok) status = hive->Raw().Values(out, now);
+  if (status != Status::Ok) return status;
+  if (!now.empty()) {
+    // Some of them are back already.
+    for (const RegValue& value : key.values) {
+      if (status == Status::Ok) status = editor->Put(out, value);
+    }
+    return status;
+  }
+  std::vector<regf::Editor::PlacedValue> values;
+  for (const RegValue& value : key.values) {
+    values.push_back({static_cast<std::uint32_t>(values.size()), &value});
+  }
+  return editor->InsertValues(out, values);
+}
+
+Status UndoRun::RestoreTree(const JournalEntry& entry) {
+  const std::size_t slash = entry.path.rfind(u'\\');
+  const bool isTop = slash == UnicodeString::npos;
+  Cell parent = regf::NoCell;
+  Status status = EnsureKey(isTop ? UnicodeString() : entry.path.substr(0, slash), parent);
+  if (status != Status::Ok) return status;
+  RememberTime(parent, entry.keyTime, false);
+  std::vector<Cell> way;
+  for (const KeyImage& key : entry.tree) {
+    way.resize(std::min<std::size_t>(key.level, way.size()));
+    Cell cell = regf::NoCell;
+    status = RestoreOne(key, way.empty() ? parent : way.back(), cell);
+    if (status != Status::Ok) return status;
+    RememberTime(cell, key.time, true);
+    way.push_back(cell);
+  }
+  return Status::Ok;
 }
 
 UndoRun::Answer UndoRun::RestoreKey(const JournalEntry& entry) {
@@ -157,29 +253,111 @@ UndoRun::Answer UndoRun::RestoreKey(const JournalEntry& entry) {
   if (Conflicts(entry, identical)) return Taken(entry);
   if (identical) return {UndoOutcome::AlreadyThere};
   Note(entry, JournalAction::CreateKey);
-  std::vector<std::pair<Cell, std::uint64_t>> times;
-  Status status = Status::Ok;
-  ForEachKey(entry, [&](const KeyImage& key, const UnicodeString& path) {
-    Cell cell = regf::NoCell;
-    if (status == Status::Ok) status = EnsureKey(path, cell);
-    if (status == Status::Ok) status = Dress(cell, key);
-    for (const RegValue& value : key.values) {
-      if (status == Status::Ok) status = editor->Put(cell, value);
-    }
-    times.emplace_back(cell, key.time);
-  });
-  for (const auto& [cell, time] : times) {
-    if (status == Status::Ok) status = editor->SetTime(cell, time);
-  }
+  const Status status = RestoreTree(entry);
   return status == Status::Ok ? Answer{} : Broken(entry, status);
 }
 
+// A key that the session made goes again when nobody has put anything in it.
+UndoRun::Answer UndoRun::TakeKeyAway(const JournalEntry& entry) {
+  Cell key = regf::NoCell;
+  regf::KeyFacts facts;
+  Status status = hive->Raw().Descend(hive->Raw().Root(), entry.path, key);
+  if (status == Status::Absent) return {UndoOutcome::AlreadyThere};
+  if (status == Status::Ok) status = FlushKey(key);
+  if (status == Status::Ok) status = hive->Raw().Key(key, facts);
+  if (status != Status::Ok) return Broken(entry, status);
+  if (facts.subkeyCount != 0 || facts.valueCount != 0) return Taken(entry);
+  Note(entry, JournalAction::DeleteKey);
+  RememberTime(facts.parent, entry.keyTime, false);
+  status = editor->Erase(key);
+  times.erase({hive, key});
+  return status == Status::Ok ? Answer{} : Broken(entry, status);
+}
+
+// ---- Values --------------------------------------------------------------------------------
+
+// What is known of a key's values; null when they can't be read.
+UndoRun::Gathered* UndoRun::GatheredOf(Cell key) {
+  const auto [place, first] = gathering.try_emplace({hive, key});
+  Gathered& gathered = place->second;
+  if (!first) return &gathered;
+  const Status status = hive->Raw().ForEachValue(key, [&](const regf::ValueFacts& value) {
+    // The names are views, which the next change may move.
+    regf::ValueFacts facts = value;
+    facts.name = {};
+    gathered.there.try_emplace(UpperCase(value.name.Text()), facts);
+  });
+  if (status == Status::Ok) return &gathered;
+  gathering.erase(place);
+  return nullptr;
+}
+
+Status UndoRun::ValueNow(const Gathered& gathered, const UnicodeString& name, RegValue& out) {
+  const UnicodeString upper = UpperCase(name);
+  if (const auto fresh = gathered.fresh.find(upper); fresh != gathered.fresh.end()) {
+    out = *gathered.values[fresh->second].value;
+    return Status::Ok;
+  }
+  const auto there = gathered.there.find(upper);
+  if (there == gathered.there.end()) return Status::Absent;
+  out.name = name;
+  out.type = there->second.type;
+  return hive->Raw().Data(there->second, out.data);
+}
+
+Status UndoRun::PutBack(Gathered& gathered, Cell key, const JournalEntry& entry) {
+  const UnicodeString upper = UpperCase(entry.item.name);
+  const auto there = gathered.there.find(upper);
+  const auto fresh = gathered.fresh.find(upper);
+  if (entry.before && there == gathered.there.end()) {
+    if (fresh != gathered.fresh.end()) {
+      gathered.values[fresh->second].value = &*entry.before;
+      return Status::Ok;
+    }
+    gathered.fresh.emplace(upper, gathered.values.size());
+    gathered.values.push_back({entry.valuePlace, &*entry.before});
+    gathered.entries.push_back(&entry);
+    return Status::Ok;
+  }
+  if (entry.before) {
+    regf::ValueFacts& facts = there->second;
+    const Status status = editor->Overwrite(key, facts.cell, *entry.before);
+    facts.type = entry.before->type;
+    facts.size = static_cast<std::uint32_t>(entry.before->data.size());
+    return status;
+  }
+  // Places are counted among all values, so those gathered have to stand there before one goes.
+  const Status status = FlushKey(key);
+  return status == Status::Ok ? editor->EraseValue(key, entry.item.name) : status;
+}
+
+Status UndoRun::Flush(Gathering::iterator place) {
+  const auto& [where, gathered] = *place;
+  Status status = Status::Denied;
+  std::string ignored;
+  if (regf::Editor* const into = where.first->Edit(ignored)) {
+    status = into->InsertValues(where.second, gathered.values);
+  }
+  for (const JournalEntry* const entry : gathered.entries) {
+    if (status != Status::Ok) broken[entry->item.id] = BrokenText(entry->item, status);
+  }
+  gathering.erase(place);
+  return status;
+}
+
+Status UndoRun::FlushKey(Cell key) {
+  const auto place = gathering.find({hive, key});
+  return place == gathering.end() ? Status::Ok : Flush(place);
+}
+
 UndoRun::Answer UndoRun::RestoreValue(const JournalEntry& entry) {
-  const UnicodeString& name = entry.item.name;
   Cell key = regf::NoCell;
   RegValue now;
   Status status = hive->Raw().Descend(hive->Raw().Root(), entry.path, key);
-  if (status == Status::Ok) status = hive->Raw().Value(key, name, now);
+  if (status == Status::Ok) {
+    const Gathered* const gathered = GatheredOf(key);
+    status = gathered == nullptr ? Status::Corrupt : ValueNow(*gathered, entry.item.name, now);
+  }
   if (status != Status::Ok && status != Status::Absent) return Broken(entry, status);
   const bool isThere = status == Status::Ok;
   const auto holds = [&](const RegValue& value) {
@@ -191,23 +369,12 @@ UndoRun::Answer UndoRun::RestoreValue(const JournalEntry& entry) {
   const bool isOurs = entry.item.action == JournalAction::SetValue && holds(entry.after);
   if (isThere && !isOurs) return Taken(entry);
   status = EnsureKey(entry.path, key);
-  if (status != Status::Ok) return Broken(entry, status);
-  Note(entry, entry.before ? JournalAction::SetValue : JournalAction::DeleteValue);
-  status = entry.before ? editor->Put(key, *entry.before) : editor->EraseValue(key, name);
-  return status == Status::Ok ? Answer{} : Broken(entry, status);
-}
-
-// A key that the session made goes again when nobody has put anything in it.
-UndoRun::Answer UndoRun::TakeKeyAway(const JournalEntry& entry) {
-  Cell key = regf::NoCell;
-  regf::KeyFacts facts;
-  Status status = hive->Raw().Descend(hive->Raw().Root(), entry.path, key);
-  if (status == Status::Absent) return {UndoOutcome::AlreadyThere};
-  if (status == Status::Ok) status = hive->Raw().Key(key, facts);
-  if (status != Status::Ok) return Broken(entry, status);
-  if (facts.subkeyCount != 0 || facts.valueCount != 0) return Taken(entry);
-  Note(entry, JournalAction::DeleteKey);
-  status = editor->Erase(key);
+  Gathered* const gathered = status == Status::Ok ? GatheredOf(key) : nullptr;
+  if (gathered == nullptr) return Broken(entry, status == Status::Ok ? Status::Corrupt : status);
+  Note(entry, entry.before ? JournalAction::SetValue : JournalAction::DeleteValue,
+       isThere ? &now : nullptr);
+  RememberTime(key, entry.keyTime, false);
+  status = PutBack(*gathered, key, entry);
   return status == Status::Ok ? Answer{} : Broken(entry, status);
 }
 
@@ -216,7 +383,7 @@ UndoRun::Answer UndoRun::RestoreRegistry(const JournalEntry& entry) {
   std::string error;
   hivePath = entry.hive;
   hive = parts.World().hives.Open(entry.hive, why, error);
-  if (hive != nullptr) error = offline::WhyHiveUnfit(*hive);
+  if (hive != nullptr) error = parts.WhyNotChange(*hive);
   editor = hive == nullptr || !error.empty() ? nullptr : hive->Edit(error);
   if (editor == nullptr) return {UndoOutcome::Failed, error};
   switch (entry.item.action) {
@@ -229,10 +396,17 @@ UndoRun::Answer UndoRun::RestoreRegistry(const JournalEntry& entry) {
   }
 }
 
+// ---- Files ---------------------------------------------------------------------------------
+
 UndoRun::Answer UndoRun::WriteContent(const JournalEntry& entry) {
   Bytes content;
-  if (offline::ReadWholeFile(ContentFile(journal.info.folder, entry), content) != 0 ||
-      ContentHash(content) != entry.hashBefore) {
+  offline::DiskRoot session;
+  const bool good =
+      offline::OpenRoot(journal.info.folder, session) == 0 &&
+      offline::ReadWholeFile(offline::DiskPlace(session) / kFilesFolder.substr(1) / entry.item.id,
+                             content, kLargestFile) == 0 &&
+      HasDigest(content, entry.digestBefore);
+  if (!good) {
     return {UndoOutcome::Failed,
             ToUtf8(entry.item.place) + ": the copy in the session's folder can't be used"};
   }
@@ -242,7 +416,7 @@ UndoRun::Answer UndoRun::WriteContent(const JournalEntry& entry) {
   if (status != Status::Ok || files.Target(entry.item.place, target) != Status::Ok) {
     return Broken(entry, status);
   }
-  files.SetAttributes(target, entry.attributes);
+  files.SetAttributes(target, offline::WithinBounds(entry.attributes));
   return {};
 }
 
@@ -252,11 +426,11 @@ UndoRun::Answer UndoRun::RestoreFile(const JournalEntry& entry) {
   const Status status = files.Read(entry.item.place, FsView::Physical, kLargestFile, now);
   if (status != Status::Ok && status != Status::Absent) return Broken(entry, status);
   const bool isThere = status == Status::Ok;
-  const std::uint64_t hash = ContentHash(now);
-  if (isThere ? entry.existed && hash == entry.hashBefore : !entry.existed) {
+  if (isThere ? entry.existed && HasDigest(now, entry.digestBefore) : !entry.existed) {
     return {UndoOutcome::AlreadyThere};
   }
-  const bool isOurs = entry.item.action == JournalAction::WriteFile && hash == entry.hashAfter;
+  const bool isOurs =
+      entry.item.action == JournalAction::WriteFile && HasDigest(now, entry.digestAfter);
   if (isThere && !isOurs) return Taken(entry);
   if (entry.existed) return WriteContent(entry);
   const Status erased = files.EraseFile(entry.item.place);
@@ -271,7 +445,9 @@ UndoRun::Answer UndoRun::RestoreFolder(const JournalEntry& entry) {
     return target.isFolder ? Answer{UndoOutcome::AlreadyThere} : Taken(entry);
   }
   if (status == Status::Ok) status = files.MakeFolder(entry.item.place);
-  return status == Status::Ok ? Answer{} : Broken(entry, status);
+  if (status != Status::Ok) return Broken(entry, status);
+  files.SetAttributes(target, offline::WithinBounds(entry.attributes));
+  return {};
 }
 
 UndoItem UndoRun::Restore(const JournalEntry& entry) {
@@ -281,25 +457,55 @@ UndoItem UndoRun::Restore(const JournalEntry& entry) {
   return {entry.item, answer.outcome, answer.why};
 }
 
+void UndoRun::Finish(std::vector<UndoItem>& items) {
+  while (!gathering.empty()) Flush(gathering.begin());
+  for (const auto& [where, time] : times) {
+    std::string ignored;
+    regf::Editor* const into = time == 0 ? nullptr : where.first->Edit(ignored);
+    if (into != nullptr) into->SetTime(where.second, time);
+  }
+  if (broken.empty()) return;
+  for (UndoItem& item : items) {
+    const auto why = broken.find(item.item.id);
+    if (why != broken.end()) item = {item.item, UndoOutcome::Failed, why->second};
+  }
+}
+
 namespace {
 
 // The list of items put back changes together with the hives.
-void AddUndoneMarks(const Journal& journal, const std::vector<UndoItem>& items,
-                    std::vector<offline::CommitStep>& steps) {
+std::string AddUndoneMarks(const Journal& journal, const std::vector<UndoItem>& items,
+                           const offline::DiskRoot& backups,
+                           std::vector<offline::CommitStep>& steps) {
   const std::string text = FormatUndone(journal, UndoneIds(items));
-  offline::CommitStep& step = steps.emplace_back();
+  const offline::DiskPlace session(backups, journal.info.name);
+  offline::CommitStep step;
   step.kind = offline::CommitStep::Kind::Replace;
-  step.local = journal.info.folder + std::string(kUndoneFile);
-  step.existed = offline::PathExists(step.local);
+  step.place = session / kUndoneFile.substr(1);
+  step.existed = step.place.Exists();
   Bytes before;
-  if (step.existed && offline::ReadWholeFile(step.local, before) == 0) {
-    step.hashBefore = ContentHash(before);
-  }
+  int error = step.existed ? offline::ReadWholeFile(step.place, before) : 0;
+  if (error == 0) error = offline::ReadAttributes(session, step.attributes);
+  if (error != 0) return offline::ErrnoSentence(step.place.Text(), error);
+  if (step.existed) step.digestBefore = ContentDigest(before);
   step.data.assign(text.begin(), text.end());
-  step.hashAfter = ContentHash(step.data);
-  offline::ReadAttributes(journal.info.folder, step.attributes);
+  step.digestAfter = ContentDigest(step.data);
   step.attributes.mode = 0600;
   step.attributes.modifiedSeconds = step.attributes.modifiedNanoseconds = 0;
+  steps.push_back(std::move(step));
+  return {};
+}
+
+// Empty when the session can be put back on the Windows that is open.
+std::string WhyNotUndo(const Journal& journal, const UnicodeString& identity) {
+  const std::string& folder = journal.info.folder;
+  if (journal.live) return folder + ": the session was made on the running system";
+  if (journal.identity != identity) return folder + ": the session is of another Windows";
+  // Opening may have finished this very session.
+  if (!IsLocalFile(folder + std::string(kCarriedOutFile))) {
+    return folder + ": the session's changes were never made";
+  }
+  return {};
 }
 
 }  // namespace
@@ -308,34 +514,35 @@ UndoResult Undo(const UndoOptions& options, offline::IDisk* disk) {
   SessionContent content = ReadSession(options.backupFolder, options.session);
   if (content.failure != CleanFailure::None) return Failed(content.failure, content.error);
   std::error_code ignored;
-  const std::string folder =
-      std::filesystem::weakly_canonical(content.info.folder, ignored).string();
-  const Journal journal = LoadJournal(folder);
-  if (journal.live) {
-    return Failed(CleanFailure::WrongUse, folder + ": the session was made on the running system");
-  }
+  const std::filesystem::path folder =
+      std::filesystem::weakly_canonical(content.info.folder, ignored);
+  content = {};
+  const Journal journal = LoadJournal(folder.string());
   std::string unknown;
   const std::vector<const JournalEntry*> chosen = ChooseEntries(journal, options.items, unknown);
   if (!unknown.empty()) {
     return Failed(CleanFailure::WrongUse, unknown + ": there is no such item in this session");
   }
-  CleanOptions clean{options.target, offline::FolderOf(folder), false};
+  CleanOptions clean{options.target, folder.parent_path().string(), false};
   clean.target.user.clear();
   CleanOpenResult opened = CleanSession::Open(clean, disk);
   if (opened.session == nullptr) return Failed(opened.failure, opened.error);
-  UndoRun run(*opened.session, journal);
-  if (run.parts.journal.identity != journal.identity) {
-    return Failed(CleanFailure::WrongUse, folder + ": the session is of another Windows");
-  }
-  // Opening may have finished this very session.
-  if (!offline::PathExists(folder + std::string(kCarriedOutFile))) {
-    return Failed(CleanFailure::WrongUse, folder + ": the session's changes were never made");
-  }
+  UndoRun run(*opened.session, journal, options.items.empty());
+  std::string why = WhyNotUndo(journal, run.parts.journal.identity);
+  if (!why.empty()) return Failed(CleanFailure::WrongUse, why);
   UndoResult result;
   result.session = journal.info.name;
-  for (const JournalEntry* entry : chosen) result.items.push_back(run.Restore(*entry));
+  for (const JournalEntry* entry : chosen) {
+    const std::size_t done = result.items.size();
+    if (options.progress && !options.progress(done, chosen.size())) {
+      return Failed(CleanFailure::Stopped, "stopped; nothing was changed");
+    }
+    result.items.push_back(run.Restore(*entry));
+  }
+  run.Finish(result.items);
   run.parts.journal.info.undoes = journal.info.name;
-  AddUndoneMarks(journal, result.items, run.parts.furtherSteps);
+  why = AddUndoneMarks(journal, result.items, run.parts.backups, run.parts.furtherSteps);
+  if (!why.empty()) return Failed(CleanFailure::NotWritten, why);
   CommitResult committed = opened.session->Commit();
   result.failure = committed.failure;
   result.error = std::move(committed.error);

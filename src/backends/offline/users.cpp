@@ -4,7 +4,7 @@
 #include <array>
 
 #include "backends/offline/registry_read.h"
-#include "formats/regf/mapped_file.h"
+#include "formats/regf/cells.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::offline {
@@ -23,12 +23,9 @@ Status Exists(OfflineFiles& files, UnicodeView path) {
 
 // When the hive was last written by its own word, which copying the file does not change.
 std::uint64_t HiveTime(OfflineFiles& files, UnicodeView path) {
-  std::string local;
-  if (path.empty() || files.LocalPath(path, local) != Status::Ok) return 0;
-  regf::MappedFile file;
-  std::string ignored;
-  if (!file.Open(local, ignored) || file.Content().size() < regf::BaseBlockSize) return 0;
-  return regf::Get64(file.Content(), regf::base::Time);
+  Bytes head;
+  if (path.empty() || files.ReadHead(path, regf::BaseBlockSize, head) != Status::Ok) return 0;
+  return head.size() < regf::BaseBlockSize ? 0 : regf::Get64(head, regf::base::Time);
 }
 
 // Fills in the hives of the profile's folder.

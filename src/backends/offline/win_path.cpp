@@ -43,14 +43,18 @@ bool TakePrefix(UnicodeView& text, bool& literal) {
   return true;
 }
 
-void AddPart(UnicodeView part, WinPath& out) {
-  if (part.empty() || (!out.literal && part == u".")) return;
-  if (!out.literal && part == u"..") {
+// False for what can't be the name of a file. Written literally, "." and ".." are names, which no
+// file has, and so is what has a slash in it; to this machine they would mean something else.
+bool AddPart(UnicodeView part, WinPath& out) {
+  const bool isDots = part == u"." || part == u"..";
+  if (out.literal && (isDots || part.find(u'/') != UnicodeView::npos)) return false;
+  if (part == u"..") {
     // Above the root there is nothing: the system stays at the root.
     if (!out.parts.empty()) out.parts.pop_back();
-    return;
+  } else if (!part.empty() && !isDots) {
+    out.parts.emplace_back(part);
   }
-  out.parts.emplace_back(part);
+  return true;
 }
 
 struct NameParts {
@@ -103,7 +107,7 @@ bool ParsePath(UnicodeView text, WinPath& out) {
   while (!text.empty()) {
     std::size_t end = 0;
     while (end < text.size() && !IsSeparator(text[end], out.literal)) ++end;
-    AddPart(text.substr(0, end), out);
+    if (!AddPart(text.substr(0, end), out)) return false;
     text.remove_prefix(std::min(text.size(), end + 1));
   }
   return true;

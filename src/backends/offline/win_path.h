@@ -14,7 +14,8 @@ struct WinPath {
 
 /// Cuts an absolute path with a drive letter ("C:\x", "\\?\C:\x", "\??\C:\x"). False for
 /// everything that names no single file on a drive letter: relative, UNC and device paths, streams,
-/// and text with characters that no file name can hold.
+/// and text with characters that no file name can hold. What it gives as parts are names and
+/// nothing else, for this machine too: not empty, not "." or "..", without separators and NUL.
 bool ParsePath(UnicodeView text, WinPath& out);
 
 /// "C:\x\y"; the root folder is "C:\".

@@ -1,4 +1,5 @@
 // One planned change after the other: looked at again, written down, made.
+#include "backends/common/content_digest.h"
 #include "backends/common/undo_choice.h"
 #include "backends/windows/live_parts.h"
 #include "backends/windows/reg_force.h"
@@ -41,7 +42,7 @@ Status SameFile(LiveTools& tools, const JournalEntry& entry) {
   const Status status = tools.files.Read(entry.item.place, FsView::Physical, kLargestFile, now);
   if (status == Status::Absent) return Same(!entry.existed);
   if (status != Status::Ok) return status == Status::Corrupt ? Status::Absent : status;
-  return Same(entry.existed && ContentHash(now) == entry.hashBefore);
+  return Same(entry.existed && HasDigest(now, entry.digestBefore));
 }
 
 Status EmptyFolder(LiveTools& tools, const JournalEntry& entry) {
@@ -69,7 +70,7 @@ Status CompleteTask(LiveTools& tools, JournalEntry& entry) {
   if (status == Status::Ok)
     status = tools.files.Read(entry.item.place, FsView::Physical, kLargestFile, entry.content);
   if (status == Status::Ok) status = SaveMarks(entry.item.place, entry.attributes);
-  entry.hashBefore = ContentHash(entry.content);
+  entry.digestBefore = ContentDigest(entry.content);
   entry.item.bytes = entry.content.size();
   return status;
 }

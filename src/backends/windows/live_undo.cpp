@@ -1,6 +1,7 @@
 // Putting back what a session changed on the running system, one item after the other.
 #include <set>
 
+#include "backends/common/content_digest.h"
 #include "backends/common/local_file.h"
 #include "backends/common/undo_choice.h"
 #include "backends/windows/live_parts.h"
@@ -96,7 +97,7 @@ bool LiveUndo::Note(const JournalEntry& entry, JournalAction action) {
   note.path = entry.path;
   note.after.name = entry.item.name;
   if (entry.before) note.after = *entry.before;
-  note.hashAfter = entry.hashBefore;
+  note.digestAfter = entry.digestBefore;
   RegKey key;
   RegValue now;
   if (action == JournalAction::DeleteKey) note.tree.push_back(NamedAfter(entry.path));
@@ -116,9 +117,9 @@ bool LiveUndo::KeyConflicts(const RegKey& there, const KeyImage& key, const Unic
   std::vector<RegValue> values;
   TStringList names;
   if (there.Values(values) != Status::Ok || there.Subkeys(names) != Status::Ok) return true;
-  if (changed_.ValuesConflict({}, path, key, values, identical)) return true;
+  if (changed_.ValuesConflict(changed_.At({}, path), key, values, identical)) return true;
   return !std::all_of(names.begin(), names.end(), [&](const UnicodeString& name) {
-    return changed_.HasKey({}, PathBelow(path, name));
+    return changed_.HasKey(changed_.Below(changed_.At({}, path), name));
   });
 }
 
@@ -152,7 +153,7 @@ Status LiveUndo::EnsureKey(const UnicodeString& path) {
     JournalEntry created;
     created.item.place = created.path = *place;
     KeyImage like = NamedAfter(*place);
-    if (const KeyImage* const image = changed_.Image({}, *place)) like = *image;
+    if (const KeyImage* const image = changed_.Image(changed_.At({}, *place))) like = *image;
     like.values.clear();
     if (!Note(created, JournalAction::CreateKey)) return Status::Unknown;
     RegKey made;
@@ -233,7 +234,7 @@ LiveUndo::Answer LiveUndo::TakeKeyAway(const JournalEntry& entry) {
 LiveUndo::Answer LiveUndo::WriteContent(const JournalEntry& entry) {
   Bytes content;
   if (!ReadLocalFile(ContentFile(journal_.info.folder, entry), content) ||
-      ContentHash(content) != entry.hashBefore) {
+      !HasDigest(content, entry.digestBefore)) {
     return {UndoOutcome::Failed,
             PlaceText(entry.item) + ": the copy in the session's folder can't be used"};
   }
@@ -249,10 +250,10 @@ LiveUndo::Answer LiveUndo::RestoreFile(const JournalEntry& entry) {
   if (status == Status::Corrupt) return Taken(entry);  // larger than anything that is kept
   if (status != Status::Ok && status != Status::Absent) return Broken(entry, status);
   const bool isThere = status == Status::Ok;
-  const std::uint64_t hash = ContentHash(now);
-  if (isThere ? entry.existed && hash == entry.hashBefore : !entry.existed)
+  if (isThere ? entry.existed && HasDigest(now, entry.digestBefore) : !entry.existed)
     return {UndoOutcome::AlreadyThere};
-  const bool isOurs = entry.item.action == JournalAction::WriteFile && hash == entry.hashAfter;
+  const bool isOurs =
+      entry.item.action == JournalAction::WriteFile && HasDigest(now, entry.digestAfter);
   if (isThere && !isOurs) return Taken(entry);
   if (entry.existed) return WriteContent(entry);
   const Status erased = tools_.files.EraseFile(entry.item.place);
@@ -393,13 +394,21 @@ UndoResult UndoLive(const UndoOptions& options, windows::ComFactories factories)
   result.session = journal.info.name;
   const std::string backups = content.info.folder.substr(0, content.info.folder.rfind('/'));
   windows::LiveUndo undo(tools, journal, backups);
+  bool isStopped = false;
   for (const JournalEntry* entry : chosen) {
+    isStopped =
+        isStopped || (options.progress && !options.progress(result.items.size(), chosen.size()));
+    if (isStopped) break;
     if (undo.CanGoOn()) result.items.push_back(undo.Restore(*entry));
   }
   result.error = undo.Finish();
   const std::string marked = windows::WriteUndone(journal, UndoneIds(result.items));
   if (result.error.empty()) result.error = marked;
   if (!result.error.empty()) result.failure = CleanFailure::Unfinished;
+  if (result.error.empty() && isStopped) {
+    result.failure = CleanFailure::Stopped;
+    result.error = "stopped; what had been put back until then stays";
+  }
   return result;
 }
 

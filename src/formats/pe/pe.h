@@ -44,6 +44,9 @@ class Image {
   [[nodiscard]] std::uint16_t MachineType() const { return machine_; }
   /// True for the wide format (PE32+), whatever the machine.
   [[nodiscard]] bool IsWide() const { return wide_; }
+  /// The part of the file's bytes that holds the resources. Open looks at none of it, so that it
+  /// may be read afterwards.
+  [[nodiscard]] std::span<const std::uint8_t> Resources() const { return resources_; }
 
   /// A text of the string table. Absent when the file itself has no such text, which doesn't tell
   /// about its satellites; Corrupt when the tables lead nowhere.

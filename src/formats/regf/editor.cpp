@@ -17,6 +17,7 @@ constexpr std::uint32_t TransactionPending = 1;
 std::string WhyUnchangeable(const Hive& hive) {
   const HiveFacts& facts = hive.Facts();
   if (facts.stale) return "its last write was not finished and no log completes it";
+  if (facts.unreadable != 0) return "some of it can't be read from the disk";
   if (facts.minorVersion > NewestChangeable) {
     return "its version 1." + std::to_string(facts.minorVersion) + " is newer than known";
   }
@@ -33,8 +34,8 @@ OpenedEditor Editor::Open(const Hive& hive, const std::string& name, Clock clock
   OpenedHive copy = Hive::FromBytes(Bytes(hive.Image().begin(), hive.Image().end()), name);
   if (!copy.hive) return {nullptr, copy.error};
   Survey survey = SurveyHive(*copy.hive);
-  if (!survey.binsWhole) return refused("its cells don't hang together");
-  if (!survey.ringWhole) return refused("its list of security descriptors is broken");
+  // Whatever is wrong may make a deletion take more than it was meant to, or less be put back.
+  if (!survey.problems.empty()) return refused("it is damaged (" + survey.problems.front() + ")");
   std::unique_ptr<Editor> editor(new Editor);
   editor->hive_ = std::move(copy.hive);
   editor->source_ = hive.Facts();
@@ -109,6 +110,7 @@ void Editor::Release(FreeSpace::Block block) {
 void Editor::Free(CellOffset cell) {
   const auto size = static_cast<std::uint32_t>(Content(cell).size() + 4);
   owned_.Remove(cell);
+  hive_->valueLists_.erase(cell);
   // A stale handle must not find a cell in use inside the block that this one becomes part of.
   Put32(hive_->Changeable(), BaseBlockSize + cell, size);
   Release({cell, size});

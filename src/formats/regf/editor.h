@@ -46,10 +46,10 @@ class Editor {
   static constexpr std::size_t LongestKeyName = 255;
   static constexpr std::size_t LongestValueName = 16383;
 
-  /// Copies the hive's image. Refused: a hive whose logs could not be replayed, a version newer
-  /// than 1.5, bins or a ring of security cells that don't hang together. Damage elsewhere is let
-  /// be: only what is sound can be changed. Whether a hive with a pending transaction (HiveFacts)
-  /// may be changed is for the caller to decide. `name` stands for the file in an error sentence.
+  /// Copies the hive's image. Refused: a hive whose logs could not be replayed, of which some could
+  /// not be read, in which the check finds any fault (check.h), or of a version newer than 1.5.
+  /// Whether a hive with a pending transaction (HiveFacts) may be changed is for the caller to
+  /// decide. `name` stands for the file in an error sentence.
   static OpenedEditor Open(const Hive& hive, const std::string& name, Clock clock);
 
   /// The hive as it is now, for reading: the same object as long as the editor lives. What it
@@ -69,6 +69,19 @@ class Editor {
   Status Put(CellOffset key, const RegValue& value);
   /// The empty name is the default value.
   Status EraseValue(CellOffset key, UnicodeView name);
+
+  /// A value and where it goes in its key's list; a place behind the end is the end.
+  struct PlacedValue {
+    std::uint32_t place = 0;
+    const RegValue* value = nullptr;
+  };
+  /// Many new values at once, as if one was put in after the other, each at its place in the list
+  /// as it then is; in time that hardly grows faster than their number. None of the names may be
+  /// there already: that is for the caller to know.
+  Status InsertValues(CellOffset key, const std::vector<PlacedValue>& values);
+  /// New type and data for a value that Hive::FindValue or ForEachValue gave since the last change
+  /// to the key's values.
+  Status Overwrite(CellOffset key, CellOffset value, const RegValue& content);
 
   // What else a key has, to put one back as it was. SetTime comes last: the others, and each new
   // subkey or value, set the time to now.
@@ -144,6 +157,8 @@ class Editor {
   CellOffset NewKey(CellOffset parent, UnicodeView name);
   Status Replace(CellOffset key, CellOffset value, const RegValue& content);
   Status Append(CellOffset key, const KeyFacts& facts, const RegValue& content);
+  CellOffset NewValue(CellOffset key, const RegValue& content);
+  [[nodiscard]] bool FitsKey(const KeyFacts& facts, const RegValue& value) const;
   void WriteData(CellOffset value, const Bytes& data);
   CellOffset StoreData(const Bytes& data);
 

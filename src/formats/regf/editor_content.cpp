@@ -34,12 +34,16 @@ void Editor::WriteData(CellOffset value, const Bytes& data) {
   if (inCell) std::ranges::copy(data, cell.begin() + vk::Data);
 }
 
+bool Editor::FitsKey(const KeyFacts& facts, const RegValue& value) const {
+  return value.name.size() <= LongestValueName && (facts.flags & KeyFlagPredefined) == 0 &&
+         value.data.size() / SegmentSize < LargestList;
+}
+
 Status Editor::Put(CellOffset key, const RegValue& value) {
   KeyFacts facts;
   if (Sound(key, facts) != Status::Ok) return Status::Corrupt;
   const std::size_t segments = value.data.size() / SegmentSize + 1;
-  if (value.name.size() > LongestValueName || (facts.flags & KeyFlagPredefined) != 0 ||
-      segments > LargestList ||
+  if (!FitsKey(facts, value) ||
       !HasRoom(value.data.size() + value.name.size() * 2 + facts.valueCount * 8U, segments + 4)) {
     return Status::Denied;
   }
@@ -69,16 +73,7 @@ Status Editor::Append(CellOffset key, const KeyFacts& facts, const RegValue& con
   const std::size_t used = facts.valueCount * 4U;
   CellOffset list = Get32(Content(key), nk::ValueList);
   if (used != 0 && !owned_.Has(list)) return Status::Corrupt;
-  const bool latin1 = IsLatin1(content.name);
-  const Bytes name = EncodeName(content.name, latin1);
-  const CellOffset value = Allocate(vk::Name + name.size());
-  const std::span<std::uint8_t> cell = Writable(value);
-  std::copy_n("vk", 2, cell.begin());
-  Put16(cell, vk::NameSize, static_cast<std::uint32_t>(name.size()));
-  Put16(cell, vk::Flags, latin1 && !name.empty() ? std::uint32_t{vk::Latin1Name} : 0U);
-  Put32(cell, vk::Type, content.type);
-  std::ranges::copy(name, cell.begin() + vk::Name);
-  WriteData(value, content.data);
+  const CellOffset value = NewValue(key, content);
   if (used == 0 || Content(list).size() < used + 4) {
     const CellOffset larger = Allocate(used + facts.valueCount + 4);
     if (used != 0) {
@@ -90,10 +85,112 @@ Status Editor::Append(CellOffset key, const KeyFacts& facts, const RegValue& con
   }
   Set32(list, used, value);
   Set32(key, nk::ValueCount, facts.valueCount + 1);
-  Raise(key, nk::MaxValueName, content.name.size() * 2);
-  Raise(key, nk::MaxValueData, content.data.size());
   Touch(key);
   return Status::Ok;
+}
+
+/// A value that no list names yet.
+CellOffset Editor::NewValue(CellOffset key, const RegValue& content) {
+  const bool latin1 = IsLatin1(content.name);
+  const Bytes name = EncodeName(content.name, latin1);
+  const CellOffset value = Allocate(vk::Name + name.size());
+  const std::span<std::uint8_t> cell = Writable(value);
+  std::copy_n("vk", 2, cell.begin());
+  Put16(cell, vk::NameSize, static_cast<std::uint32_t>(name.size()));
+  Put16(cell, vk::Flags, latin1 && !name.empty() ? std::uint32_t{vk::Latin1Name} : 0U);
+  Put32(cell, vk::Type, content.type);
+  std::ranges::copy(name, cell.begin() + vk::Name);
+  WriteData(value, content.data);
+  Raise(key, nk::MaxValueName, content.name.size() * 2);
+  Raise(key, nk::MaxValueData, content.data.size());
+  return value;
+}
+
+namespace {
+
+/// Slots of which the n-th that is still free is taken, each in logarithmic time: a tree of sums.
+class FreeSlots {
+ public:
+  explicit FreeSlots(std::size_t count) : sums_(count + 1) {
+    for (std::size_t i = 1; i <= count; ++i) sums_[i] = i & (~i + 1);
+    while (top_ * 2 <= count) top_ *= 2;
+  }
+  std::size_t Take(std::size_t free) {
+    std::size_t at = 0;
+    for (std::size_t step = top_; step > 0; step /= 2) {
+      if (at + step >= sums_.size() || sums_[at + step] > free) continue;
+      at += step;
+      free -= sums_[at];
+    }
+    for (std::size_t i = at + 1; i < sums_.size(); i += i & (~i + 1)) --sums_[i];
+    return at;
+  }
+
+ private:
+  std::vector<std::size_t> sums_;
+  std::size_t top_ = 1;
+};
+
+/// The list as it is when all have been put in. What came last stands where it was put; of what
+/// came before, the places that are left are counted.
+std::vector<CellOffset> Merge(ByteView before, const std::vector<Editor::PlacedValue>& values,
+                              const std::vector<CellOffset>& cells) {
+  const std::size_t count = before.size() / 4;
+  std::vector<CellOffset> merged(count + cells.size(), NoCell);
+  FreeSlots slots(merged.size());
+  for (std::size_t i = cells.size(); i-- > 0;) {
+    merged[slots.Take(std::min<std::size_t>(values[i].place, count + i))] = cells[i];
+  }
+  std::size_t next = 0;
+  for (CellOffset& cell : merged) {
+    if (cell == NoCell) cell = Get32(before, 4 * next++);
+  }
+  return merged;
+}
+
+}  // namespace
+
+Status Editor::InsertValues(CellOffset key, const std::vector<PlacedValue>& values) {
+  KeyFacts facts;
+  if (Sound(key, facts) != Status::Ok) return Status::Corrupt;
+  if (values.empty()) return Status::Ok;
+  const CellOffset list = Get32(Content(key), nk::ValueList);
+  const std::size_t used = facts.valueCount * 4U;
+  if (used != 0 && (!owned_.Has(list) || Content(list).size() < used)) return Status::Corrupt;
+  std::size_t bytes = used + values.size() * 4;
+  std::size_t parts = 4;
+  for (const PlacedValue& placed : values) {
+    if (!FitsKey(facts, *placed.value)) return Status::Denied;
+    bytes += placed.value->data.size() + placed.value->name.size() * 2 + vk::Name;
+    parts += placed.value->data.size() / SegmentSize + 4;
+  }
+  // Small cells share pages, so that the careful count of a single change would be far too high.
+  if (hive_->Image().size() + std::uint64_t{bytes} * 2 + std::uint64_t{parts} * 64 > LargestBins) {
+    return Status::Denied;
+  }
+  std::vector<CellOffset> cells;
+  for (const PlacedValue& placed : values) cells.push_back(NewValue(key, *placed.value));
+  const Bytes before(Content(list).begin(),
+                     Content(list).begin() + static_cast<std::ptrdiff_t>(used));
+  const std::vector<CellOffset> merged = Merge(before, values, cells);
+  const CellOffset fresh = Allocate(merged.size() * 4);
+  const std::span<std::uint8_t> cell = Writable(fresh);
+  for (std::size_t i = 0; i < merged.size(); ++i) Put32(cell, i * 4, merged[i]);
+  if (used != 0) Free(list);
+  Set32(key, nk::ValueList, fresh);
+  Set32(key, nk::ValueCount, static_cast<std::uint32_t>(merged.size()));
+  Touch(key);
+  return Status::Ok;
+}
+
+Status Editor::Overwrite(CellOffset key, CellOffset value, const RegValue& content) {
+  KeyFacts facts;
+  if (Sound(key, facts) != Status::Ok) return Status::Corrupt;
+  const std::size_t segments = content.data.size() / SegmentSize + 1;
+  if (!FitsKey(facts, content) || !HasRoom(content.data.size(), segments + 4)) {
+    return Status::Denied;
+  }
+  return Replace(key, value, content);
 }
 
 Status Editor::EraseValue(CellOffset key, UnicodeView name) {

@@ -4,7 +4,6 @@
 #include <unordered_set>
 
 #include "formats/regf/log.h"
-#include "formats/regf/mapped_file.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::regf {
@@ -13,10 +12,8 @@ namespace {
 constexpr std::uint32_t OldestMinor = 3;
 constexpr std::uint32_t NewestMinor = 6;
 
-bool IsDirty(ByteView baseBlock) {
-  return !ChecksumRight(baseBlock) ||
-         Get32(baseBlock, base::Primary) != Get32(baseBlock, base::Secondary);
-}
+/// A shorter list is cheap, however many keys claim it.
+constexpr std::uint32_t ManyValues = 16;
 
 bool IsHive(ByteView file) {
   return file.size() >= 4 && file[0] == 'r' && file[1] == 'e' && file[2] == 'g' && file[3] == 'f';
@@ -86,9 +83,43 @@ class RepeatGuard {
 
 }  // namespace
 
-/// What keeps the image's bytes alive: a mapping, or bytes of our own.
+namespace {
+
+bool BeginsBin(ByteView bins, std::size_t at) {
+  return at + BinHeaderSize <= bins.size() && bins[at] == 'h' && bins[at + 1] == 'b' &&
+         bins[at + 2] == 'i' && bins[at + 3] == 'n' && Get32(bins, at + 4) == at;
+}
+
+/// Makes the cell that reaches into a part from before it no cell: who asks for it then gets
+/// Corrupt, not zeros in place of its end. What lies in the part itself is zeros, and so no cell.
+void BlankCellBefore(std::span<std::uint8_t> bins, std::size_t part) {
+  std::size_t bin = part / PageSize * PageSize;
+  while (bin > 0 && !BeginsBin(bins, bin)) bin -= PageSize;
+  for (std::size_t at = bin + BinHeaderSize; at + 4 <= part;) {
+    const std::uint32_t stored = Get32(bins, at);
+    const std::uint32_t size = stored > 0x7FFFFFFFU ? 0U - stored : stored;
+    if (size < 8 || size % 8 != 0) return;
+    if (size > part - at) return Put32(bins, at, 0);
+    at += size;
+  }
+}
+
+std::uint64_t BlankUnreadable(std::span<std::uint8_t> image, const FileRanges& parts) {
+  std::uint64_t sum = 0;
+  for (const auto& [from, to] : parts) {
+    sum += to - from;
+    if (from > BaseBlockSize && from < image.size()) {
+      BlankCellBefore(image.subspan(BaseBlockSize), from - BaseBlockSize);
+    }
+  }
+  return sum;
+}
+
+}  // namespace
+
+/// What keeps the image's bytes alive: a file read, or bytes of our own.
 struct Hive::Source {
-  MappedFile file;
+  FileImage file;
   Bytes bytes;
   [[nodiscard]] ByteView Content() const { return bytes.empty() ? file.Content() : bytes; }
 };
@@ -96,24 +127,36 @@ struct Hive::Source {
 Hive::Hive() = default;
 Hive::~Hive() = default;
 
+bool Hive::IsDirty(ByteView file) {
+  return file.size() >= BaseBlockSize &&
+         (!ChecksumRight(file) || Get32(file, base::Primary) != Get32(file, base::Secondary));
+}
+
 OpenedHive Hive::Open(const std::filesystem::path& file,
                       const std::vector<std::filesystem::path>& logs) {
-  Source source;
+  FileImage image;
   std::string reason;
-  if (!source.file.Open(file, reason)) {
+  if (!image.Open(file, reason)) {
     return {nullptr, file.string() + " can't be read: " + reason + "."};
   }
-  std::vector<MappedFile> logFiles;
-  std::vector<ByteView> logBytes;
-  const ByteView content = source.Content();
-  if (content.size() >= BaseBlockSize && IsDirty(content)) {
-    for (const std::filesystem::path& log : logs) {
-      MappedFile mapped;
-      if (mapped.Open(log, reason)) logFiles.push_back(std::move(mapped));
-    }
-    for (const MappedFile& log : logFiles) logBytes.push_back(log.Content());
+  std::vector<FileImage> logFiles;
+  for (const std::filesystem::path& log : logs) {
+    FileImage content;
+    if (IsDirty(image.Content()) && content.Open(log, reason))
+      logFiles.push_back(std::move(content));
   }
-  return Assemble(std::move(source), file.string(), logBytes);
+  return FromFile(std::move(image), file.string(), logFiles);
+}
+
+OpenedHive Hive::FromFile(FileImage file, const std::string& name,
+                          const std::vector<FileImage>& logs) {
+  Source source;
+  source.file = std::move(file);
+  std::vector<ByteView> contents;
+  for (const FileImage& log : logs) {
+    if (log.Unreadable().empty()) contents.push_back(log.Content());
+  }
+  return Assemble(std::move(source), name, contents);
 }
 
 OpenedHive Hive::FromBytes(Bytes image, const std::string& name, const std::vector<Bytes>& logs) {
@@ -166,6 +209,9 @@ void Hive::ReadBaseBlock(const std::vector<ByteView>& logs) {
       image_ = source_->Content();
     }
   }
+  const FileRanges& unreadable = source_->file.Unreadable();
+  facts_.unreadable = BlankUnreadable(
+      facts_.replayed ? std::span(source_->bytes) : source_->file.Changeable(), unreadable);
   facts_.minorVersion = Get32(image_, base::Minor);
   facts_.lastWritten = Get64(image_, base::Time);
   facts_.transactionPending = (Get32(image_, base::Flags) & 1) != 0;
@@ -435,16 +481,16 @@ Status Hive::Descend(CellOffset from, UnicodeView path, CellOffset& out) const {
   return Status::Ok;
 }
 
-namespace {
-
 /// The offsets of a key's values, as many as can be read.
-ByteView ValueList(const Cells& cells, CellOffset key, const KeyFacts& facts) {
+ByteView Hive::ValueList(CellOffset key, const KeyFacts& facts) const {
   if (facts.valueCount == 0) return {};
-  const ByteView list = cells.Content(Get32(cells.Content(key), nk::ValueList));
+  const CellOffset place = Get32(cells_.Content(key), nk::ValueList);
+  if (facts.valueCount >= ManyValues && valueLists_.emplace(place, key).first->second != key) {
+    return {};
+  }
+  const ByteView list = cells_.Content(place);
   return list.first(std::min<std::size_t>(facts.valueCount, list.size() / 4) * 4);
 }
-
-}  // namespace
 
 Status Hive::ReadValue(CellOffset cell, ValueFacts& out) const {
   const ByteView content = cells_.Typed(cell, "vk", vk::Name);
@@ -461,18 +507,30 @@ Status Hive::ReadValue(CellOffset cell, ValueFacts& out) const {
   return Status::Ok;
 }
 
-Status Hive::VisitValues(CellOffset key, ValueVisitor visit) const {
+template <class Visit>
+Status Hive::EachValue(CellOffset key, Visit&& visit) const {
   KeyFacts facts;
   if (Key(key, facts) != Status::Ok) return Status::Corrupt;
-  const ByteView list = ValueList(cells_, key, facts);
+  const ByteView list = ValueList(key, facts);
   bool whole = list.size() / 4 == facts.valueCount;
+  // Values that take more room than the file has are one value named again and again.
+  std::uint64_t room = image_.size();
   ValueFacts value;
   for (std::size_t at = 0; at < list.size(); at += 4) {
     const bool good = ReadValue(Get32(list, at), value) == Status::Ok;
     whole &= good;
-    if (good) visit(value);
+    if (!good) continue;
+    const std::uint64_t size = vk::Name + value.name.Units();
+    if (size > room) return Status::Corrupt;
+    room -= size;
+    value.place = static_cast<std::uint32_t>(at / 4);
+    if (!visit(value)) break;
   }
   return whole ? Status::Ok : Status::Corrupt;
+}
+
+Status Hive::VisitValues(CellOffset key, ValueVisitor visit) const {
+  return EachValue(key, [&visit](const ValueFacts& value) { return visit(value), true; });
 }
 
 Status Hive::Values(CellOffset key, std::vector<RegValue>& out) const {
@@ -495,18 +553,16 @@ Status Hive::Values(CellOffset key, std::vector<RegValue>& out) const {
 }
 
 Status Hive::FindValue(CellOffset key, UnicodeView name, ValueFacts& out) const {
-  KeyFacts facts;
-  if (Key(key, facts) != Status::Ok) return Status::Corrupt;
-  const UnicodeString upper = UpperCase(name);
-  const ByteView list = ValueList(cells_, key, facts);
-  bool whole = list.size() / 4 == facts.valueCount;
-  for (std::size_t at = 0; at < list.size(); at += 4) {
-    const bool good = ReadValue(Get32(list, at), out) == Status::Ok;
-    whole &= good;
-    // The first one counts. Who takes the values away in their order finds each at once.
-    if (good && out.name.CompareUpper(upper) == 0) return Status::Ok;
-  }
-  return whole ? Status::Absent : Status::Corrupt;
+  const UpperName upper(name);
+  bool found = false;
+  // The first one counts. Who takes the values away in their order finds each at once.
+  const Status status = EachValue(key, [&](const ValueFacts& value) {
+    found = value.name.CompareUpper(upper) == 0;
+    if (found) out = value;
+    return !found;
+  });
+  if (found) return Status::Ok;
+  return status == Status::Ok ? Status::Absent : Status::Corrupt;
 }
 
 Status Hive::Value(CellOffset key, UnicodeView name, RegValue& out) const {

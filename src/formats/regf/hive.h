@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "formats/regf/cells.h"
+#include "formats/regf/file_image.h"
 #include "registry/types.h"
 
 namespace scrubwell::regf {
@@ -31,6 +32,7 @@ struct HiveFacts {
   std::uint32_t newestSequence = 0;  ///< the highest sequence number seen in hive and logs
   std::uint64_t lastWritten = 0;     ///< FILETIME of the base block
   std::uint64_t fileSize = 0;        ///< of the hive file itself, in bytes
+  std::uint64_t unreadable = 0;  ///< bytes that the medium did not give; what lies there is Corrupt
 };
 
 /// One key as it is stored.
@@ -50,6 +52,7 @@ struct ValueFacts {
   std::uint32_t type = REGT_NONE;
   std::uint32_t size = 0;  ///< of the data, in bytes
   CellOffset cell = NoCell;
+  std::uint32_t place = 0;  ///< in the key's list, from 0
 };
 
 struct Subkey {
@@ -81,10 +84,15 @@ class Hive {
   /// Deepest level that Walk visits (the system's own limit), the start being level 0.
   static constexpr int MaxDepth = 512;
 
-  /// Maps the file and keeps it mapped. The logs (.LOG, .LOG1, .LOG2, in any order, those that
-  /// there are) are only read when the hive is dirty; an unreadable log counts as none.
+  /// Reads the file into memory. The logs (.LOG, .LOG1, .LOG2, in any order, those that there are)
+  /// are only read when the hive is dirty; an unreadable log counts as none.
   static OpenedHive Open(const std::filesystem::path& file,
                          const std::vector<std::filesystem::path>& logs = {});
+  /// The same over files that were read already; `name` stands for the path in an error sentence.
+  static OpenedHive FromFile(FileImage file, const std::string& name,
+                             const std::vector<FileImage>& logs);
+  /// Whether the last write to a hive file was not finished, so that its logs are needed.
+  static bool IsDirty(std::span<const std::uint8_t> file);
   /// The same over bytes in memory; `name` stands for the path in an error sentence.
   static OpenedHive FromBytes(Bytes image, const std::string& name,
                               const std::vector<Bytes>& logs = {});
@@ -185,6 +193,10 @@ class Hive {
   Status WalkKeys(CellOffset start, WalkVisitor visit) const;
   Status WalkBelow(const Subkey& parent, int level, WalkVisitor visit) const;
   Status ReadValue(CellOffset cell, ValueFacts& out) const;
+  /// Calls visit(value) for each, until it answers false. Corrupt when some could not be read.
+  template <class Visit>
+  Status EachValue(CellOffset key, Visit&& visit) const;
+  [[nodiscard]] ByteView ValueList(CellOffset key, const KeyFacts& facts) const;
   Status VisitValues(CellOffset key, ValueVisitor visit) const;
   Status ReadData(const ValueFacts& value, ByteView& whole, ByteView& segments) const;
   [[nodiscard]] bool HasEmptyLeaf(ByteView list) const;
@@ -203,6 +215,9 @@ class Hive {
   HiveFacts facts_;
   mutable std::unordered_map<CellOffset, Order> orders_;
   mutable std::array<std::array<Cursor, CursorCount>, 2> cursors_;
+  /// Which key a longer list of values belongs to: the first that asked for it. A list that many
+  /// keys share would let a small file ask for any amount of work.
+  mutable std::unordered_map<CellOffset, CellOffset> valueLists_;
 };
 
 }  // namespace scrubwell::regf

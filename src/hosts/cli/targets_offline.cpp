@@ -21,8 +21,8 @@ UndoResult UndoSession(const UndoOptions& options) {
   return Undo(options);
 }
 
-RecoverResult RecoverTarget(const TargetOptions& options, const std::string&) {
-  return Recover(options);
+RecoverResult RecoverTarget(const TargetOptions& options, const std::string& backupFolder) {
+  return Recover(options, backupFolder);
 }
 
 }  // namespace scrubwell::hosts

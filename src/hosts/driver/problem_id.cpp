@@ -5,7 +5,7 @@
 #include <charconv>
 #include <numeric>
 
-#include "hosts/driver/sha256.h"
+#include "formats/sha256/sha256.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell {

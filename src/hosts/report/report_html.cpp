@@ -4,8 +4,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "formats/sha256/sha256.h"
 #include "hosts/driver/problem_id.h"
-#include "hosts/driver/sha256.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/image_catalogue.h"
 #include "hosts/report/language.h"

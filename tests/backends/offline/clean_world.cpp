@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "backends/common/local_file.h"
 #include "formats/regf/editor.h"
 
 namespace scrubwell::test {
@@ -54,19 +55,19 @@ CleanWorld::CleanWorld() {
 }
 
 CleanOptions CleanWorld::Options() const {
-  return {{Folder(), {}, {}}, Backups(), false};
+  return {{Folder(), {}, {}, Backups()}, Backups(), false};
 }
 
-std::map<std::string, std::string> ContentOf(const std::string& folder) {
+std::map<std::string, std::string> ContentOf(const std::string& folder, bool times) {
   std::map<std::string, std::string> content;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     Bytes bytes;
     std::string& text = content[entry.path().string()];
-    if (entry.is_directory() || offline::ReadWholeFile(entry.path().string(), bytes) != 0) continue;
+    if (entry.is_directory() || !ReadLocalFile(entry.path().string(), bytes)) continue;
     text.assign(bytes.begin(), bytes.end());
     if (!text.starts_with("regf")) continue;
     const regf::OpenedHive hive = regf::Hive::FromBytes(bytes, "hive");
-    text = hive.hive == nullptr ? hive.error : regf::DumpTree(*hive.hive);
+    text = hive.hive == nullptr ? hive.error : regf::DumpTree(*hive.hive, {.times = times});
     for (const std::string& problem : regf::CheckImage(bytes)) text += "\nproblem: " + problem;
   }
   return content;

@@ -13,9 +13,9 @@ namespace scrubwell::test {
 
 inline constexpr UnicodeView kCleanSid = u"S-1-5-21-1-2-3-1001";
 
-/// Every file below a folder with its content; hives as the text of their trees and what
-/// is unsound in them.
-std::map<std::string, std::string> ContentOf(const std::string& folder);
+/// Every file below a folder with its content; hives as the text of their trees, with the keys'
+/// times where asked for, and what is unsound in them.
+std::map<std::string, std::string> ContentOf(const std::string& folder, bool times = false);
 
 /// Disk and backup folder.
 class CleanWorld : public Disk {
@@ -23,7 +23,9 @@ class CleanWorld : public Disk {
   CleanWorld();
   [[nodiscard]] CleanOptions Options() const;
   [[nodiscard]] std::string Backups() const { return backups_.Path().string(); }
-  [[nodiscard]] std::map<std::string, std::string> Content() const { return ContentOf(Folder()); }
+  [[nodiscard]] std::map<std::string, std::string> Content(bool times = false) const {
+    return ContentOf(Folder(), times);
+  }
 
  private:
   TempFolder backups_;

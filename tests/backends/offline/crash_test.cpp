@@ -24,8 +24,10 @@ class FaultDisk final : public offline::IDisk {
   explicit FaultDisk(Mode mode = Mode::None, int at = 0) : mode_(mode), at_(at) {}
   [[nodiscard]] int Points() const { return points_; }
 
-  int Create(const std::string& file) override { return Step(true) ? ENOSPC : real_.Create(file); }
-  int Append(const std::string& file, std::span<const std::uint8_t> data) override {
+  int Create(const offline::DiskPlace& file) override {
+    return Step(true) ? ENOSPC : real_.Create(file);
+  }
+  int Append(const offline::DiskPlace& file, std::span<const std::uint8_t> data) override {
     while (!data.empty()) {
       const std::size_t size = std::min<std::size_t>(4096, data.size());
       if (Step(true)) return ENOSPC;
@@ -35,20 +37,26 @@ class FaultDisk final : public offline::IDisk {
     }
     return 0;
   }
-  int Sync(const std::string&) override { return Step(false), 0; }
-  int SetAttributes(const std::string& path, const FileAttributes& attributes) override {
+  int Sync(const offline::DiskPlace&) override { return Step(false), 0; }
+  int SetAttributes(const offline::DiskPlace& path, const FileAttributes& attributes) override {
     return Step(false), real_.SetAttributes(path, attributes);
   }
-  int Rename(const std::string& from, const std::string& to) override {
+  int Rename(const offline::DiskPlace& from, const offline::DiskPlace& to) override {
     return Step(false), real_.Rename(from, to);
   }
-  int Truncate(const std::string& file) override { return Step(false), real_.Truncate(file); }
-  int EraseFile(const std::string& file) override { return Step(false), real_.EraseFile(file); }
-  int EraseFolder(const std::string& path) override { return Step(false), real_.EraseFolder(path); }
-  int MakeFolder(const std::string& path) override {
+  int Truncate(const offline::DiskPlace& file) override {
+    return Step(false), real_.Truncate(file);
+  }
+  int EraseFile(const offline::DiskPlace& file) override {
+    return Step(false), real_.EraseFile(file);
+  }
+  int EraseFolder(const offline::DiskPlace& path) override {
+    return Step(false), real_.EraseFolder(path);
+  }
+  int MakeFolder(const offline::DiskPlace& path) override {
     return Step(true) ? ENOSPC : real_.MakeFolder(path);
   }
-  int FreeSpace(const std::string&, std::uint64_t& out) override {
+  int FreeSpace(const offline::DiskPlace&, std::uint64_t& out) override {
     out = ~std::uint64_t{0} >> 1U;
     return 0;
   }
@@ -123,15 +131,16 @@ TEST(Crash, EveryPointLeavesAllOrNothing) {
     FaultDisk disk(FaultDisk::Mode::Kill, point);
     EXPECT_THROW(CleanAll(sweep.World(), &disk), Killed) << point;
     const TargetOptions target = sweep.World().Options().target;
+    const std::string backups = sweep.World().Backups();
     // A scan in between works, on the old or the finished state.
     EXPECT_NE(OfflineBackend::Open(target).backend, nullptr) << point;
     // The recovery is cut off as well, at a point that moves along.
     FaultDisk second(FaultDisk::Mode::Kill, 1 + point % 7);
     try {
-      Recover(target, &second);
+      Recover(target, backups, &second);
     } catch (const Killed&) {
     }
-    const RecoverResult recovered = Recover(target);
+    const RecoverResult recovered = Recover(target, backups);
     EXPECT_EQ(recovered.failure, CleanFailure::None) << point << recovered.error;
     if (recovered.outcome == RecoverResult::Outcome::Completed) ++completed;
     EXPECT_TRUE(sweep.IsWhole()) << point;
@@ -170,7 +179,8 @@ TEST(Crash, KilledAtRandomTimes) {
     int status = 0;
     ::waitpid(child, &status, 0);
     if (WIFEXITED(status)) ++finished;
-    const RecoverResult recovered = Recover(sweep.World().Options().target);
+    const RecoverResult recovered =
+        Recover(sweep.World().Options().target, sweep.World().Backups());
     EXPECT_EQ(recovered.failure, CleanFailure::None) << recovered.error;
     EXPECT_TRUE(sweep.IsWhole()) << round;
   }

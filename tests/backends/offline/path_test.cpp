@@ -21,7 +21,12 @@ TEST(WinPath, IsCutAndNormalised) {
       {u"C:\\a\\.\\..\\..\\b", u"C:\\b"},
       {u"\\??\\C:\\a", u"C:\\a"},
       {u"\\DosDevices\\d:\\a", u"D:\\a"},
-      {u"\\\\?\\C:\\a\\..\\b", u"C:\\a\\..\\b"},
+      {u"\\\\?\\C:\\a.\\b ", u"C:\\a.\\b "},
+      // Names that no file has, and that this machine would take for something else.
+      {u"\\\\?\\C:\\a\\..\\b", u""},
+      {u"\\\\?\\C:\\.\\b", u""},
+      {u"\\\\?\\C:\\a/../b", u""},
+      {{u"C:\\a\0b", 6}, u""},
       {u"\\\\?\\UNC\\server\\x", u""},
       {u"\\\\server\\share\\x", u""},
       {u"\\Device\\HarddiskVolume1\\x", u""},

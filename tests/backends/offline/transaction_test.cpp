@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "backends/common/local_file.h"
 #include "clean_world.h"
 #include "registry/Stringhelper.h"
 
@@ -123,7 +124,7 @@ TEST(Transaction, CutOrForeignJournalsAreRefused) {
   ASSERT_EQ(cleaned.failure, CleanFailure::None) << cleaned.error;
   const std::string file = cleaned.folder + "/journal.jsonl";
   Bytes bytes;
-  ASSERT_EQ(offline::ReadWholeFile(file, bytes), 0);
+  ASSERT_EQ(ReadLocalFile(file, bytes), true);
   const std::string whole(bytes.begin(), bytes.end());
   const std::size_t secondLine = whole.find('\n') + 1;
   std::string swapped = whole;
@@ -188,7 +189,7 @@ TEST(Transaction, RealRegistriesComeBack) {
   ASSERT_EQ(std::system(command.c_str()), 0);
   const std::string volume = (folder.Path() / "wine-win7-x64").string();
   const CleanOptions options{{volume, {}, {}}, backups.Path().string(), false};
-  const auto before = ContentOf(volume);
+  const auto before = ContentOf(volume, true);
   std::size_t deleted = 0;
   {
     const CleanOpenResult opened = CleanSession::Open(options);
@@ -198,14 +199,14 @@ TEST(Transaction, RealRegistriesComeBack) {
     ASSERT_EQ(result.failure, CleanFailure::None) << result.error;
   }
   EXPECT_GT(deleted, 100U);
-  EXPECT_NE(ContentOf(volume), before);
+  EXPECT_NE(ContentOf(volume, true), before);
   const UndoResult undone = Undo({options.target, options.backupFolder, {}, {}});
   ASSERT_EQ(undone.failure, CleanFailure::None) << undone.error;
   EXPECT_EQ(undone.items.size(), deleted);
   for (const UndoItem& item : undone.items) {
     EXPECT_EQ(item.outcome, UndoOutcome::Restored) << item.why;
   }
-  EXPECT_TRUE(ContentOf(volume) == before);
+  EXPECT_TRUE(ContentOf(volume, true) == before);
 }
 
 }  // namespace

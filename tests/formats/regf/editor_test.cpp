@@ -344,40 +344,15 @@ const std::map<char, Status (*)(Editor&, const Patient&)> Changes = {
 struct RefusalRow {
   const char* what;
   void (*damage)(Patient&);
-  const char* problem;  ///< that the check names; empty when the hive is sound
   std::string changes;  ///< each of which is refused
   Status status = Corrupt;
 };
 
 const RefusalRow Refusals[] = {
-    {"nothing there", [](Patient&) {}, "", "?", Absent},
-    {"no keys", [](Patient&) {}, "", "NVot"},
-    {"not allowed", [](Patient& p) { p.At(p.alpha)[nk::Flags] |= KeyFlagNoDelete; }, "",
-     "RBAl0/LKe", Denied},
-    {"wild child", [](Patient& p) { Put32(p.List(), 4, 0x7FFFFFF8U); }, "subkeys are not those",
-     "BAn"},
-    {"wild grandchild", [](Patient& p) { Put32(p.At(p.beta), nk::SubkeyList, 64); },
-     "Key \\Box\\beta: its class, lists", "B"},
-    {"wild segment",
-     [](Patient& p) { Put32(p.At(p.Field(p.Field(p.big, vk::Data), db::List)), 4, 12); },
-     "values can't be read", "Bbs"},
-    {"data of another value",
-     [](Patient& p) {
-       const CellOffset other = Get32(p.ValueList(), 0);
-       Put32(p.At(p.big), vk::Data, p.Field(other, vk::Data));
-       Put32(p.At(p.big), vk::DataSize, 16);
-     },
-     "used twice", "Bbsv"},
-    {"class in the list",
-     [](Patient& p) {
-       Put32(p.At(p.beta), nk::Class, p.Field(p.box, nk::SubkeyList));
-       Put16(p.At(p.beta), nk::ClassSize, 4);
-     },
-     "used twice", "BAkn"},
-    {"half a unit in a value's name", [](Patient& p) { p.At(p.big)[vk::Flags] = 0; },
-     "Key \\Box: a value's name can't be read", "b"},
-    {"no security", [](Patient& p) { Put32(p.At(p.alpha), nk::Security, p.beta); },
-     "security can't be read", "ABmS"},
+    {"nothing there", [](Patient&) {}, "?", Absent},
+    {"no keys", [](Patient&) {}, "NVot"},
+    {"not allowed", [](Patient& p) { p.At(p.alpha)[nk::Flags] |= KeyFlagNoDelete; }, "RBAl0/LKe",
+     Denied},
 };
 
 TEST(Editor, RefusesAndChangesNothing) {
@@ -385,9 +360,6 @@ TEST(Editor, RefusesAndChangesNothing) {
     SCOPED_TRACE(row.what);
     Patient patient = MakePatient();
     row.damage(patient);
-    const std::string problems = ProblemsOf(patient.image);
-    EXPECT_EQ(problems.empty(), *row.problem == 0);
-    EXPECT_NE(problems.find(row.problem), std::string::npos) << problems;
     const std::unique_ptr<Editor> editor = Edit(patient.image);
     for (const char change : row.changes) {
       EXPECT_EQ(Changes.at(change)(*editor, patient), row.status) << change;
@@ -424,15 +396,33 @@ TEST(DumpTree, ShowsEachDifference) {
   EXPECT_EQ(std::ranges::adjacent_find(dumps), dumps.end());
 }
 
-TEST(Editor, ChangesAListThatIsOutOfOrder) {
-  Patient patient = MakePatient();
-  std::swap_ranges(patient.List().begin() + 4, patient.List().begin() + 12,
-                   patient.List().begin() + 12);
-  for (const CellOffset key : {patient.alpha, patient.beta}) {
-    const std::unique_ptr<Editor> editor = Edit(patient.image);
-    EXPECT_EQ(editor->Erase(key), Ok);
-    EXPECT_EQ(Add(*editor, patient.box, u"d"), Ok);
+// As an undo does it: what went last comes first.
+TEST(Editor, PutsValuesWhereTheyStood) {
+  HiveBuilder builder;
+  for (int i = 0; i < 40; ++i) {
+    builder.SetText(builder.Root(), u"v" + IntToStr(i), u"text");
+  }
+  const Bytes image = builder.Build();
+  std::mt19937 random(7);
+  for (const std::size_t some : {1U, 2U, 25U, 40U}) {
+    const std::unique_ptr<Editor> editor = Edit(image);
+    const CellOffset root = editor->View().Root();
+    std::vector<RegValue> before;
+    editor->View().Values(root, before);
+    std::vector<RegValue> values = before;
+    std::ranges::shuffle(values, random);
+    std::vector<Editor::PlacedValue> gone;
+    for (std::size_t i = 0; i < some; ++i) {
+      ValueFacts facts;
+      ASSERT_EQ(editor->View().FindValue(root, values[i].name, facts), Ok);
+      gone.insert(gone.begin(), {facts.place, &values[i]});
+      ASSERT_EQ(editor->EraseValue(root, values[i].name), Ok);
+    }
+    EXPECT_EQ(editor->InsertValues(root, gone), Ok);
     EXPECT_EQ(ProblemsOf(editor->Finish()), "");
+    std::vector<RegValue> after;
+    editor->View().Values(root, after);
+    EXPECT_EQ(after, before) << some;
   }
 }
 
@@ -448,7 +438,7 @@ struct FaultRow {
   const char* what;
   void (*damage)(Patient&);
   const char* problem;
-  const char* refusal = "";  ///< to open an editor
+  const char* refusal = "it is damaged (";  ///< to open an editor
 };
 
 const FaultRow Faults[] = {
@@ -461,11 +451,10 @@ const FaultRow Faults[] = {
        SignBase(p.image);
      },
      "", "newer"},
-    {"bin", [](Patient& p) { p.image[BaseBlockSize + 8] ^= 1; }, "bin at 0x0", "hang together"},
-    {"cell", [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 4); }, "is damaged",
-     "hang together"},
+    {"bin", [](Patient& p) { p.image[BaseBlockSize + 8] ^= 1; }, "bin at 0x0"},
+    {"cell", [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 4); }, "is damaged"},
     {"ring", [](Patient& p) { Put32(p.At(p.Field(p.alpha, nk::Security)), sk::Next, p.alpha); },
-     "ring of security", "security"},
+     "ring of security"},
     {"references",
      [](Patient& p) { Put32(p.At(p.Field(p.alpha, nk::Security)), sk::References, 9); },
      "wrong number of keys"},
@@ -478,6 +467,29 @@ const FaultRow Faults[] = {
     {"lost value", [](Patient& p) { Put32(p.At(p.box), nk::ValueCount, 1); }, "5 cells are in use"},
     {"list without subkeys", [](Patient& p) { Put32(p.At(p.alpha), nk::SubkeyList, 32); },
      "none are counted"},
+    {"wild child", [](Patient& p) { Put32(p.List(), 4, 0x7FFFFFF8U); }, "subkeys are not those"},
+    {"wild grandchild", [](Patient& p) { Put32(p.At(p.beta), nk::SubkeyList, 64); },
+     "Key \\Box\\beta: its class, lists"},
+    {"wild segment",
+     [](Patient& p) { Put32(p.At(p.Field(p.Field(p.big, vk::Data), db::List)), 4, 12); },
+     "values can't be read"},
+    {"data of another value",
+     [](Patient& p) {
+       const CellOffset other = Get32(p.ValueList(), 0);
+       Put32(p.At(p.big), vk::Data, p.Field(other, vk::Data));
+       Put32(p.At(p.big), vk::DataSize, 16);
+     },
+     "used twice"},
+    {"class in the list",
+     [](Patient& p) {
+       Put32(p.At(p.beta), nk::Class, p.Field(p.box, nk::SubkeyList));
+       Put16(p.At(p.beta), nk::ClassSize, 4);
+     },
+     "used twice"},
+    {"half a unit in a value's name", [](Patient& p) { p.At(p.big)[vk::Flags] = 0; },
+     "Key \\Box: a value's name can't be read"},
+    {"no security", [](Patient& p) { Put32(p.At(p.alpha), nk::Security, p.beta); },
+     "security can't be read"},
 };
 
 TEST(CheckImage, NamesEachFault) {
@@ -491,10 +503,9 @@ TEST(CheckImage, NamesEachFault) {
     const OpenedHive hive = Hive::FromBytes(patient.image, "/x/SYSTEM");
     ASSERT_TRUE(hive.hive) << hive.error;
     const OpenedEditor editor = Editor::Open(*hive.hive, "/x/SYSTEM", [] { return Now; });
-    EXPECT_EQ(editor.editor != nullptr, *row.refusal == 0) << editor.error;
+    EXPECT_EQ(editor.editor, nullptr);
     EXPECT_NE(editor.error.find(row.refusal), std::string::npos) << editor.error;
-    EXPECT_EQ(editor.error.find("/x/SYSTEM can't be changed: "),
-              *row.refusal == 0 ? std::string::npos : 0);
+    EXPECT_TRUE(editor.error.starts_with("/x/SYSTEM can't be changed: "));
   }
 }
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "hosts/driver/sha256.h"
+#include "formats/sha256/sha256.h"
 
 namespace scrubwell {
 namespace {
