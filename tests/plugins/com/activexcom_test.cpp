@@ -33,6 +33,7 @@ TEST(ActiveXCOM, Servers) {
          W\CLSID\{J}\InprocServer32 = %NoSuchVariable%\x.dll
          W\CLSID\{K}\InprocServer32 = %ProgramFiles%\P\p.exe
          W\CLSID\{L}\InprocServer32 : ThreadingModel = Both
+         W\CLSID\{N}\InprocServer32 = dword:1
          W\CLSID\Stray\InprocServer32 = C:\x\gone.dll
          W\CLSID\{344FFE45-abad-4bd0-b655-f1f7f22b0817}\InprocServer32 = C:\x\gone.dll
          W\CLSID\{M}\InprocHandler32 = C:\x\gone.dll)",
@@ -197,6 +198,10 @@ TEST(ActiveXCOM, ClassParts) {
          W\CLSID\{A}\ShellEx\{GONE} = {B}
          W\CLSID\{A}\ShellEx\word = word
          W\CLSID\{A}\DefaultIcon = %1
+         W\CLSID\{D}\DefaultIcon = dword:1
+         W\CLSID\{D}\ToolboxBitmap32 = dword:1
+         W\CLSID\{D}\TypeLib = dword:1
+         W\CLSID\{D}\shell\a\command = dword:1
          W\CLSID\{A}\TypeLib = {05f6b36c-7630-4A4D-945E-80C59DC2C832}
          W\CLSID\{A}\ToolboxBitmap32 = C:\x\here.dll, 101
          W\CLSID\{A}\PersistentHandler : x = y
@@ -226,7 +231,7 @@ TEST(ActiveXCOM, ClassParts) {
        {"delete key W\\CLSID\\{A}\\ShellEx\\DragDropHandlers\\{GONE}",
         "delete key W\\CLSID\\{A}\\ShellEx\\DragDropHandlers", "delete key W\\CLSID\\{A}\\ShellEx",
         "delete key W\\CLSID\\{A}"}},
-      {"a single handler: two parents, and no advice",
+      {"a single handler: two parents, the class being one of them (!)",
        "W\\CLSID\\{A}\\ShellEx\\{GONE}",
        {"3|" + handlers + "{GONE}|caption:{A}|missingkey:HKCR\\CLSID\\{GONE}"},
        {"delete key W\\CLSID\\{A}\\ShellEx\\{GONE}", "delete key W\\CLSID\\{A}\\ShellEx",
@@ -274,6 +279,9 @@ TEST(ActiveXCOM, InterfacesAndTypeLibs) {
          TypeLib\{T}\1.1\HELPDIR = C:\x\folder\
          TypeLib\{T}\1.2\HELPDIR : x = y
          TypeLib\{T}\1.3\409\win32 : x = y
+         TypeLib\{T}\1.4\0\win32 = gone.tlb
+         TypeLib\{T}\1.5\0\win32 = dword:1
+         TypeLib\{T}\1.5\HELPDIR = dword:1
          TypeLib\{5984FFE0-28D4-11CF-AE66-08002B2E1262}\1.0\0\win32 = C:\x\gone.dll)"},
       {"references of an interface",
        R"(W\Interface\{I} = IThing

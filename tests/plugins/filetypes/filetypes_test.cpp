@@ -27,6 +27,10 @@ TEST(FileTypes, ExtensionsAndTypes) {
          txtfile\shell\f\ddeexec = [open]
          txtfile\shell\g\command = D:\x.exe
          txtfile\DefaultIcon = "C:\x\here.exe",-3
+         .number = dword:1
+         AppX1\ShellEx\IconHandler = dword:1
+         Big\DefaultIcon = dword:1
+         Big\CLSID = dword:1
          AppX1\DefaultIcon = @{App_1.0?ms-resource://App/Files/x.png}
          AppX1\shell\open\command : DelegateExecute = {G}
          .a = AppX1

@@ -39,6 +39,8 @@ TEST(AppMRU, FindsAndCleans) {
            D\x : a = D:\gone.txt
            D\x : b = \\server\gone.txt
            D\x : c =
+           D\x : d = C:\here.txt\inner\x.txt
+           D\x : e = dword:1
            E\FileExts\.txt\OpenWithList : a = x
            S\Microsoft\Office\12.0\Excel\Recent Files : File1 = C:\here.txt
            S\Microsoft\Office\12.0\Excel\Recent Files : File = C:\gone.txt
@@ -88,7 +90,8 @@ TEST(AppMRU, Addresses) {
     const char* missing;
   } rows[] = {
       {"Visited: me@file:///C:/a/gone.txt", "", "C:\\a\\gone.txt"},
-      {"Visited: file:///C:/gone.txt", "", "C:\\gone.txt"},
+      {"Visited: file:///C|/gone.txt", "", "C:\\gone.txt"},
+      {"Visited: file:///C:/a.zip/gone.txt", "C:\\a.zip", nullptr},
       {"Visited: me@file:///C:/a%20b.txt", "", "C:\\a%20b.txt"},
       {"Visited: me@file:///C:/a%20b.txt", "C:\\a b.txt", nullptr},
       {"Visited: me@file:///C:/a%20b.txt", "C:\\a%20b.txt", nullptr},

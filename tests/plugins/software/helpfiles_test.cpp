@@ -37,6 +37,7 @@ TEST(HelpFiles, FindsAndCleans) {
 "gone.hlp"="D:\\h"
 "net.hlp"="\\\\server\\share"
 "var.hlp"="%NoSuch%"
+"num.hlp"=dword:1
 @="C:\\h"
 )"),
        .files = "C:\\h\\a.hlp\nC:\\h\\b c.hlp\nC:\\Windows\\Help\\sys.hlp\n"

@@ -51,7 +51,7 @@ TEST(ODBC, FindsAndCleans) {
 @="Gone"
 )") + "[" + kSources.substr(0, kSources.size() - 1) +
                    "]\n" + kGoneDriver + "\n",
-       .files = "C:\\x\\here.dll\nC:\\Windows\\System32\\sys.dll\ndrive D: network",
+       .files = "C:\\x\\here.dll\nC:\\Windows\\System32\\sys.dll\ndrive D: removable",
        .options = kBits32},
       {.name = "an invalid driver and those who use it",
        .registry = Driver("Bad", kGone) + Driver("Bare", "gone.dll") + Source("a") + Source("b") +
@@ -84,6 +84,11 @@ TEST(ODBC, FindsAndCleans) {
        .options = kBits32},
       {.name = "a protected data source",
        .registry = Source("BRW2008_NDS_NW", kGoneDriver) + Listing("\"BRW2008_NDS_NW\"=\"X\""),
+       .options = kBits32},
+      {.name = "a network drive; a driver that is no text",
+       .registry = Driver("Bad", "N:\\\\gone.dll") + "[" + kDrivers + "No]\n\"Driver\"=dword:1\n",
+       .files = "drive N: network",
+       .problems = {DriverMissing("Bad", "N:\\gone.dll")},
        .options = kBits32},
       {.name = "the process's own view alone",
        .registry = Driver("Bad", kGone) + Listing("\"a\"=\"None\"")},

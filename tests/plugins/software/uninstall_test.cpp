@@ -33,11 +33,13 @@ std::string KeyRemoval(const std::string& key) {
   return "delete key HKLM\\SOFTWARE\\" + key;
 }
 
+const std::string kEmpty = "\"x\"=\"\"\n";
 const std::string kGone = Command("C:\\\\p\\\\gone.exe");
 const std::string kFiles = R"(C:\p q\setup.exe
 C:\p q\unins000.exe
 C:\p q\unins000.dat
 C:\p q\UNWISE.EXE
+C:\p q\UNINSTWA.EXE
 C:\p q\INSTALL.LOG
 C:\p q\media\
 C:\Windows\IsUninst.exe
@@ -61,11 +63,12 @@ TEST(Uninstall, StaysSilent) {
         R"(C:\\Windows\\IsUninst.exe -f\"C:\\p q\\INSTALL.LOG\")", R"(%SystemRoot%\\IsUninst.exe)",
         R"(MsiExec.exe /X{0F22C794-89DE-4F31-9479-827E3385CDAE})", R"(%NoSuch%\\gone.exe)",
         R"(D:\\gone.exe)", R"(\\\\server\\share\\gone.exe)", R"(C:\\p q\\100% x\\gone.exe)",
-        R"(%ProgramFiles%\\..\\p q\\setup.exe)"})
+        R"(%ProgramFiles%\\..\\p q\\setup.exe)", R"(C:\\p q\\UNINSTWA.EXE)"})
     add(Command(command));
   for (const std::string values :
        {"\"NoRemove\"=dword:1\n", "\"WindowsInstaller\"=dword:1\n", "\"WindowsInstaller\"=\"0\"\n",
-        "\"SystemComponent\"=dword:0\n", "\"QuietUninstallString\"=\"C:\\\\p q\\\\setup.exe\"\n"})
+        "\"SystemComponent\"=dword:0\n", "\"UninstallString\"=dword:1\n",
+        "\"QuietUninstallString\"=\"C:\\\\p q\\\\setup.exe\"\n"})
     add(values);
   for (const char* source :
        {R"(C:\\p q\\media\\)", R"(\"C:\\p q\\media\")", R"(C:\\p q\\setup.exe)", R"(D:\\)",
@@ -77,12 +80,13 @@ TEST(Uninstall, StaysSilent) {
         "{FDAE2B3E-E3A8-42FF-AF6F-0AF4C59AE2CC}", "cineplayer.EXE",
         "{4AA5742C-2B17-4289-A502-CB2EE0971CFF}", "{2D5D9603-22CF-4B99-83F6-0CD20330F62E}",
         "Agnitum Outpost 2"})
-    registry += Entry(name, "");
+    registry += Entry(name, kEmpty);
+  registry += Entry("AddressBook", "") + Entry("AddressBook", "", kWow);
   registry += Cached("entry1") + Cached("{gone}") + Cached("ENTRY2", kWow);
   World world(registry, kFiles);
   EXPECT_EQ(world.Run<TRCPUninstall>(), Lines());
   EXPECT_EQ(world.Plugin().FState, rcpScanned);
-  EXPECT_EQ(world.Plugin().ScanWeight, 4 * (count + 10 + 3));
+  EXPECT_EQ(world.Plugin().ScanWeight, 4 * (count + 12 + 3));
 }
 
 TEST(Uninstall, FindsAndCleans) {
@@ -111,10 +115,9 @@ TEST(Uninstall, FindsAndCleans) {
              Problem("2", "a", "a", "RunDll32 C:\\p\\gone.dll,LaunchSetup x")),
       broken("no command", "\"DisplayName\"=\"App\"\n\"NoRemove\"=dword:0\n",
              Problem("3", "a", "App")),
-      broken("no values", "", Problem("3", "a", "a")),
       broken("a mark of another type", "\"NoRemove\"=\"1\"\n", Problem("3", "a", "a")),
       {.name = "small letters are no exception",
-       .registry = Entry("outpost", ""),
+       .registry = Entry("outpost", kEmpty),
        .problems = {Problem("3", "outpost", "outpost")},
        .journal = Lines{KeyRemoval(kUninstall + "outpost")},
        .options = kBits32},
@@ -126,8 +129,8 @@ TEST(Uninstall, FindsAndCleans) {
        .journal = Lines{"delete value HKLM\\SOFTWARE\\" + kUninstall + "a \"InstallSource\""},
        .options = kBits32},
       {.name = "both views; one entry with two problems",
-       .registry =
-           Entry("a", kGone + "\"InstallSource\"=\"\\\"C:\\\\no\\\"\"\n") + Entry("a", "", kWow),
+       .registry = Entry("a", kGone + "\"InstallSource\"=\"\\\"C:\\\\no\\\"\"\n") +
+                   Entry("a", kEmpty, kWow),
        .problems = {Problem("3", "a", "a"), Problem("1", "a", "a", gone, "64"),
                     Problem("5", "a", "a", "C:\\no", "64")},
        .journal = Lines{KeyRemoval(kWow + kUninstall + "a"), wholeKey[0]}},
@@ -152,7 +155,8 @@ TEST(Uninstall, Stops) {
     int problems;
   } rows[] = {{1, rcpInited, 1}, {2, rcpInited, 2}, {3, rcpScanned, 3}, {4, rcpScanned, 4}};
   for (const auto& row : rows) {
-    World world(Entry("a", "", kWow) + Entry("a", "") + Entry("b", "") + Cached("c") + Cached("d"));
+    World world(Entry("a", kEmpty, kWow) + Entry("a", kEmpty) + Entry("b", kEmpty) + Cached("c") +
+                Cached("d"));
     auto& plugin = world.Create<TRCPUninstall>();
     for (int twice = 0; twice < 2; ++twice) plugin.Init();
     EXPECT_EQ(plugin.FScanItemCount, 5);

@@ -100,7 +100,8 @@ Case EverySource() {
 
 TEST(Autostart, FindsAndCleans) {
   const Case rows[] = {
-      {.name = "nothing there"},
+      {.name = "nothing there, or no text",
+       .registry = kMachine64 + "Run]\n\"a\"=dword:1\n\"b\"=hex:78,00,79,00\n"},
       EverySource(),
       {.name = "one entry of the machine's Run key is never reported",
        .registry = kMachine32 + "Run]\n\"wbLogon\"=\"C:\\\\gone.exe\"\n" + kMachine64 +

@@ -55,8 +55,8 @@ TEST(IniFiles, FindsAndCleans) {
                 SystemIni(R"([boot]\ndrivers=a.drv  *gone  a\nSCRNSAVE.EXE=(none)\n[drivers32]\n)"
                           R"(a=*gone,a.drv\nb=\\\\server\\b.drv\n[drivers]\nc=gone.drv)")},
       {.name = "the other items of a line keep their blanks",
-       .files =
-           files + WinIni(R"([windows]\nload= C:\\a b\\a.exe , gone.exe\nrun=gone.exe, D:\\b )"),
+       .files = files + WinIni(R"([windows]\nload= C:\\a b\\a.exe , gone.exe\n)"
+                               R"(run=gone.exe, D:\\b,gone.exe )"),
        .problems = {"1|section:windows|value:run|missingfile:gone.exe",
                     "1|section:windows|value:load|missingfile:gone.exe"},
        .journal = Lines{"backup " + kWin, "set entry " + kWin + " [windows] run= D:\\b",

@@ -35,6 +35,7 @@ TEST(Fonts, FindsAndCleans) {
 "Unknown"="%NoSuch%\\gone.ttf"
 "Stick"="D:\\gone.ttf"
 "Nowhere"="X:\\gone.ttf"
+"Number"=dword:1
 )",
        .files = "C:\\Windows\\Fonts\\arial.ttf\nC:\\Windows\\Fonts\\vgaoem.fon\n"
                 "C:\\Windows\\Fonts\\many.ttc\ndrive D: removable\n"

@@ -36,15 +36,18 @@ TEST(SystemAddOn, FindsAndCleans) {
        .registry = Key(kWow + kDrivers, R"("wave"="wdmaud.drv"
 "msacm.x"="C:\\c\\x.acm"
 "vidc.y"="%SystemRoot%\\System32\\y.dll"
-"vidc.net"="E:\\gone.dll"
+"vidc.net"="E:\\here.dll"
+"vidc.num"=dword:1
+"vidc.sub"=".\\gone.dll"
 "vidc.var"="%NoSuch%\\gone.dll"
 "vidc.none"="")"),
        .files = "C:\\Windows\\SysWOW64\\wdmaud.drv\nC:\\c\\x.acm\n"
-                "C:\\Windows\\System32\\y.dll\ndrive E: network"},
+                "C:\\Windows\\System32\\y.dll\ndrive E: network\nE:\\here.dll"},
       {.name = "codecs in both views; the default value ends the walk of its key",
        .registry = Key(kWow + kDrivers, "\"a\"=\"gone.drv\"\n@=\"x\"\n\"b\"=\"gone.drv\"") +
-                   Key(kDrivers, "\"c\"=\"C:\\\\x\\\\gone.acm\""),
-       .problems = {Codec("32", "a", "gone.drv"), Codec("64", "c", "C:\\x\\gone.acm")},
+                   Key(kDrivers, "\"c\"=\"E:\\\\gone.acm\""),
+       .files = "drive E: network",
+       .problems = {Codec("32", "a", "gone.drv"), Codec("64", "c", "E:\\gone.acm")},
        .journal =
            Lines{deleteValue + kWow + kDrivers + " \"a\"", deleteValue + kDrivers + " \"c\""}},
       {.name = "helpers: one class in one view, another in none, and what is none",
