@@ -182,7 +182,7 @@ TEST(FileTypes, Faults) {
                {"1|caption:x.exe|existingkey:32:HKCR\\Applications\\x.exe\\shell\\open\\command"
                 "|missingfile:C:\\gone.exe",
                 "2|existingkey:32:HKCR\\.g|missingkey:32:HKCR\\goner|caption:.G-Datei (*.g)"}};
-  CheckFaults(AsCase(row, kFiles), [](World& world) { world.Create<TRCPFileTypes>(); });
+  CheckFaults<TRCPFileTypes>(AsCase(row, kFiles));
 }
 
 TEST(FileTypes, Captions) {
@@ -205,36 +205,6 @@ TEST(FileTypes, Captions) {
     world.Windows().resources.strings[u"C:\\x\\here.exe"][7] = u"Seven";
     world.Run<TRCPFileTypes>();
     EXPECT_EQ(world.Captions(), Lines{row.caption}) << row.classes;
-  }
-}
-
-TEST(FileTypes, CountsAndStops) {
-  World world(
-      Classes(".e\nType\nApplications\\x.exe\nSystemFileAssociations\\.a\n"
-              "MIME\\Database\\Content Type\\a/b\nMIME\\Database\\Content Type\\c/d\n"
-              "HKEY_USERS\\S-1-5-21-1-2-3-1001\\Software\\Microsoft\\Windows"
-              "\\CurrentVersion\\Explorer\\FileExts\\.a"));
-  auto& plugin = world.Create<TRCPFileTypes>();
-  plugin.Init();
-  const std::int32_t count = plugin.FScanItemCount;
-  EXPECT_EQ(plugin.ScanWeight, RoundHalfEven(count * 1.2));
-  EXPECT_EQ(plugin.ImageIndex, 2);
-  for (std::int32_t stop = 1; stop <= count; ++stop) {
-    StopSearch = false;
-    plugin.Init();
-    std::int32_t shown = 0;
-    std::int32_t promille = 0;
-    plugin.OnScanProgress = [&](TRCPlugin&, std::int32_t now, UnicodeView, bool) {
-      promille = now;
-      StopSearch = ++shown == stop;
-    };
-    plugin.Scan();
-    // The two media types are counted and never shown; the last item's stop comes too late.
-    EXPECT_EQ(plugin.FState, stop < count - 2 ? rcpInited : rcpScanned) << stop;
-    EXPECT_EQ(shown, std::min(stop, count - 2));
-    if (stop == count) {
-      EXPECT_EQ(promille, RoundHalfEven((count - 2) * 1000.0 / count));
-    }
   }
 }
 

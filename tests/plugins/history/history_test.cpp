@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "plugins/history/Rcp_history.h"
-#include "plugins/system/stops.h"
 #include "registry/Stringhelper.h"
 #include "support/class_text.h"
 
@@ -199,7 +198,7 @@ TEST(History, ListsOfTheRegistry) {
        .setup = [](World& world) { world.Windows().shell.folders.erase(22); }},
   };
   CheckCases<TRCPHistory>(rows);
-  CheckFaults(rows[3], [](World& world) { world.Create<TRCPHistory>(); });
+  CheckFaults<TRCPHistory>(rows[3]);
 }
 
 TEST(History, RecentDocuments) {
@@ -305,28 +304,6 @@ TEST(History, CleansWhatIsStillThere) {
   EXPECT_EQ(world.CleanAll(), Lines());
   const Lines left = {Trace(4, key, "0", "C:\\gone1.rar", Fix("WinRAR", 1) + "|traceapp:WinRAR")};
   EXPECT_EQ(world.Scan(), left);
-}
-
-TEST(History, TextsAndStops) {
-  CheckStops<TRCPHistory>(Keys("E\\FileExts\\.a\nE\\TypedPaths : url1 = C:\\gone\n"
-                               "E\\TypedPaths : url2 = C:\\gone2"),
-                          3, 3, 3);
-  World world(Keys(R"(E\RunMRU : a = C:\x\gone.exe\1
-      S\WinRAR\DialogEditHistory\ExtrPath : 0 = C:\x\gone)"));
-  world.Run<TRCPHistory>();
-  const std::string key = kUser + "WinRAR\\DialogEditHistory\\ExtrPath";
-  EXPECT_EQ(world.Texts(),
-            (Lines{"Windows-Verlaufsliste: Ungültiger Eintrag \"gone.exe\"|Die Datei konnte im "
-                   "angegebenen Ordner \"C:\\x\" nicht gefunden werden.|Die "
-                   "Windows-Verlaufsliste verweist auf die nicht mehr vorhandene Datei "
-                   "\"C:\\x\\gone.exe\". Dieser ungültige Verweis kann entfernt werden.",
-                   "WinRAR-Verlaufsliste: Ungültiger Eintrag \"gone\"|Der Ordner oder die Datei "
-                   "konnte im angegebenen Ordner \"C:\\x\" nicht gefunden werden.|Eine "
-                   "Verlaufsliste der Anwendung \"WinRAR\" verweist im Schlüssel \"<a "
-                   "href=\"regjump:HK:" +
-                       key + "\">" + key +
-                       "</a>\" auf den nicht mehr vorhandenen Ordner oder die Datei "
-                       "\"C:\\x\\gone\". Dieser ungültige Verweis kann entfernt werden."}));
 }
 
 TEST(History, AddressesAreAnnouncedTwice) {

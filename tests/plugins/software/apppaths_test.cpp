@@ -79,7 +79,7 @@ TEST(AppPaths, FindsAndCleans) {
            }},
   };
   CheckCases<TRCPAppPaths>(rows);
-  CheckFaults(rows[6], [](World& world) { world.Create<TRCPAppPaths>(); });
+  CheckFaults<TRCPAppPaths>(rows[6]);
 }
 
 // What becomes of the other values of a key whose program is gone.
@@ -114,23 +114,6 @@ TEST(AppPaths, KeepsWhatStillLeadsSomewhere) {
     world.Backend().Faults().FailNth(n, Status::Corrupt);
     const Lines journal = world.CleanAll();
     EXPECT_TRUE(journal.empty() || journal == Lines{target}) << n;
-  }
-}
-
-TEST(AppPaths, WeighsAndStops) {
-  for (const auto& [count, weight] : {std::pair{0, 0}, {5, 4}, {15, 10}, {25, 18}}) {
-    std::string registry;
-    for (int i = 0; i < count; ++i) registry += Key(std::to_string(i) + ".exe", "");
-    World world(registry, {}, kBits32);
-    auto& plugin = world.Create<TRCPAppPaths>();
-    plugin.Init();
-    EXPECT_EQ(plugin.ScanWeight, weight) << count;
-    plugin.OnScanProgress = [](TRCPlugin& self, std::int32_t, UnicodeView, bool) {
-      StopSearch = self.FScanItemsDone == 2;
-    };
-    plugin.Scan();
-    EXPECT_EQ(plugin.FState, count > 2 ? rcpInited : rcpScanned);
-    EXPECT_EQ(SweepErrors->Count(), std::min(count, 2));
   }
 }
 

@@ -39,7 +39,6 @@ const std::string kFiles = R"(C:\p q\setup.exe
 C:\p q\unins000.exe
 C:\p q\unins000.dat
 C:\p q\UNWISE.EXE
-C:\p q\UNINSTWA.EXE
 C:\p q\INSTALL.LOG
 C:\p q\media\
 C:\Windows\IsUninst.exe
@@ -58,12 +57,8 @@ TEST(Uninstall, StaysSilent) {
     registry += Entry("entry" + std::to_string(++count), values);
   };
   for (const char* command :
-       {R"(C:\\p q\\setup.exe -l0x9)", R"(\"C:\\p q\\setup.exe\" -runfromtemp -l0x0009)",
-        R"(\"C:\\p q\\unins000.exe\" /SILENT)", R"(C:\\p q\\UNWISE.EXE C:\\p q\\INSTALL.LOG)",
-        R"(C:\\Windows\\IsUninst.exe -f\"C:\\p q\\INSTALL.LOG\")", R"(%SystemRoot%\\IsUninst.exe)",
-        R"(MsiExec.exe /X{0F22C794-89DE-4F31-9479-827E3385CDAE})", R"(%NoSuch%\\gone.exe)",
-        R"(D:\\gone.exe)", R"(\\\\server\\share\\gone.exe)", R"(C:\\p q\\100% x\\gone.exe)",
-        R"(%ProgramFiles%\\..\\p q\\setup.exe)", R"(C:\\p q\\UNINSTWA.EXE)"})
+       {R"(\"C:\\p q\\unins000.exe\" /SILENT)", R"(C:\\p q\\UNWISE.EXE C:\\p q\\INSTALL.LOG)",
+        R"(MsiExec.exe /X{0F22C794-89DE-4F31-9479-827E3385CDAE})", R"(D:\\gone.exe)"})
     add(Command(command));
   for (const std::string values :
        {"\"NoRemove\"=dword:1\n", "\"WindowsInstaller\"=dword:1\n", "\"WindowsInstaller\"=\"0\"\n",
@@ -85,8 +80,6 @@ TEST(Uninstall, StaysSilent) {
   registry += Cached("entry1") + Cached("{gone}") + Cached("ENTRY2", kWow);
   World world(registry, kFiles);
   EXPECT_EQ(world.Run<TRCPUninstall>(), Lines());
-  EXPECT_EQ(world.Plugin().FState, rcpScanned);
-  EXPECT_EQ(world.Plugin().ScanWeight, 4 * (count + 12 + 3));
 }
 
 TEST(Uninstall, FindsAndCleans) {
@@ -144,29 +137,7 @@ TEST(Uninstall, FindsAndCleans) {
        .options = {.is64Bit = false, .version = OsVersion::WinNT4}},
   };
   CheckCases<TRCPUninstall>(rows);
-  for (const std::size_t row : {3U, 4U, 6U, 10U, 11U, 12U})
-    CheckFaults(rows[row], [](World& world) { world.Create<TRCPUninstall>(); });
-}
-
-TEST(Uninstall, Stops) {
-  const struct {
-    int stop;
-    TRcpState state;
-    int problems;
-  } rows[] = {{1, rcpInited, 1}, {2, rcpInited, 2}, {3, rcpScanned, 3}, {4, rcpScanned, 4}};
-  for (const auto& row : rows) {
-    World world(Entry("a", kEmpty, kWow) + Entry("a", kEmpty) + Entry("b", kEmpty) + Cached("c") +
-                Cached("d"));
-    auto& plugin = world.Create<TRCPUninstall>();
-    for (int twice = 0; twice < 2; ++twice) plugin.Init();
-    EXPECT_EQ(plugin.FScanItemCount, 5);
-    plugin.OnScanProgress = [&](TRCPlugin& self, std::int32_t, UnicodeView, bool) {
-      StopSearch = StopSearch || self.FScanItemsDone == row.stop;
-    };
-    plugin.Scan();
-    EXPECT_EQ(plugin.FState, row.stop < 3 ? rcpInited : rcpScanned);
-    EXPECT_EQ(SweepErrors->Count(), row.problems) << row.stop;
-  }
+  for (const std::size_t row : {3U, 4U, 6U, 10U, 11U, 12U}) CheckFaults<TRCPUninstall>(rows[row]);
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ TEST(Firewall, FindsAndRemoves) {
            }},
   };
   CheckCases<TRCPFirewall>(rows);
-  CheckFaults(rows[1], [](World& world) { world.Create<TRCPFirewall>(); });
+  CheckFaults<TRCPFirewall>(rows[1]);
 }
 
 }  // namespace

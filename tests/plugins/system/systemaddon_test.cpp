@@ -1,5 +1,6 @@
+#include <gtest/gtest.h>
+
 #include "plugins/system/Rcp_systemaddon.h"
-#include "plugins/system/stops.h"
 #include "registry/Stringhelper.h"
 #include "support/class_text.h"
 
@@ -63,8 +64,7 @@ TEST(SystemAddOn, FindsAndCleans) {
        .options = bits32},
   };
   CheckCases<TRCPSystemAddOn>(rows);
-  for (const std::size_t row : {2U, 4U})
-    CheckFaults(rows[row], [](World& world) { world.Create<TRCPSystemAddOn>(); });
+  for (const std::size_t row : {2U, 4U}) CheckFaults<TRCPSystemAddOn>(rows[row]);
 }
 
 TEST(SystemAddOn, CleansOnlyTheObjectThatTheProblemMeans) {
@@ -81,12 +81,6 @@ TEST(SystemAddOn, CleansOnlyTheObjectThatTheProblemMeans) {
     EXPECT_TRUE(plugin.CleanError(error));
     EXPECT_EQ(world.Journal(), Lines()) << ToUtf8(data.front());
   }
-}
-
-TEST(SystemAddOn, WeighsAndStops) {
-  CheckStops<TRCPSystemAddOn>(Key(kWow + kDrivers, "\"a\"=\"g.drv\"\n\"b\"=\"g.drv\"") +
-                                  Key(kDrivers, "\"c\"=\"g.drv\"") + Key(kHelpers + "\\{A}"),
-                              3 * 6 * 2, 3, 4);
 }
 
 TEST(BrowserHelperObjects, TellsSwitchesAndDeletes) {
