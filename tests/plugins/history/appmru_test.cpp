@@ -36,7 +36,6 @@ TEST(AppMRU, FindsAndCleans) {
            D : MRULIST = C:\gone.txt
            D\x : MruList = C:\gone.txt
            D\x : a = D:\gone.txt
-           D\x : b = \\server\gone.txt
            D\x : c =
            D\x : d = C:\here.txt\inner\x.txt
            D\x : e = dword:1

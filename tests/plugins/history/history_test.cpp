@@ -306,6 +306,14 @@ TEST(History, CleansWhatIsStillThere) {
   EXPECT_EQ(world.Scan(), left);
 }
 
+TEST(History, AStopAmongTheLastItemsIsNoWholeScan) {
+  World world(Keys("E\\TypedPaths : url1 = C:\\gone\nE\\TypedPaths : url2 = C:\\gone2"));
+  auto& plugin = world.Create<TRCPHistory>();
+  plugin.OnScanProgress = [](TRCPlugin&, std::int32_t, UnicodeView, bool) { StopSearch = true; };
+  EXPECT_EQ(world.Scan().size(), 1U);
+  EXPECT_EQ(plugin.FState, rcpInited);
+}
+
 TEST(History, AddressesAreAnnouncedTwice) {
   World world;
   world.Windows().browser.urls = {u"file:///C:/gone.txt", u"file:///D:/gone.txt"};

@@ -33,12 +33,8 @@ TEST(SoftwareInstalled, FindsAndCleans) {
 "Plugins"="C:\\x y;C:\\no z"
 "Temp"="%ProgramFiles%\\wide"
 "Root"="D:\\gone"
-"Dir"="\\\\server\\share\\gone"
 "Logo"="@C:\\gone.dll,-1"
-"Folder"="%NoSuch%\\gone"
 "Default"="gone.exe"
-"Cache"="C:\\x y\\*.tmp"
-"App"="C:\\x y\\%1"
 "Download"=""
 "Components"=dword:7
 "Installed"="C:\\gone"

@@ -71,8 +71,7 @@ TEST(Autostart, FindsAndCleans) {
              world.Windows().tasks.jobs = {{u"1.job", u"\"C:\\here.exe\""},
                                            {u"2.job", u"bare"},
                                            {u"3.job", u""},
-                                           {u"4.job", u"D:\\gone.exe"},
-                                           {u"5.job", u"\\\\s\\x\\y"}};
+                                           {u"4.job", u"D:\\gone.exe"}};
            }},
       {.name = "without a scheduler only the registry counts",
        .registry = kUser + "Run]\n\"a\"=\"C:\\\\gone.exe\"\n",

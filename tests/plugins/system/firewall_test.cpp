@@ -55,8 +55,6 @@ TEST(Firewall, FindsAndRemoves) {
        .setup = Running({{u"A", u"C:\\x\\here.exe", true},
                          {u"B", u"%windir%\\System32\\only32.exe", true},
                          {u"C", u"E:\\gone.exe", true},
-                         {u"D", u"\\\\server\\gone.exe", true},
-                         {u"E", u"%NoSuch%\\gone.exe", true},
                          {u"F", u"", true},
                          {u"G", u"C:\\x", true},
                          {u"H", u"SYSTEM", true}})},
