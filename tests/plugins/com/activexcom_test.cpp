@@ -317,6 +317,19 @@ TEST(ActiveXCOM, InterfacesAndTypeLibs) {
   CheckClasses<TRCPActiveXCOM>(rows, kFiles);
 }
 
+TEST(ActiveXCOM, Faults) {
+  ClassRow row = ClassPartsRow();
+  row.classes = ReplaceAll(row.classes, "{A} = Class A", "{A}") + R"(
+    W\Interface\{I}\ProxyStubClsid32 = {B}
+    W\Interface\{I}\BaseInterface = {I}
+    W\CLSID\{C}\InprocServer32 = C:\x\here.dll
+    W\CLSID\{C}\TypeLib = {T}
+    TypeLib\{T}\1.0\0\win32 = C:\x\here.dll
+    TypeLib\{T}\1.0\HELPDIR = C:\x\folder)";
+  for (std::string& line : row.problems) line = ReplaceAll(line, "Class A", "{A}");
+  CheckFaults<TRCPActiveXCOM>(AsCase(row, kFiles));
+}
+
 // What each class has to show for itself, the first one nothing.
 TEST(ActiveXCOM, Captions) {
   World world(Classes(R"(W\CLSID\{A}\LocalServer

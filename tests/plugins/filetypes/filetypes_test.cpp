@@ -160,6 +160,27 @@ TEST(FileTypes, OtherPlaces) {
   CheckClasses<TRCPFileTypes>(rows, kFiles);
 }
 
+TEST(FileTypes, Faults) {
+  ClassRow row{"faults",
+               R"(.txt = txtfile
+    txtfile\shell\open\command = C:\x\here.exe
+    txtfile\ShellEx\IconHandler = {G}
+    txtfile\ShellEx\ContextMenuHandlers\{G}
+    txtfile\DefaultIcon = C:\x\here.exe,1
+    U\mine\CLSID = {G}
+    .n : x = y
+    .g = goner
+    Applications\x.exe\shell\open\command = C:\gone.exe
+    SystemFileAssociations\.z\shell
+    SystemFileAssociations\.y : a = b
+    CLSID\{G}\x
+    HKEY_USERS\S-1-5-21-1-2-3-1001\Software\Microsoft\Windows\CurrentVersion\Explorer\FileExts\.d\x : a = b)",
+               {"1|caption:x.exe|existingkey:32:HKCR\\Applications\\x.exe\\shell\\open\\command"
+                "|missingfile:C:\\gone.exe",
+                "2|existingkey:32:HKCR\\.g|missingkey:32:HKCR\\goner|caption:.G-Datei (*.g)"}};
+  CheckFaults<TRCPFileTypes>(AsCase(row, kFiles));
+}
+
 TEST(FileTypes, Captions) {
   World world(Classes(R"(.a = at
       at =  Text 
