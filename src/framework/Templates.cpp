@@ -82,20 +82,16 @@ UnicodeString VerbNameOf(const Value& v) {
   return RemoveAccelChar(name);
 }
 
+// Folder and name part at the last backslash alone: behind a program there may be arguments, and a
+// slash or colon in them is no part of a path. In a drive's root folder this is the bare drive.
 UnicodeString FolderOf(const Value& v) {
-  UnicodeView folder = ExtractFilePath(v.text);
-  // A file in a drive's root folder shows the bare drive.
-  if (folder.ends_with(u'\\')) folder.remove_suffix(1);
-  return UnicodeString(folder);
-}
-
-UnicodeString FileNameOf(const Value& v) {
-  return UnicodeString(ExtractFileName(v.text));
+  const std::size_t slash = v.text.rfind(u'\\');
+  return UnicodeString(v.text.substr(0, slash == UnicodeView::npos ? 0 : slash));
 }
 
 UnicodeString FileNameWithoutExtension(const Value& v) {
-  const UnicodeView name = ExtractFileName(v.text);
-  return UnicodeString(name.substr(0, name.size() - ExtractFileExt(name).size()));
+  const UnicodeView name = LastPart(v.text);
+  return UnicodeString(name.substr(0, name.rfind(u'.')));
 }
 
 UnicodeString ExtensionKey(const Value& v) {
@@ -121,7 +117,7 @@ constexpr std::array<Modifier, 9> kModifiers{{
     {u"nomain", &WithoutRoot},
     {u"action", &VerbNameOf},
     {u"path", &FolderOf},
-    {u"name", &FileNameOf},
+    {u"name", &LastPartOf},
     {u"namenoext", &FileNameWithoutExtension},
     {u"ext", &ExtensionKey},
     {u"regjump", &RegistryLink},

@@ -9,12 +9,35 @@ namespace scrubwell::paths {
 namespace {
 
 constexpr int kDeepestNesting = 4;
-constexpr std::size_t kMostPrefixes = 64;
+constexpr std::size_t kMostPrefixes = 512;
+constexpr std::size_t kLongestPart = 255;  // of a path, in every file system there is
 
 Lookup ResolveNested(UnicodeView command, Want want, int depth);
 
 bool HasDrive(UnicodeView text) {
   return IsDrivePath(WithoutNtPrefix(text));
+}
+
+bool IsBlank(char16_t c) {
+  return c == u' ' || c == u'\t';
+}
+
+// Takes the first word off the text: up to a blank outside of quotation marks.
+UnicodeView TakeWord(UnicodeView& text) {
+  text = Trim(text);
+  bool quoted = false;
+  std::size_t end = 0;
+  for (; end < text.size() && (quoted || text[end] > u' '); ++end) {
+    const bool isMark = text[end] == u'"' && (end == 0 || text[end - 1] != u'\\');
+    if (isMark) quoted = !quoted;
+  }
+  const UnicodeView word = text.substr(0, end);
+  text = Trim(text.substr(end));
+  return word;
+}
+
+bool IsSwitch(UnicodeView word) {
+  return !word.empty() && (word.front() == u'/' || word.front() == u'-');
 }
 
 // Where an unquoted program's name may end: at a blank, and at what people glue to it. A slash is
@@ -33,17 +56,19 @@ struct NameRange {
 
 // A mark that no name has ends the name before the word that holds it: a second drive, a
 // placeholder that is filled in later. That word is an argument, and not the name's own rest
-// ("C:\Some Folder\*.x"), only when the name is complete before it.
+// ("C:\Some Folder\*.x"), only when the name is complete before it. It surely is before a switch
+// with a slash: no part of a path ends with a blank.
 NameRange RangeOfName(UnicodeView text) {
   const std::size_t drive = text.find(u':');
   const bool drivePath = HasDrive(text);
   for (std::size_t at = 0; at < text.size(); ++at) {
     const char16_t c = text[at];
     if (c == u'"') return {at, false};
+    if (c == u'/' && at > 0 && IsBlank(text[at - 1])) return {at - 1, false};
     const bool stops = UnicodeView(u"*?<>|%").find(c) != UnicodeView::npos ||
                        (c == u':' && !(drivePath && at == drive));
     if (!stops) continue;
-    const std::size_t blank = text.substr(0, at).rfind(u' ');
+    const std::size_t blank = text.substr(0, at).find_last_of(u" \t");
     if (blank == UnicodeView::npos) return {0, true};
     const UnicodeView word = text.substr(blank, at - blank);
     return {blank, word.find(u'\\') != UnicodeView::npos ||
@@ -57,12 +82,19 @@ Status GrowingPrefix(UnicodeView text, Want want, UnicodeString& found, std::siz
   Verdict verdict;
   const NameRange range = RangeOfName(text);
   std::size_t tried = 0;
+  std::size_t part = 0;  // where the last part of the path begins
   for (std::size_t end = 1; end <= range.limit; ++end) {
+    if (text[end - 1] == u'\\' || text[end - 1] == u'/') part = end;
     if (end < range.limit && (!MayEndName(text, end) || text[end - 1] <= u' ')) continue;
+    if (end - part > kLongestPart) {
+      verdict.Add(Status::Absent);
+      continue;
+    }
     if (++tried > kMostPrefixes) return Status::Unknown;
     length = end;
     // A folder can only be meant by the whole text: "C:\Tools x\y.exe" does not mean "C:\Tools".
-    const Want wanted = end == text.size() ? want : Want::File;
+    const bool isPart = end < text.size() && want == Want::FileOrFolder;
+    const Want wanted = isPart ? Want::File : want;
     if (verdict.Add(ProbeName(text.substr(0, end), wanted, found))) return Status::Ok;
   }
   length = text.size();
@@ -106,17 +138,18 @@ Split SplitProgram(UnicodeView text, Want want) {
 
 // ---- What launchers are told to use -------------------------------------------------------
 
-// A file argument. A relative one lies in a folder that nobody knows here.
+// A file argument. A relative one lies in a folder that nobody knows here; where it is `searched`
+// for, a bare name is missing when no folder of the search order has it. A class or a product in
+// braces is no file.
 Status ProbeArgument(UnicodeView text, bool searched) {
   text = Trim(text);
-  if (text.empty()) return Status::Unknown;
+  const bool quoted = text.starts_with(u'"');
+  const UnicodeView name = quoted ? text.substr(1, text.find(u'"', 1) - 1) : text;
+  if (name.empty() || name.front() == u'{') return Status::Unknown;
+  const bool bare = name.substr(0, name.find(u',')).find_first_of(u"\\/") == UnicodeView::npos;
+  if (!HasDrive(name) && !(searched && bare)) return Status::Unknown;
   UnicodeString found;
-  if (text.front() == u'"') {
-    const UnicodeView inner = text.substr(1, text.find(u'"', 1) - 1);
-    if (!searched && !HasDrive(inner)) return Status::Unknown;
-    return ProbeName(inner, Want::FileOrFolder, found);
-  }
-  if (!searched && !HasDrive(text)) return Status::Unknown;
+  if (quoted) return ProbeName(name, Want::FileOrFolder, found);
   std::size_t length = 0;
   return GrowingPrefix(text, Want::FileOrFolder, found, length);
 }
@@ -124,36 +157,56 @@ Status ProbeArgument(UnicodeView text, bool searched) {
 // Takes switches ("/s", "-q") off the front.
 UnicodeView WithoutSwitches(UnicodeView text) {
   text = Trim(text);
-  while (!text.empty() && (text.front() == u'/' || text.front() == u'-')) {
-    const std::size_t blank = text.find(u' ');
-    if (blank == UnicodeView::npos) return {};
-    text = Trim(text.substr(blank));
-  }
+  while (IsSwitch(text)) TakeWord(text);
   return text;
 }
 
-// "x.dll,Entry arguments": the text up to the comma, or up to a blank.
-Status DllOfEntry(UnicodeView text, const Split& /*program*/, int /*depth*/) {
-  if (!text.empty() && text.front() == u'"') return ProbeArgument(text, true);
-  return ProbeArgument(text.substr(0, text.find(u',')), true);
+// Where the entry point begins in "x.dll,Entry arguments". A comma before a backslash is part of
+// the library's path.
+std::size_t CommaOfEntry(UnicodeView text) {
+  std::size_t comma = text.find(u',');
+  while (comma != UnicodeView::npos) {
+    const std::size_t end = text.find_first_of(u", \t\\", comma + 1);
+    if (end == UnicodeView::npos || text[end] != u'\\') break;
+    comma = text.find(u',', end);
+  }
+  return comma;
 }
 
-Status LastArgument(UnicodeView text, const Split& /*program*/, int /*depth*/) {
+// "x.dll,Entry arguments", quoted or not, perhaps behind "/d". Every other switch ("/sta",
+// "-localserver") stands before a class, or nobody knows what it stands before.
+Status DllOfEntry(UnicodeView text, const Split& /*program*/, int /*depth*/) {
   text = Trim(text);
-  if (!text.empty() && text.back() == u'"' && text.size() > 1) {
-    const std::size_t open = text.rfind(u'"', text.size() - 2);
-    return open == UnicodeView::npos ? Status::Unknown : ProbeArgument(text.substr(open), true);
+  while (IsSwitch(text)) {
+    if (!SameText(TakeWord(text).substr(1), u"d")) return Status::Unknown;
   }
-  return ProbeArgument(WithoutSwitches(text), true);
+  if (text.starts_with(u'"')) return ProbeArgument(text, true);
+  return ProbeArgument(text.substr(0, CommaOfEntry(text)), true);
+}
+
+// Libraries, with switches anywhere before and behind them. What a switch says in quotation marks
+// ("/i:some text") belongs to it.
+Status Libraries(UnicodeView text, const Split& /*program*/, int /*depth*/) {
+  UnicodeString names;
+  while (!text.empty()) {
+    const UnicodeView before = text;
+    const UnicodeView word = TakeWord(text);
+    if (!IsSwitch(word)) names.append(before.substr(0, before.size() - text.size()));
+  }
+  UnicodeView rest = names;
+  if (!rest.starts_with(u'"')) return ProbeArgument(rest, true);
+  Verdict verdict;
+  while (!rest.empty()) verdict.Add(ProbeArgument(TakeWord(rest), true));
+  return verdict.Get();
 }
 
 Status FirstFile(UnicodeView text, const Split& /*program*/, int /*depth*/) {
   return ProbeArgument(WithoutSwitches(text), false);
 }
 
-// "x.chm::/page.htm"
+// "x.chm::/page.htm". Behind a switch ("-decompile folder x.chm") the first name may be another.
 Status HelpFile(UnicodeView text, const Split& /*program*/, int /*depth*/) {
-  text = WithoutSwitches(text);
+  if (IsSwitch(text)) return Status::Unknown;
   if (!text.empty() && text.front() == u'"') text = text.substr(1, text.find(u'"', 1) - 1);
   return ProbeArgument(text.substr(0, text.find(u"::")), false);
 }
@@ -171,11 +224,10 @@ Status ExplorerFolder(UnicodeView text, const Split& /*program*/, int /*depth*/)
 
 // "x.cpl,@2"
 Status ControlPanel(UnicodeView text, const Split& /*program*/, int /*depth*/) {
-  text = Trim(text);
-  if (text.find(u".cpl") == UnicodeView::npos && text.find(u".CPL") == UnicodeView::npos) {
-    return Status::Unknown;
-  }
-  return ProbeArgument(text.substr(0, text.find(u',')), true);
+  const bool named =
+      text.find(u".cpl") != UnicodeView::npos || text.find(u".CPL") != UnicodeView::npos;
+  if (!named || IsSwitch(text)) return Status::Unknown;
+  return ProbeArgument(text.substr(0, CommaOfEntry(text)), true);
 }
 
 // "-fC:\x\Uninst.isu", the switch glued to the name, quoted or not
@@ -183,11 +235,7 @@ Status InstallLogSwitch(UnicodeView text, const Split& /*program*/, int /*depth*
   for (std::size_t at = 0; at + 2 < text.size(); ++at) {
     const bool starts = at == 0 || text[at - 1] <= u' ';
     if (!starts || (text[at] != u'-' && text[at] != u'/') || UpCase(text[at + 1]) != u'F') continue;
-    UnicodeView name = text.substr(at + 2);
-    if (name.front() == u'"') return ProbeArgument(name, false);
-    // The next switch ends an unquoted name.
-    for (const UnicodeView next : {u" -", u" /"}) name = name.substr(0, name.find(next));
-    return ProbeArgument(name, false);
+    return ProbeArgument(text.substr(at + 2), false);
   }
   return Status::Unknown;
 }
@@ -197,12 +245,15 @@ Status RestOfLine(UnicodeView text, const Split& /*program*/, int /*depth*/) {
   return ProbeArgument(WithoutSwitches(text), false);
 }
 
-// The uninstaller's own data beside it: unins000.exe needs unins000.dat
+// The uninstaller's own data beside it: unins000.exe needs unins000.dat. Without a number it is
+// another program of much the same name.
 Status Companion(UnicodeView /*text*/, const Split& program, int /*depth*/) {
   UnicodeString found;
   const UnicodeView stem =
       UnicodeView(program.found)
           .substr(0, program.found.size() - ExtractFileExt(program.found).size());
+  const UnicodeView number = stem.substr(stem.size() - 3);
+  if (number.find_first_not_of(u"0123456789") != UnicodeView::npos) return Status::Unknown;
   return Probe(UnicodeString(stem).append(u".dat"), Want::File, found);
 }
 
@@ -211,11 +262,80 @@ Status JavaArchive(UnicodeView text, const Split& /*program*/, int /*depth*/) {
   return at == UnicodeView::npos ? Status::Unknown : ProbeArgument(text.substr(at + 5), false);
 }
 
-// A package file; a product code is no file.
+// ---- The installer ------------------------------------------------------------------------
+
+// What the word behind an installer's switch is, and how much of it is glued to the switch.
+struct InstallerSwitch {
+  enum class Use : std::uint8_t { Other, Package, Log } use = Use::Other;
+  UnicodeView glued;
+};
+
+constexpr UnicodeView kPackageSwitches[] = {u"package", u"uninstall", u"update"};
+constexpr UnicodeView kLogSwitch = u"log";
+// A letter and the letters that may follow it.
+struct InstallerLetter {
+  char16_t letter;
+  UnicodeView modes;
+  InstallerSwitch::Use use;
+};
+constexpr InstallerLetter kInstallerLetters[] = {
+    {u'I', u"", InstallerSwitch::Use::Package},
+    {u'X', u"", InstallerSwitch::Use::Package},
+    {u'A', u"", InstallerSwitch::Use::Package},
+    {u'P', u"", InstallerSwitch::Use::Package},
+    {u'J', u"UM", InstallerSwitch::Use::Package},
+    {u'F', u"PECDOAMUSV", InstallerSwitch::Use::Package},
+    {u'L', u"IWEARUCMOPVX*+!", InstallerSwitch::Use::Log},
+};
+
+// Long names begin with letters of the short ones ("/passive"): whatever stands there that is
+// neither a mode nor the beginning of a name makes it another switch.
+InstallerSwitch ReadInstallerSwitch(UnicodeView name) {
+  using Use = InstallerSwitch::Use;
+  if (SameText(name, kLogSwitch)) return {Use::Log, {}};
+  for (const UnicodeView known : kPackageSwitches) {
+    if (SameText(name, known)) return {Use::Package, {}};
+  }
+  for (const InstallerLetter& known : kInstallerLetters) {
+    if (name.empty() || UpCase(name.front()) != known.letter) continue;
+    UnicodeView rest = name.substr(1);
+    if (HasDrive(rest)) return {known.use, rest};
+    while (!rest.empty() && known.modes.find(UpCase(rest.front())) != UnicodeView::npos) {
+      rest.remove_prefix(1);
+    }
+    const bool isName = rest.empty() || rest.front() == u'"' || rest.front() == u'{';
+    if (isName || HasDrive(rest)) return {known.use, rest};
+  }
+  return {};
+}
+
+// The package that is installed, removed or mended. A log is yet to be written, and what stands
+// behind no switch is a property.
 Status InstallerPackage(UnicodeView text, const Split& /*program*/, int /*depth*/) {
-  const UnicodeView rest = WithoutSwitches(text);
-  if (rest.empty() || rest.front() == u'{') return Status::Unknown;
-  return ProbeArgument(rest, false);
+  Verdict verdict;
+  while (!(text = Trim(text)).empty()) {
+    const UnicodeView word = TakeWord(text);
+    if (!IsSwitch(word)) continue;
+    const InstallerSwitch read = ReadInstallerSwitch(word.substr(1));
+    const UnicodeView file = read.glued.empty() ? text : read.glued;
+    if (read.use == InstallerSwitch::Use::Other) continue;
+    if (read.use == InstallerSwitch::Use::Package) verdict.Add(ProbeArgument(file, false));
+    if (read.glued.empty()) TakeWord(text);
+  }
+  return verdict.Get();
+}
+
+// ---- The command interpreter --------------------------------------------------------------
+
+// What "start" is told to run: behind the window's title, and switches with what belongs to them.
+UnicodeView BehindStart(UnicodeView command) {
+  command = Trim(command);
+  if (command.starts_with(u'"')) TakeWord(command);
+  while (IsSwitch(command)) {
+    const UnicodeString name = LowerCase(TakeWord(command).substr(1));
+    if (name == u"d" || name == u"node" || name == u"affinity") TakeWord(command);
+  }
+  return command;
 }
 
 // The command behind "/c" or "/k". The interpreter's own commands have no file, and a line of
@@ -233,14 +353,7 @@ Status ShellCommand(UnicodeView text, const Split& /*program*/, int depth) {
   if (command.find_first_of(u"&|<>^%") != UnicodeView::npos) return Status::Unknown;
   constexpr UnicodeView start = u"start ";
   if (command.size() > start.size() && SameText(command.substr(0, start.size()), start)) {
-    command = Trim(command.substr(start.size()));
-    // The first quoted text is the window's title.
-    if (command.starts_with(u'"')) {
-      const std::size_t close = command.find(u'"', 1);
-      if (close == UnicodeView::npos) return Status::Unknown;
-      command = Trim(command.substr(close + 1));
-    }
-    command = WithoutSwitches(command);
+    command = BehindStart(command.substr(start.size()));
   }
   if (command.starts_with(u"\"\"") && command.ends_with(u'"')) {
     command = command.substr(1, command.size() - 2);
@@ -263,7 +376,7 @@ struct Launcher {
 constexpr Launcher kLaunchers[] = {
     {u"rundll32.exe", DllOfEntry},
     {u"rundll.exe", DllOfEntry},
-    {u"regsvr32.exe", LastArgument},
+    {u"regsvr32.exe", Libraries},
     {u"cmd.exe", ShellCommand},
     {u"command.com", ShellCommand},
     {u"wscript.exe", FirstFile},
@@ -316,6 +429,9 @@ Status ProbeList(UnicodeView list, UnicodeString& found) {
   return verdict.Get();
 }
 
+// Extensions behind which arguments begin, whatever else stands on the line.
+constexpr UnicodeView kProgramExtensions = u".exe|.com|.bat|.cmd|.lnk|.pif|.scr|.msc|.cpl|.msi|";
+
 }  // namespace
 
 Lookup ResolveCommand(UnicodeView command, Want want) {
@@ -323,6 +439,24 @@ Lookup ResolveCommand(UnicodeView command, Want want) {
   const bool isList = want == Want::FileOrFolder && command.find(u';') != UnicodeView::npos;
   if (isList && result.program != Status::Ok) result.program = ProbeList(command, result.found);
   return result;
+}
+
+UnicodeView ProgramOf(UnicodeView command) {
+  command = Trim(command);
+  if (command.starts_with(u'"')) return command.substr(1, command.find(u'"', 1) - 1);
+  UnicodeView rest = command;
+  for (std::size_t at = 1; at < command.size(); ++at) {
+    if (command[at] == u'"') rest = command.substr(0, at);
+    if (rest.size() < command.size()) break;
+    if (!IsBlank(command[at])) continue;
+    const UnicodeView name = command.substr(0, at);
+    const UnicodeView next = Trim(command.substr(at));
+    const UnicodeString extension = LowerCase(ExtractFileExt(name));
+    const bool complete =
+        !extension.empty() && kProgramExtensions.find(extension + u'|') != UnicodeView::npos;
+    if (complete || IsSwitch(next) || HasDrive(next)) rest = name;
+  }
+  return Trim(rest);
 }
 
 }  // namespace scrubwell::paths

@@ -10,4 +10,8 @@ namespace scrubwell::paths {
 /// its arguments name is looked up too; whatever can't be proven missing is Unknown.
 Lookup ResolveCommand(UnicodeView command, Want want);
 
+/// The part of a command that names its program, as it is written and without quotation marks. What
+/// is there or not is not asked: for a command whose program is known to be missing.
+UnicodeView ProgramOf(UnicodeView command);
+
 }  // namespace scrubwell::paths

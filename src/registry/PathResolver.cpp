@@ -23,7 +23,7 @@ constexpr UnicodeView kAppPaths = u"Software\\Microsoft\\Windows\\CurrentVersion
 
 struct Memory {
   detail::TextMap<std::optional<UnicodeString>> variables[3];  // by view
-  detail::TextTable<Lookup> lookups[2];                        // by what is wanted
+  detail::TextTable<Lookup> lookups[3];                        // by what is wanted
   std::optional<TStringList> searchFolders;
   bool searchFoldersKnown = true;
 };
@@ -71,7 +71,24 @@ Status StatAs(UnicodeView path, FsView view, Want want) {
   FileInfo info;
   const Status status = Platform().files.Stat(path, view, info);
   if (status != Status::Ok) return status;
-  return info.isFolder && want == Want::File ? Status::Absent : Status::Ok;
+  return info.isFolder && want != Want::FileOrFolder ? Status::Absent : Status::Ok;
+}
+
+// Whether what is not found on the drive is missing.
+bool CanProve(char16_t letter, Want want) {
+  const DriveKind kind = Platform().files.Drive(letter);
+  if (kind != DriveKind::Network || want != Want::FileOnAnyDrive) return kind == DriveKind::Fixed;
+  FileInfo root;
+  return Platform().files.Stat(UnicodeString{letter, u':', u'\\'}, FsView::Physical, root) ==
+             Status::Ok &&
+         root.isFolder;
+}
+
+// Whether the name is seen from the current folder (".\x") or from one above it ("..\x").
+bool IsFromCurrentFolder(UnicodeView name) {
+  const std::size_t dots = std::min(name.find_first_not_of(u'.'), name.size());
+  return (dots == 1 || dots == 2) &&
+         (dots == name.size() || name[dots] == u'\\' || name[dots] == u'/');
 }
 
 UnicodeString SystemFolder() {
@@ -147,6 +164,7 @@ Status ProbeAsItStands(UnicodeView name, Want want, UnicodeString& found) {
   if (name.size() >= 2 && name[1] == u':') return Status::Unknown;  // relative to a drive's folder
   if (name.starts_with(u"\\\\") || name.starts_with(u"//")) return Status::Unknown;
   if (name.find(u':') != UnicodeView::npos) return Status::Unknown;  // an address or a moniker
+  if (IsFromCurrentFolder(name)) return Status::Unknown;
   if (name.starts_with(u"\\") || name.starts_with(u"/")) {
     if (StartsWithText(name, u"\\Device\\")) return Status::Unknown;
     return Probe(Platform().system.WindowsDir().substr(0, 2) + UnicodeString(name), want, found);
@@ -176,11 +194,13 @@ TStringList Expansions(UnicodeView text) {
 }
 
 UnicodeString WithoutNtPrefix(UnicodeView path) {
-  for (const UnicodeView prefix : {u"\\??\\", u"\\\\?\\", u"\\DosDevices\\", u"\\\\.\\"}) {
+  constexpr UnicodeView devices = u"\\\\.\\";
+  for (const UnicodeView prefix : {u"\\??\\", u"\\\\?\\", u"\\DosDevices\\", devices.data()}) {
     if (!StartsWithText(path, prefix)) continue;
     const UnicodeView rest = path.substr(prefix.size());
     // Only a drive is a path; a device or a share behind the prefix stays what it is.
-    if (rest.size() >= 2 && IsDriveLetter(rest[0]) && rest[1] == u':') return UnicodeString(rest);
+    const bool isDrive = rest.size() >= 2 && IsDriveLetter(rest[0]) && rest[1] == u':';
+    if (isDrive && prefix != devices) return UnicodeString(rest);
     return UnicodeString(u"\\Device\\").append(rest);
   }
   if (StartsWithText(path, u"\\SystemRoot\\")) {
@@ -198,7 +218,7 @@ Status Probe(UnicodeView path, Want want, UnicodeString& found) {
   if (!IsDrivePath(path) || path.size() > kLongestText || HasIllegalUnit(path)) {
     return Status::Unknown;
   }
-  if (Platform().files.Drive(UpCase(path[0])) != DriveKind::Fixed) return Status::Unknown;
+  if (!CanProve(UpCase(path[0]), want)) return Status::Unknown;
   Verdict verdict;
   verdict.Add(StatAs(path, FsView::Physical, want));
   if (verdict.Get() != Status::Ok && Platform().system.IsWow64()) {
@@ -219,9 +239,10 @@ Status ProbeName(UnicodeView text, Want want, UnicodeString& found) {
   Verdict verdict;
   if (verdict.Add(ProbeAsItStands(name, want, found))) return Status::Ok;
   if (ExtractFileExt(name).empty() && !name.ends_with(u'\\') && !name.ends_with(u'/')) {
+    const Want file = want == Want::FileOrFolder ? Want::File : want;
     for (const UnicodeView extension : kExtensions) {
       const UnicodeString complete = name + UnicodeString(extension);
-      if (verdict.Add(ProbeAsItStands(complete, Want::File, found))) return Status::Ok;
+      if (verdict.Add(ProbeAsItStands(complete, file, found))) return Status::Ok;
     }
   }
   if (name.find(u'%') != UnicodeString::npos) return Status::Unknown;
@@ -229,7 +250,7 @@ Status ProbeName(UnicodeView text, Want want, UnicodeString& found) {
 }
 
 Lookup Resolve(UnicodeView text, Want want) {
-  auto& known = Remembered().lookups[want == Want::File ? 0 : 1];
+  auto& known = Remembered().lookups[static_cast<std::size_t>(want)];
   if (const Lookup* const before = known.Find(text)) return *before;
   Lookup result;
   const UnicodeView trimmed = Trim(text);

@@ -6,7 +6,11 @@
 
 namespace scrubwell::paths {
 
-enum class Want : std::uint8_t { File, FileOrFolder };
+enum class Want : std::uint8_t {
+  File,
+  FileOrFolder,
+  FileOnAnyDrive,  ///< a network drive that can be reached proves as much as a local one
+};
 
 /// What a text was found to mean.
 struct Lookup {
@@ -45,18 +49,18 @@ class Verdict {
 TStringList Expansions(UnicodeView text);
 
 /// Takes the system's own prefixes off ("\??\C:\x" becomes "C:\x", "\SystemRoot\x" lies in the
-/// Windows folder).
+/// Windows folder). The name of a device ("\\.\C:\x") gets the prefix that all devices have.
 UnicodeString WithoutNtPrefix(UnicodeView path);
 
 /// A path with drive letter, backslash and no characters that no file name has.
 bool IsDrivePath(UnicodeView path);
 
 /// Looks one full path up. On a 64-bit system it is missing only when both a 64-bit and a 32-bit
-/// process miss it. Drives that are not local fixed ones are never looked at: Unknown.
+/// process miss it. Drives that prove nothing for what is wanted are never looked at: Unknown.
 Status Probe(UnicodeView path, Want want, UnicodeString& found);
 
 /// Looks a name or path up, bare names along the search order, usual extensions added where the
-/// name has none.
+/// name has none. Seen from a folder that nobody knows (".\x.exe"), it is Unknown.
 Status ProbeName(UnicodeView name, Want want, UnicodeString& found);
 
 /// Resolves a path or command line, launchers and their file included.

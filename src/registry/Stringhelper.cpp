@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "registry/platform.h"
 
@@ -214,18 +215,14 @@ TStringList ParamXAll(UnicodeView text, char16_t separator) {
 }
 
 UnicodeString RemoveParamX(UnicodeView text, char16_t separator, UnicodeView item) {
-  UnicodeString out(text);
-  ForEachField(text, separator, [&](std::size_t first, std::size_t length) {
-    if (!SameText(Trim(text.substr(first, length)), Trim(item))) return true;
-    // The separator behind the field goes with it; for the last field the one before it.
-    if (first + length < text.size()) {
-      ++length;
-    } else if (first > 0) {
-      --first;
-      ++length;
-    }
-    out.erase(first, length);
-    return false;
+  UnicodeString out;
+  bool first = true;
+  ForEachField(text, separator, [&](std::size_t at, std::size_t length) {
+    const UnicodeView field = text.substr(at, length);
+    if (SameText(Trim(field), Trim(item))) return true;
+    if (!std::exchange(first, false)) out.push_back(separator);
+    out.append(field);
+    return true;
   });
   return out;
 }

@@ -29,8 +29,8 @@ UnicodeString ParamX(UnicodeView text, char16_t separator, int index);
 int ParamXCount(UnicodeView text, char16_t separator);
 /// All fields in their order, in one pass.
 TStringList ParamXAll(UnicodeView text, char16_t separator);
-/// The text without the first field that equals `item`, letter case and surrounding blanks
-/// ignored, and without the separator that went with it. Other fields keep their blanks.
+/// The text without the fields that equal `item`, letter case and surrounding blanks ignored, and
+/// without the separators that went with them. Other fields keep their blanks.
 UnicodeString RemoveParamX(UnicodeView text, char16_t separator, UnicodeView item);
 /// Every occurrence replaced, from left to right; an empty `from` changes nothing.
 UnicodeString Replace(UnicodeView text, UnicodeView from, UnicodeView to);

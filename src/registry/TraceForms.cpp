@@ -4,6 +4,7 @@
 #include <iterator>
 #include <optional>
 
+#include "registry/CommandLine.h"
 #include "registry/Shelllink.h"
 #include "registry/Stringhelper.h"
 #include "registry/Zmregistry.h"
@@ -66,16 +67,15 @@ UnicodeString OfficePath(UnicodeView text) {
   return UnicodeString(text.substr(star + 1));
 }
 
-// The program of a command that can't be run any more; empty for one that can, or that may.
+// The program of a command that can't be run any more; empty for one that can, or that may, or that
+// only lacks what its program is told to use.
 UnicodeString MissingProgram(UnicodeView text) {
   if (text.ends_with(u"\\1")) text.remove_suffix(2);
+  UnicodeString file;
+  UnicodeString arguments;
   if (text.empty() || FindFileOrDir(text)) return {};
-  if (text.starts_with(u'"')) return UnicodeString(text.substr(1, text.find(u'"', 1) - 1));
-  std::size_t end = text.size();
-  for (const UnicodeView option : {UnicodeView(u" -"), UnicodeView(u" /")}) {
-    end = std::min(end, text.find(option));
-  }
-  return UnicodeString(Trim(text.substr(0, end)));
+  if (FindFileAndVerifyArguments(text, file, arguments) != 1) return {};
+  return UnicodeString(paths::ProgramOf(text));
 }
 
 UnicodeString LocalPath(UnicodeView text) {
@@ -213,21 +213,26 @@ std::vector<Part> MenuParts(Span data) {
 }
 
 // The folder that the key of a menu's order stands for, seen from the Start menu, with a backslash.
-// The first level below the menu is the Programs folder, which the search begins in.
-UnicodeString MenuFolder(const TTraceSource& source, UnicodeView key) {
+// The first level below the menu is the Programs folder, which the search begins in; nothing for
+// what else is ordered there, like the favourites.
+std::optional<UnicodeString> MenuFolder(const TTraceSource& source, UnicodeView key) {
   const std::size_t own = source.key.size() - 3;  // without "\**"
   TStringList levels = ParamXAll(key.substr(std::min(own + 1, key.size())), u'\\');
   UnicodeString folder;
+  const bool isPrograms =
+      levels.empty() || SameText(levels[0], u"Programs") || SameText(levels[0], u"&Programs");
+  if (!isPrograms) return std::nullopt;
   for (std::size_t i = 1; i < levels.size(); ++i) folder.append(levels[i]).push_back(u'\\');
   return folder;
 }
 
 std::vector<Part> PartsOf(const TTraceSource& source, UnicodeView key, Span data) {
   if (source.form == TraceForm::Texts) return TextParts(data);
+  const std::optional<UnicodeString> folder = MenuFolder(source, key);
+  if (!folder) return {};
   std::vector<Part> parts = MenuParts(data);
-  const UnicodeString folder = MenuFolder(source, key);
   for (Part& part : parts) {
-    if (!part.name.empty()) part.name.insert(0, folder);
+    if (!part.name.empty()) part.name.insert(0, *folder);
   }
   return parts;
 }

@@ -69,7 +69,7 @@ bool OnFixedDrive(UnicodeView text, bool needsDrive) {
     return wholeDrive && Platform().files.Drive(UpCase(path[0])) == DriveKind::Fixed;
   }
   // A colon in the name itself makes it an address; in its arguments it may be any drive.
-  const UnicodeView name = UnicodeView(path).substr(0, path.find(u' '));
+  const UnicodeView name = UnicodeView(path).substr(0, path.find_first_of(u" \t"));
   if (needsDrive || path.starts_with(u"\\\\") || path.starts_with(u"//") ||
       name.find(u':') != UnicodeView::npos || path.starts_with(u"\\Device\\")) {
     return false;
@@ -96,6 +96,9 @@ bool FindFile(UnicodeView text, UnicodeString& found, UnicodeString& arguments) 
 }
 bool FindFile(UnicodeView text) {
   return !IsMissing(paths::Resolve(text, Want::File));
+}
+bool FindFileOnAnyDrive(UnicodeView text) {
+  return !IsMissing(paths::Resolve(text, Want::FileOnAnyDrive));
 }
 
 bool FindFileOrDir(UnicodeView text, UnicodeString& found, UnicodeString& arguments) {
@@ -195,7 +198,9 @@ void ListFolder(UnicodeView path, std::vector<DirEntry>& entries) {
 bool FindTypeLib(UnicodeView text) {
   paths::Verdict verdict;
   UnicodeString found;
-  for (const UnicodeString& whole : paths::Expansions(RemoveQuotationMarks(Trim(text)))) {
+  for (const UnicodeString& name : paths::Expansions(RemoveQuotationMarks(Trim(text)))) {
+    const UnicodeString whole = paths::WithoutNtPrefix(name);
+    if (!paths::IsDrivePath(whole)) return true;
     if (verdict.Add(paths::ProbeName(whole, Want::File, found))) break;
     // "x.dll\2" is the second library inside x.dll.
     const std::size_t slash = whole.rfind(u'\\');
@@ -216,9 +221,8 @@ UnicodeString GetFolderLocStr(int csidl) {
 }
 
 UnicodeString RemoveQuotationMarks(UnicodeView text) {
-  if (text.size() >= 2 && text.front() == u'"' && text.back() == u'"') {
-    text = text.substr(1, text.size() - 2);
-  }
+  const bool quoted = text.size() >= 2 && text.front() == u'"';
+  if (quoted && text.find(u'"', 1) == text.size() - 1) text = text.substr(1, text.size() - 2);
   return UnicodeString(text);
 }
 

@@ -257,6 +257,11 @@ bool RegValueExists(RootKey root, UnicodeView key, UnicodeView name, TZmRegOptio
   return Platform().registry.GetValue(Ref(root, key, opts), name, value) != Status::Absent;
 }
 
+bool RegValueIsText(RootKey root, UnicodeView key, UnicodeView name, TZmRegOptions opts) {
+  UnicodeString text;
+  return GetRegStringValue(root, key, name, text, opts) == ERRC_SUCCESS;
+}
+
 void CreateRegKey(RootKey root, UnicodeView key, TZmRegOptions opts) {
   Platform().registry.CreateKey(Ref(root, key, opts));
 }

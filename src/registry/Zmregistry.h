@@ -80,6 +80,9 @@ void SetRegDWORDValue(RootKey root, UnicodeView key, UnicodeView name, std::uint
                       TZmRegOptions opts);
 /// The empty name is the default value. True also where it can't be told.
 bool RegValueExists(RootKey root, UnicodeView key, UnicodeView name, TZmRegOptions opts);
+/// Whether the value is one text. False for any other type, for a missing value and where it can't
+/// be told.
+bool RegValueIsText(RootKey root, UnicodeView key, UnicodeView name, TZmRegOptions opts);
 void CreateRegKey(RootKey root, UnicodeView key, TZmRegOptions opts);
 
 /// Deletes the key with its subtree; 0 or a system error code. An empty path is refused with
@@ -120,6 +123,9 @@ Bytes TextData(UnicodeView text);
 /// proven missing; true with an empty `found` when that can't be told, and for an empty text.
 bool FindFile(UnicodeView text, UnicodeString& found, UnicodeString& arguments);
 bool FindFile(UnicodeView text);
+/// As FindFile, on network drives too: there a file is missing when the drive is attached, its root
+/// answers and the file isn't there. What a launcher is told to use stays a matter of fixed drives.
+bool FindFileOnAnyDrive(UnicodeView text);
 /// As FindFile; folders count too.
 bool FindFileOrDir(UnicodeView text, UnicodeString& found, UnicodeString& arguments);
 bool FindFileOrDir(UnicodeView text);
@@ -157,14 +163,16 @@ bool ZMRemoveDir(UnicodeView path);
 void ListFolder(UnicodeView path, std::vector<DirEntry>& entries);
 
 /// Whether the type library file named in the registry is there: like FindFile, and a resource
-/// number behind the name ("x.dll\2") is taken off. False only when proven missing.
+/// number behind the name ("x.dll\2") is taken off. False only when proven missing, which a name
+/// without a drive never is: who loads the library decides where it is looked for.
 bool FindTypeLib(UnicodeView text);
 
 /// The Windows folder with a trailing backslash.
 UnicodeString GetWinDir();
 /// Path of a special folder without a trailing backslash; empty when it is not known.
 UnicodeString GetFolderLocStr(int csidl);
-/// Takes off one pair of quotation marks that encloses the whole text, else nothing.
+/// Takes off one pair of quotation marks that encloses the whole text, else nothing: with a third
+/// mark in between, the first doesn't belong to the last.
 UnicodeString RemoveQuotationMarks(UnicodeView text);
 
 /// Expands %name% for the view. `resolved` turns false when a name is not known; its text stays.

@@ -32,6 +32,8 @@ C:\Program Files\App\unins000.exe
 C:\Program Files\App\unins000.dat
 C:\Program Files\App\unins001.exe
 C:\Program Files\App\UNWISE.EXE
+C:\Program Files\App\UNINSTWA.EXE
+N:\here.dll
 C:\Program Files\App\INSTALL.LOG
 C:\Program Files\A,B\x.dll
 C:\Program Files (x86)\Narrow\n.exe
@@ -39,6 +41,7 @@ C:\Tools\bin\tool.cmd
 C:\Tools\Sub Folder\
 drive D: removable
 drive E: fixed
+drive N: network
 )";
 
 constexpr std::string_view kRegistry =
@@ -64,6 +67,12 @@ constexpr Row kRows[] = {
     {u"\\SystemRoot\\System32\\shell32.dll", 0, u"C:\\Windows\\System32\\shell32.dll"},
     {u"System32\\shell32.dll", 0, u"C:\\Windows\\System32\\shell32.dll"},
     {u"System32\\gone.sys", 1},
+    // folders that nobody knows, and devices
+    {u".\\gone.exe", 0},
+    {u"../gone.exe /s", 0},
+    {u"\\\\.\\C:\\Gone\\x.exe", 0},
+    {u"\\\\?\\GLOBALROOT\\Device\\x.exe", 0},
+    {u"\\\\?\\C:\\Gone\\x.exe", 1},
     // variables, by view
     {u"%SystemRoot%\\system32\\shell32.dll", 0, u"C:\\Windows\\system32\\shell32.dll"},
     {u"%ProgramFiles%\\Narrow\\n.exe", 0, u"C:\\Program Files (x86)\\Narrow\\n.exe"},
@@ -97,6 +106,11 @@ constexpr Row kRows[] = {
     {u"C:\\Gone App\\x.exe C:\\Program Files\\App\\app.exe", 1},
     {u"C:\\Gone App\\x.exe \"%1\" %*", 1},
     {u"\"C:\\Gone App\\x.exe\" -a", 1},
+    {u"C:\\Gone App\\x.exe /uninst C:\\Gone App\\x.log", 1},
+    {u"C:\\Gone\\x /uninst C:\\Gone\\x.log", 1},
+    {u"C:\\Gone\\x.exe\t/uninst\tC:\\Gone\\x.log", 1},
+    {u"C:\\Gone\\x.exe\tC:\\Program Files\\App\\app.exe", 1},
+    {u"C:\\Program Files\\App\\app.exe /x C:\\y", 0, u"C:\\Program Files\\App\\app.exe"},
     {u"C:\\Gone App\\x.exe %1", 1},
     {u"C:\\Gone App\\*.dll", 0},
     {u"C:\\Gone App\\100% x.exe", 0},
@@ -122,18 +136,40 @@ constexpr Row kRows[] = {
     {u"rundll32.exe shell32.dll,Control_RunDLL", 0, u"C:\\Windows\\System32\\rundll32.exe"},
     {u"rundll32 \"%ProgramFiles%\\App\\gone.dll\",Entry %1", 2},
     {u"rundll32.exe C:\\Program Files\\A,B\\gone.dll,Entry", 2},
+    {u"rundll32.exe C:\\Program Files\\A,B\\x.dll,Entry C:\\Gone", 0},
     {u"rundll32.exe D:\\gone.dll,Entry", 0},
+    {u"rundll32.exe gone.dll,Entry", 2},
+    {u"rundll32.exe sub\\gone.dll,Entry", 0},
+    {u"rundll32.exe /d C:\\Gone\\x.dll,Entry", 2},
+    {u"rundll32.exe /d shell32.dll,Entry", 0},
+    {u"rundll32.exe /sta {0F22C794-89DE-4F31-9479-827E3385CDAE} C:\\Gone\\x.dll", 0},
+    {u"rundll32.exe -localserver {0F22C794-89DE-4F31-9479-827E3385CDAE}", 0},
     {u"rundll32.exe javascript:alert()", 0},
     {u"regsvr32 /s /u C:\\Gone\\x.ocx", 2},
     {u"regsvr32 /s \"C:\\Windows\\System32\\shell32.dll\"", 0},
+    {u"regsvr32 /i:\"some text\" shell32.dll", 0},
+    {u"regsvr32 C:\\Gone\\x.ocx /s /i:\"C:\\a \\\"b c\\\"\"", 2},
+    {u"regsvr32 \"shell32.dll\" \"C:\\Gone\\x.ocx\" -s", 0},
     {u"msiexec /X{0F22C794-89DE-4F31-9479-827E3385CDAE}", 0},
+    {u"msiexec /fomus {0F22C794-89DE-4F31-9479-827E3385CDAE} /l*v C:\\Gone\\x.log", 0},
+    {u"msiexec /lvx+! \"C:\\Gone x\\a.log\" -i \"C:\\Program Files\\App\\app.exe\"", 0},
+    {u"msiexec /log C:\\Gone\\x.log /x C:\\Gone\\f.msi", 2},
+    {u"msiexec /passive TRANSFORMS=C:\\Gone\\x.mst C:\\Gone\\f.msi", 0},
+    {u"msiexec /famu C:\\Gone x\\f.msi", 2},
+    {u"msiexec /fC:\\Gone\\f.msi", 2},
+    {u"msiexec -i\"C:\\Gone\\f.msi\"", 2},
+    {u"msiexec /update C:\\Gone\\f.msp REINSTALL=ALL", 2},
+    {u"msiexec /i gone.msi", 0},
     {u"MsiExec.exe /I \"C:\\Gone\\f.msi\" /q", 2},
     {u"cmd /c del C:\\Gone\\x.txt", 0},
     {u"cmd.exe /c start \"\" \"C:\\Gone\\x.exe\" -a", 2},
+    {u"cmd.exe /c start \"\" /D \"C:\\Tools\\Sub Folder\" C:\\Gone\\x.exe", 2},
+    {u"cmd.exe /c start /b /d C:\\Tools tool.cmd", 0},
     {u"cmd /c C:\\Gone\\x.exe && echo", 0},
     {u"cmd /s /c C:\\Gone\\x.exe", 2},
     {u"control.exe C:\\Gone\\x.cpl,@2", 2},
     {u"control.exe appearance", 0},
+    {u"control.exe /name gone.cpl", 0},
     {u"javaw.exe -Xmx1g -jar \"C:\\Gone\\x.jar\" a", 2},
     {u"javaw.exe Main", 0},
     {u"cmd /k \"C:\\Program Files\\App\\app.exe\"", 0},
@@ -143,6 +179,7 @@ constexpr Row kRows[] = {
     {u"explorer.exe /e,C:\\Gone", 2},
     {u"explorer.exe", 0},
     {u"hh.exe C:\\Gone\\x.chm::/page.htm", 2},
+    {u"hh.exe -decompile C:\\out.d C:\\Gone\\x.chm", 0},
 };
 
 void SetPath(World& world) {
@@ -162,6 +199,20 @@ TEST(FindFile, FindsWhatATextMeans) {
       EXPECT_EQ(found, row.found) << ToUtf8(row.text);
     }
   }
+  UnicodeString words;
+  for (int i = 0; i < 400; ++i) words += u" word";
+  EXPECT_FALSE(FindFile(u"C:\\Windows\\gone.exe" + words));
+  EXPECT_TRUE(FindFile(u"C:\\Windows\\win.com" + words));
+}
+
+TEST(FindFile, LooksAtNetworkDrivesForWhomAsksForThem) {
+  World world(kRegistry, kFiles);
+  EXPECT_FALSE(FindFileOnAnyDrive(u"N:\\gone.dll"));
+  EXPECT_FALSE(FindFileOnAnyDrive(u"\"N:\\gone\""));
+  for (const UnicodeView text :
+       {u"N:\\here.dll", u"N:\\here.dll /s", u"D:\\gone.dll", u"rundll32.exe N:\\gone.dll,Entry"})
+    EXPECT_TRUE(FindFileOnAnyDrive(text)) << ToUtf8(text);
+  EXPECT_TRUE(FindFile(u"N:\\gone.dll"));
 }
 
 // A folder of the search path that can't be looked into may hold the file.
@@ -180,6 +231,7 @@ TEST(FindFile, AsksForTheRecordOfAnUninstaller) {
   constexpr Row rows[] = {
       {u"\"C:\\Program Files\\App\\unins000.exe\" /SILENT", 0},
       {u"C:\\Program Files\\App\\unins001.exe", 2},
+      {u"C:\\Program Files\\App\\UNINSTWA.EXE", 0},
       {u"C:\\Program Files\\App\\UNWISE.EXE C:\\Program Files\\App\\INSTALL.LOG", 0},
       {u"C:\\Program Files\\App\\UNWISE.EXE /A C:\\Gone App\\INSTALL.LOG", 2},
       {u"C:\\Windows\\IsUninst.exe -f\"C:\\Gone\\Uninst.isu\" -c\"C:\\x.dll\"", 2},
@@ -238,6 +290,8 @@ TEST(FixedDrive, CountsOnlyWhatIsKnownToLieOnOne) {
       {u"x.exe", true, false},
       {u"x.exe", false, true},
       {u"rundll32 D:\\x.dll,Entry", false, true},
+      {u"rundll32\tD:\\x.dll,Entry", false, true},
+      {u"\\\\.\\C:\\x", false, false},
       {u"text that is no path", true, false},
       {u"@C:\\x.dll,-1", true, false},
       {u"D:\\x", false, false},
@@ -270,12 +324,17 @@ TEST(Files, FaultsNeverProveAnythingMissing) {
 TEST(Files, TypeLibrariesMayCarryANumber) {
   World world(kRegistry, kFiles);
   EXPECT_TRUE(FindTypeLib(u"C:\\Windows\\System32\\shell32.dll\\2"));
-  EXPECT_TRUE(FindTypeLib(u"shell32.dll"));
+  EXPECT_TRUE(FindTypeLib(u"gone.dll\\2")) << "nobody knows where it is looked for";
   EXPECT_FALSE(FindTypeLib(u"C:\\Windows\\System32\\gone.dll\\2"));
   EXPECT_FALSE(FindTypeLib(u"C:\\Windows\\System32\\shell32.dll\\x"));
 }
 
 TEST(System, ProfileStringsLinksAndVersions) {
+  for (const auto& [text, bare] : {std::pair{u"\"a b\"", u"a b"},
+                                   {u"\"a\" \"b\"", u"\"a\" \"b\""},
+                                   {u"a\" \"b", u"a\" \"b"},
+                                   {u"\"", u"\""}})
+    EXPECT_EQ(RemoveQuotationMarks(text), bare);
   World world({}, "C:\\Windows\\win.ini | text=[Windows]\\nload=a.exe , b.exe\\nrun=\\n");
   world.Windows().shell.links[u"C:\\x.lnk"] = u"C:\\target.exe";
   world.Windows().resources.versions[u"C:\\w.exe"] = {11, 0, 5, 6};

@@ -48,7 +48,7 @@ TEST(Fields, CountSelectAndRemove) {
       {u"b", u',', 1, u"", u""},
       {u"a, b ,c", u',', 3, u" b ", u"a,c"},
       {u"a,B", u',', 2, u"B", u"a"},
-      {u"b,b", u',', 2, u"b", u"b"},
+      {u"b,a,,B", u',', 4, u"a", u"a,"},
       {u"a,,b", u',', 3, u"", u"a,"},
       {u" b,c ", u',', 2, u"c ", u"c "},
       {u"a b c", 0, 1, u"", u"a b c"},

@@ -174,12 +174,14 @@ TEST_F(TraceCleaner, RecentDocuments) {
 }
 
 TEST_F(TraceCleaner, OrdersOfTheStartMenu) {
-  const std::string key = kExplorer + "MenuOrder\\Start Menu2\\Programme\\Dir\\Deep";
+  const std::string key = kExplorer + "MenuOrder\\Start Menu2\\Programs\\Dir\\Deep";
   const std::vector<Bytes> parts = {MenuPart(2, 'a', true), MenuPart(0, 'b', false),
                                     MenuPart(1, 'x', true), MenuPart(0x7FFFFFFF, 'c', false)};
   Add(key + "]\n\"Order\"=" + Menu(parts).Hex());
   Add(kExplorer + "MenuOrder\\Start Menu]\n\"Order\"=" + Menu({MenuPart(0, 'c', true)}).Hex());
-  Add(kExplorer + "MenuOrder\\Start Menu\\&P]\n\"Order\"=hex:01,02\n\"Other\"=hex:61\n");
+  Add(kExplorer + "MenuOrder\\Start Menu\\&Programs]\n\"Order\"=hex:01,02\n\"Other\"=hex:61\n");
+  Add(kExplorer + "MenuOrder\\Start Menu\\&Favorites\\Programs]\n\"Order\"=" +
+      Menu({MenuPart(0, 'a', true)}).Hex());
   const Lines found = {"Order|c.lnk|2|20", "Order|Dir\\Deep\\a.lnk|2|20",
                        "Order|Dir\\Deep\\b.lnk|2|20", "Order|Dir\\Deep\\c.lnk|2|20"};
   EXPECT_EQ(Search(u"Windows"), found);
@@ -194,7 +196,7 @@ TEST_F(TraceCleaner, OrdersOfTheStartMenu) {
 
 TEST_F(TraceCleaner, DamagedMenuOrders) {
   const Bytes whole = Menu({MenuPart(0, 'a', false), MenuPart(1, 'b', true)}).bytes;
-  const std::string key = kExplorer + "MenuOrder\\Start Menu\\P";
+  const std::string key = kExplorer + "MenuOrder\\Start Menu\\&Programs";
   // No truncation and no wrong size may do harm; a count that does not fit forbids the repair.
   for (std::size_t size = 0; size < whole.size(); ++size) {
     Data cut;

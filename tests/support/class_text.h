@@ -20,7 +20,7 @@ inline std::string ReplaceAll(std::string text, const std::string& from, const s
 
 /// One key or value a line: "path", "path = default value", "path : name = text". A path beginning
 /// with "W\" lies in the 32-bit view, with "U\" in the user's classes, with "HKEY" anywhere, and
-/// else in the machine's classes.
+/// else in the machine's classes. A text beginning with "dword:" is a number.
 inline std::string Classes(const std::string& lines) {
   const std::string machine = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\";
   std::istringstream in(lines);
@@ -40,6 +40,10 @@ inline std::string Classes(const std::string& lines) {
     if (!path.starts_with("HKEY")) path = machine + path;
     out += "[" + path + "]\n";
     if (equals == line.size()) continue;
+    if (line.compare(equals + 3, 6, "dword:") == 0) {
+      out += name + "=" + line.substr(equals + 3) + "\n";
+      continue;
+    }
     const std::string text = ReplaceAll(line.substr(equals + 3), "\\", "\\\\");
     out += name + "=\"" + ReplaceAll(text, "\"", "\\\"") + "\"\n";
   }

@@ -102,4 +102,9 @@ void CheckCases(std::span<const Case> cases) {
 /// crash, and none may find anything beyond `problems`, what the sound scan finds.
 void CheckFaults(const Case& row, const CaseRunner& create);
 
+template <class Plugin>
+void CheckFaults(const Case& row) {
+  CheckFaults(row, [](World& world) { world.Create<Plugin>(); });
+}
+
 }  // namespace scrubwell::test

@@ -83,13 +83,14 @@ DriveKind WindowsFiles::Drive(char16_t letter) {
 }
 
 // Ok with the path in a form that the system's functions take.
-Status WindowsFiles::Locate(UnicodeView path, FsView view, UnicodeString& full) {
+Status WindowsFiles::Locate(UnicodeView path, FsView view, UnicodeString& full, bool looksOnly) {
   if (path.size() < 3 || !IsLetter(path[0]) || path[1] != u':' || !IsSlash(path[2]) ||
       HasNul(path)) {
     return Status::Unknown;
   }
   const DriveKind kind = Drive(path[0]);
-  if (kind == DriveKind::Unknown || kind == DriveKind::Network) return Status::Unknown;
+  if (kind == DriveKind::Unknown || (kind == DriveKind::Network && !looksOnly))
+    return Status::Unknown;
   full = PathInView(path, view);
   if (full.size() <= kMaxPlainPath) return Status::Ok;
   UnicodeString whole(full.size() + 2, u'\0');
@@ -103,14 +104,15 @@ Status WindowsFiles::Locate(UnicodeView path, FsView view, UnicodeString& full) 
 Status WindowsFiles::AfterError(UnicodeView path, DWORD error) {
   const Status status = StatusOfError(error);
   if (status != Status::Absent) return status;
-  const bool isProof = Drive(path[0]) == DriveKind::Fixed && !HasShortName(path);
-  return isProof ? Status::Absent : Status::Unknown;
+  const DriveKind kind = Drive(path[0]);
+  const bool stays = kind == DriveKind::Fixed || kind == DriveKind::Network;
+  return stays && !HasShortName(path) ? Status::Absent : Status::Unknown;
 }
 
 Status WindowsFiles::Look(UnicodeView path, FsView view, FileInfo& out,
                           std::optional<std::uint64_t>& size) {
   UnicodeString full;
-  if (const Status status = Locate(path, view, full); status != Status::Ok) return status;
+  if (const Status status = Locate(path, view, full, true); status != Status::Ok) return status;
   const RedirectionScope scope(view);
   const QuietErrors quiet;
   WIN32_FILE_ATTRIBUTE_DATA data;

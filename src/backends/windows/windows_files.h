@@ -7,8 +7,9 @@
 
 namespace scrubwell::windows {
 
-/// Only local drives are asked: network paths are Unknown without a look, and a drive that is not
-/// a fixed one never proves an absence. A short name ("PROGRA~1") that is not there is Unknown,
+/// Only drives are asked: network paths without a letter are Unknown without a look. A drive of the
+/// network tells what is there, but is not read or changed; of the others only a fixed one proves
+/// an absence. A short name ("PROGRA~1") that is not there is Unknown,
 /// for copying a system to a new disk loses such names without harm to what they named.
 class WindowsFiles final : public IFiles {
  public:
@@ -30,7 +31,8 @@ class WindowsFiles final : public IFiles {
   Status Backup(UnicodeView path) override;
 
  private:
-  Status Locate(UnicodeView path, FsView view, UnicodeString& full);
+  /// With `looksOnly` network drives count too.
+  Status Locate(UnicodeView path, FsView view, UnicodeString& full, bool looksOnly = false);
   /// Stat and Size; what has no size leaves it empty.
   Status Look(UnicodeView path, FsView view, FileInfo& out, std::optional<std::uint64_t>& size);
   Status AfterError(UnicodeView path, DWORD error);

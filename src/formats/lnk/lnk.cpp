@@ -21,6 +21,7 @@ constexpr std::uint32_t kHasLinkInfo = 0x2;
 constexpr std::uint32_t kHasRelativePath = 0x8;
 constexpr std::uint32_t kStringFlags[] = {0x4, kHasRelativePath, 0x10, 0x20, 0x40};
 constexpr std::uint32_t kIsUnicode = 0x80;
+constexpr std::uint32_t kIgnoresLinkInfo = 0x100;
 constexpr std::uint32_t kAdvertised = 0x1000;
 constexpr int kDefaultCodePage = 1252;
 constexpr char16_t kReplacement = 0xFFFD;
@@ -121,6 +122,8 @@ Status FindTarget(const File& file, std::uint32_t flags, bool knownPage, Link& o
   if ((flags & kAdvertised) != 0) return Status::Absent;
   Status outcome = Status::Absent;
   for (const PathSource& path : kPathSources) {
+    // Only the environment's path is no part of the link information.
+    if ((flags & kIgnoresLinkInfo) != 0 && path.source != Source::Environment) continue;
     Status status = Text(file, path.sizeOf, path.textOf, out.target);
     if (status == Status::Ok && !knownPage && !IsAscii(out.target)) status = Status::Unknown;
     out.source = path.source;

@@ -28,7 +28,8 @@ struct Link {
 };
 
 /// Reads a shortcut. ANSI texts are decoded with the code page; one that the page can't decode is
-/// passed over for the next best source.
+/// passed over for the next best source. Where the shortcut says that its link information (local
+/// and network path) is not to be used, that is left out.
 /// Ok: it names a file or folder. Absent: it names none (an advertised program, a virtual folder,
 /// a store application, an address). Unknown: it names one, but not where, or not readably.
 /// Corrupt: damaged, empty or too large. Safe on any thread.

@@ -35,8 +35,11 @@ inline constexpr std::size_t LargestList = 0xFFFF;
 namespace base {
 inline constexpr std::size_t Primary = 4, Secondary = 8, Time = 12, Major = 20, Minor = 24,
                              Type = 28, Format = 32, Root = 36, BinsSize = 40, Clustering = 44,
-                             FileName = 48, FileNameSize = 64, Flags = 144, Checksum = 508;
-}
+                             FileName = 48, FileNameSize = 64, Flags = 144, GuidSignature = 164,
+                             Checksum = 508;
+inline constexpr std::uint32_t TransactionPending = 1;   ///< a flag
+inline constexpr std::uint32_t RightGuids = 0x6D746D72;  ///< "rmtm": a writer that knows the flags
+}  // namespace base
 /// Fields of a key node (nk), behind the cell's size.
 namespace nk {
 inline constexpr std::size_t Flags = 2, Time = 4, Parent = 16, SubkeyCount = 20, SubkeyList = 28,
@@ -80,6 +83,12 @@ inline std::uint32_t Get32(ByteView bytes, std::size_t at) {
 }
 inline std::uint64_t Get64(ByteView bytes, std::size_t at) {
   return Get32(bytes, at) | static_cast<std::uint64_t>(Get32(bytes, at + 4)) << 32;
+}
+/// Whether a two-phase commit is under way. Where the signature is missing, the flags are whatever
+/// an older writer left there.
+inline bool IsTransactionPending(ByteView baseBlock) {
+  return Get32(baseBlock, base::GuidSignature) == base::RightGuids &&
+         (Get32(baseBlock, base::Flags) & base::TransactionPending) != 0;
 }
 inline void Put16(std::span<std::uint8_t> bytes, std::size_t at, std::uint32_t value) {
   bytes[at] = static_cast<std::uint8_t>(value);

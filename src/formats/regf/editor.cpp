@@ -12,7 +12,6 @@ namespace {
 /// What a newer version means by its cells is not known.
 constexpr std::uint32_t NewestChangeable = 5;
 constexpr std::size_t FirstBinTime = 20;
-constexpr std::uint32_t TransactionPending = 1;
 
 std::string WhyUnchangeable(const Hive& hive) {
   const HiveFacts& facts = hive.Facts();
@@ -299,7 +298,9 @@ Bytes Editor::Finish(std::uint32_t newestLogSequence) {
   Put32(head, base::Secondary, newest + 1);
   Put64(head, base::Time, now);
   Put64(head, BaseBlockSize + FirstBinTime, now);
-  Put32(head, base::Flags, Get32(head, base::Flags) & ~TransactionPending);
+  if (IsTransactionPending(head)) {
+    Put32(head, base::Flags, Get32(head, base::Flags) & ~base::TransactionPending);
+  }
   Put32(head, base::Checksum, BaseBlockChecksum(head));
   return image;
 }

@@ -214,7 +214,7 @@ void Hive::ReadBaseBlock(const std::vector<ByteView>& logs) {
       facts_.replayed ? std::span(source_->bytes) : source_->file.Changeable(), unreadable);
   facts_.minorVersion = Get32(image_, base::Minor);
   facts_.lastWritten = Get64(image_, base::Time);
-  facts_.transactionPending = (Get32(image_, base::Flags) & 1) != 0;
+  facts_.transactionPending = IsTransactionPending(image_);
 }
 
 std::string Hive::WhyUnreadable(const std::string& name) const {

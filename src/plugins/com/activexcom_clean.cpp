@@ -111,6 +111,8 @@ void TRCPActiveXCOM::Clean_Handler(RootKey root, UnicodeView path, TZmRegOptions
   if (!DeleteKeyIfEmpty(root, parent, opts)) return;
   const UnicodeString grandparent = StripLastKey(parent);
   if (!DeleteKeyIfEmpty(root, grandparent, opts)) return;
+  // Of a single handler, that was the class itself.
+  if (PartCount(grandparent) == 2) ShouldReSearch = true;
   const UnicodeString owner = StripLastKey(grandparent);
   if (PartCount(owner) != 2 || !KeyEmptyExEx(root, owner, opts)) return;
   ShouldReSearch = true;

@@ -135,7 +135,7 @@ void TRCPAppMRU::OnIECacheEntry(TIECache& /*sender*/, const UnicodeString& entry
   name.remove_prefix(kVisited.size());
   if (const std::size_t at = name.find(u'@'); at != UnicodeView::npos) name.remove_prefix(at + 1);
   if (!name.starts_with(kFileUrl)) return;
-  FCacheFiles.push_back(Replace(name.substr(kFileUrl.size()), u"/", u"\\"));
+  FCacheFiles.push_back(history::PathAsWritten(name.substr(kFileUrl.size())));
 }
 
 void TRCPAppMRU::Scan() {
@@ -158,6 +158,8 @@ void TRCPAppMRU::Scan() {
 
 void TRCPAppMRU::Check_History(UnicodeView fileName, UnicodeView valueName, UnicodeView keyPath) {
   if (!FileIsOnFixedDrive(fileName, false) || FindFileOrDir(fileName)) return;
+  if (history::LeadsIntoFile(fileName)) return;
+  if (!RegValueIsText(HKEY_CURRENT_USER, keyPath, valueName, {})) return;
   AddError(kEntry, {u"existingkey:" + RegKeyToStr(HKEY_CURRENT_USER, keyPath, false),
                     UnicodeString(u"existingvalue:").append(valueName),
                     UnicodeString(u"missingfile:").append(fileName)});

@@ -178,6 +178,7 @@ UnicodeString TRCPHistory::OfficeRecentFolder() {
   if (appData.empty()) return {};
   const UnicodeString version =
       GetFileVersionIdentificationFromFile(GetFileNameWithAbsolutePath(u"WINWORD.EXE"));
+  if (version.empty()) return {};
   const UnicodeString key = u"Software\\Microsoft\\Office\\" + version + u"\\Common\\General";
   UnicodeString name;
   if (!IsCurrentProcessWow64()) {
@@ -250,10 +251,10 @@ void TRCPHistory::Check_Trace(const TTraceListEntry& trace) {
     const Kind link = inRoot ? kMenuRootLink : kMenuLink;
     AddTraceError(ExtractFileExt(name).empty() ? kMenuFolder : link, trace);
   } else if (trace.TargetType == tttWindows) {
-    if (FileOrDirExists(name, true)) AddTraceError(kWindows, trace);
+    if (history::IsTargetMissing(name)) AddTraceError(kWindows, trace);
   } else if (dynamic_cast<const TTCPComDlgOpenSave*>(trace.Plugin) != nullptr) {
-    if (!FindFileOrDir(name)) AddTraceError(kFileDialog, trace);
-  } else if (FileOrDirExists(name, true)) {
+    if (!FindFileOrDir(name) && !history::LeadsIntoFile(name)) AddTraceError(kFileDialog, trace);
+  } else if (history::IsTargetMissing(name)) {
     AddTraceError(trace.TargetType == tttFileOrFolder ? kApplicationFolder : kApplicationFile,
                   trace);
   }
@@ -279,7 +280,7 @@ bool TRCPHistory::ScanRecent(TRecentList& list, std::int32_t kind) {
     if (!ShowScanItem(entry.Caption)) return false;
     entry.Target = RemoveQuotationMarks(GetShellLinkTarget(entry.LinkFile, false));
     if (entry.Target.empty() || !FileIsOnFixedDrive(entry.Target, false)) continue;
-    if (!FileOrDirExists(entry.Target, true)) continue;
+    if (!history::IsTargetMissing(entry.Target)) continue;
     AddError(kind, {u"existingfile:" + entry.LinkFile, u"missingfile:" + entry.Target,
                     u"caption:" + entry.Caption});
   }
@@ -300,7 +301,7 @@ bool TRCPHistory::ScanUrls() {
 void TRCPHistory::Check_Url(const TCacheListEntry& entry) {
   if (!history::IsAddressFileMissing(entry.FileName)) return;
   // The escapes may be the name itself.
-  const UnicodeString asWritten = Replace(entry.Url.substr(kFileUrl.size()), u"/", u"\\");
+  const UnicodeString asWritten = history::PathAsWritten(entry.Url.substr(kFileUrl.size()));
   if (asWritten != entry.FileName && !history::IsAddressFileMissing(asWritten)) return;
   constexpr int kFirstWithRestriction = 7;
   if (GetIEVersion() >= kFirstWithRestriction && !CanBeQueried(entry.Url)) return;

@@ -12,6 +12,8 @@ constexpr UnicodeView kOpenWithList = u"openwithlist";
 constexpr UnicodeView kOrder = u"MRUList";
 constexpr std::size_t kDriveRoot = 3;  // "C:\"
 
+constexpr int kDeepestFolder = 64;
+
 // A percent sign in an address is a character of the name or an escape, never a variable. So the
 // path must not be expanded, and what the drive says of it as it stands is the whole truth.
 bool IsMissingAsItStands(UnicodeView path) {
@@ -22,7 +24,36 @@ bool IsMissingAsItStands(UnicodeView path) {
   return !IsCurrentProcessWow64() || files.Stat(path, FsView::Redirected, info) == Status::Absent;
 }
 
+bool IsFile(UnicodeView path) {
+  FileInfo info;
+  IFiles& files = Platform().files;
+  return (files.Stat(path, FsView::Physical, info) == Status::Ok && !info.isFolder) ||
+         (files.Stat(path, FsView::Redirected, info) == Status::Ok && !info.isFolder);
+}
+
 }  // namespace
+
+bool LeadsIntoFile(UnicodeView path) {
+  UnicodeString above = StripLastKey(RemoveQuotationMarks(Trim(path)));
+  for (int level = 0; above.size() > kDriveRoot; ++level) {
+    // Nobody looks further up: what is nested as deep as this is left alone.
+    if (level == kDeepestFolder || IsFile(above)) return true;
+    UnicodeString next = StripLastKey(above);
+    if (next.size() == above.size()) break;
+    above = std::move(next);
+  }
+  return false;
+}
+
+bool IsTargetMissing(UnicodeView path) {
+  return FileOrDirExists(path, true) && !LeadsIntoFile(path);
+}
+
+UnicodeString PathAsWritten(UnicodeView rest) {
+  UnicodeString path = Replace(rest, u"/", u"\\");
+  if (path.size() >= 2 && path[1] == u'|') path[1] = u':';
+  return path;
+}
 
 bool IsOpenWithKeyEmpty(UnicodeView key) {
   if (HasValues(HKEY_CURRENT_USER, key, {})) return false;
@@ -40,9 +71,9 @@ bool IsOpenWithKeyEmpty(UnicodeView key) {
 bool IsAddressFileMissing(UnicodeView path) {
   const UnicodeView root = path.substr(0, kDriveRoot);
   if (!root.ends_with(u":\\") || !FileIsOnFixedDrive(root, false)) return false;
-  if (!IsMissingAsItStands(path)) return false;
+  if (!IsMissingAsItStands(path) || LeadsIntoFile(path)) return false;
   const UnicodeString decoded = UrlDecode(path);
-  return decoded == path || IsMissingAsItStands(decoded);
+  return decoded == path || (IsMissingAsItStands(decoded) && !LeadsIntoFile(decoded));
 }
 
 void RemoveFromOrder(RootKey root, UnicodeView key, UnicodeView valueName, TZmRegOptions opts) {

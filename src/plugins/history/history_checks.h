@@ -13,6 +13,15 @@ inline constexpr UnicodeView kFileExts =
 /// False where that can't be told.
 bool IsOpenWithKeyEmpty(UnicodeView key);
 
+/// Whether a list's target is proven to be neither file nor folder, nor a place inside of a file:
+/// programs that open archives remember folders in them as if the archive were a folder.
+bool IsTargetMissing(UnicodeView path);
+/// Whether the path leads on behind an existing file. A full path as it stands.
+bool LeadsIntoFile(UnicodeView path);
+
+/// The path in a local file's address, from behind "file:///" on, as it is written there. "C|" is
+/// an old spelling of the drive.
+UnicodeString PathAsWritten(UnicodeView rest);
 /// Whether the file that an address names is proven missing under the path as it stands and, where
 /// it differs, percent-decoded. A folder of that name is there, too. Only drives that are attached
 /// and fixed prove anything.

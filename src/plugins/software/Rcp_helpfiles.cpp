@@ -80,6 +80,8 @@ void TRCPHelpFiles::Check_Help(UnicodeView fileName, UnicodeView folder, TZmRegO
   if (fileName.empty()) return;
   const UnicodeString path = IncludeTrailingPathDelimiter(folder).append(fileName);
   if (!FileIsOnFixedDrive(path, false)) return;
+  const UnicodeView place = isHtmlHelp ? kHtmlHelpKey : kHelpKey;
+  if (!RegValueIsText(HKEY_LOCAL_MACHINE, place, fileName, opts)) return;
   const UnicodeString key = u"existingkey:" + BuildErrorRegKeyParameter(keyText, opts);
   const UnicodeString value = UnicodeString(u"existingvalue:").append(fileName);
   if (!FindFile(path))

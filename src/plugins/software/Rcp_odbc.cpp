@@ -80,7 +80,7 @@ UnicodeString Item(UnicodeView name, UnicodeView value) {
 UnicodeString MissingDriverFile(const TKey& key) {
   if (!RegValueExists(key.root, key.path, kDriverValue, kOwnView)) return {};
   UnicodeString file = GetRegStringValueDef(key.root, key.path, kDriverValue, u"", kOwnView);
-  if (FindFile(file)) file.clear();
+  if (FindFileOnAnyDrive(file)) file.clear();
   return file;
 }
 

@@ -66,8 +66,9 @@ bool IsException(UnicodeView subKey) {
          std::ranges::any_of(kExceptions, [&](UnicodeView name) { return SameText(subKey, name); });
 }
 
-// Reads the values of one key and remembers whether all could be read. A value that is missing or
-// of another type reads as nothing, but one that can't be read leaves open what the entry says.
+// Reads the values of one key and remembers whether all could be read. A name or number that is
+// missing or of another type reads as nothing, but one that can't be read leaves open what the
+// entry says.
 class TEntryValues {
  public:
   TEntryValues(UnicodeView key, TZmRegOptions opts) : key_(key), opts_(opts) {}
@@ -75,6 +76,13 @@ class TEntryValues {
   UnicodeString Text(UnicodeView name) {
     UnicodeString value;
     Judge(GetRegStringValue(HKEY_LOCAL_MACHINE, key_, name, value, opts_));
+    return value;
+  }
+  // A path or command that is no text leaves open what is meant.
+  UnicodeString Path(UnicodeView name) {
+    UnicodeString value;
+    const std::int32_t code = GetRegStringValue(HKEY_LOCAL_MACHINE, key_, name, value, opts_);
+    if (code != ERRC_SUCCESS && code != ERRC_FILE_NOT_FOUND) allRead_ = false;
     return value;
   }
   std::uint32_t Number(UnicodeView name) {
@@ -167,15 +175,17 @@ void TRCPUninstall::Scan() {
 void TRCPUninstall::Check_Uninstall(UnicodeView subKey, TZmRegOptions opts) {
   if (IsException(subKey)) return;
   const UnicodeString key = UnicodeString(kUninstallKey).append(subKey);
-  if (HasValuesEx(HKEY_LOCAL_MACHINE, key, opts) == 2) return;
+  // Windows has keys of its own here that hold no value (AddressBook, DXM_Runtime and others).
+  constexpr int hasValues = 1;
+  if (HasValuesEx(HKEY_LOCAL_MACHINE, key, opts) != hasValues) return;
 
   TEntryValues values(key, opts);
   if (values.Number(u"NoRemove") == 1) return;
   const bool mayLackCommand = values.Has(u"WindowsInstaller") || values.Has(u"SystemComponent");
   const UnicodeString name = DisplayName(values, subKey);
-  UnicodeString command = values.Text(u"UninstallString");
-  if (command.empty()) command = values.Text(u"QuietUninstallString");
-  const UnicodeString source = command.empty() ? UnicodeString() : values.Text(kInstallSource);
+  UnicodeString command = values.Path(u"UninstallString");
+  if (command.empty()) command = values.Path(u"QuietUninstallString");
+  const UnicodeString source = command.empty() ? UnicodeString() : values.Path(kInstallSource);
   if (!values.AllRead()) return;
 
   const auto report = [&](std::int32_t kind, UnicodeView missing) {

@@ -110,6 +110,11 @@ void TRCPAutostart::Check_Autostart(UnicodeView valueName, UnicodeView fileName,
                                     TZmRegOptions flags, UnicodeView keyPath) {
   if (valueName.empty() || IsIgnoredAutostartEntries(valueName, keyPath)) return;
   if (!FileIsOnFixedDrive(fileName, false) || FindFileOrDir(fileName)) return;
+  RootKey root = RootKey::None;
+  UnicodeString key;
+  TZmRegOptions ignored;
+  GetRegKeyFromString(keyPath, root, key, ignored);
+  if (!RegValueIsText(root, key, valueName, flags)) return;
   const UnicodeString name(valueName);
   AddError(kMissingProgram,
            {u"existingkey:" + BuildErrorRegKeyParameter(keyPath, flags), u"existingvalue:" + name,

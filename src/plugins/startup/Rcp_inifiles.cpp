@@ -218,8 +218,10 @@ bool TRCPIniFiles::Clean_Program(const TSweepError& error) {
   const UnicodeString entry = GetErrorStringValue(error.Data, u"value");
   const UnicodeString line = GetPPString(file, section, entry, kUnreadable);
   if (line == kUnreadable) return false;
-  return Rewrite(file, section, entry, line,
-                 RemoveParamX(line, u',', GetErrorStringValue(error.Data, u"missingfile")));
+  const UnicodeString rest =
+      RemoveParamX(line, u',', GetErrorStringValue(error.Data, u"missingfile"));
+  // The name in other letter case is a problem of its own, and goes with the first of them.
+  return rest == line || Rewrite(file, section, entry, line, rest);
 }
 
 bool TRCPIniFiles::Clean_Driver(const TSweepError& error) {

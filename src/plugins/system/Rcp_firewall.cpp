@@ -1,5 +1,6 @@
 #include "plugins/system/Rcp_firewall.h"
 
+#include "registry/Stringhelper.h"
 #include "texts/firewall.h"
 
 namespace scrubwell {
@@ -24,6 +25,7 @@ constexpr std::array<TProblemKind, 1> kKinds{{
 
 constexpr UnicodeView kService = u"MpsSvc";
 constexpr UnicodeView kServiceBeforeVista = u"SharedAccess";
+constexpr UnicodeView kSystem = u"System";  // the system itself, which has no program file
 constexpr std::uint32_t kRunning = 4;
 constexpr std::int32_t kWeightPerItem = 12;
 
@@ -61,6 +63,7 @@ void TRCPFirewall::Scan() {
 
 void TRCPFirewall::Check_Application(const FirewallApplication& application) {
   const UnicodeString& file = application.imageFile;
+  if (SameText(file, kSystem)) return;
   if (!FileIsOnFixedDrive(file, false) || PathFileExistsWrapper(file)) return;
   AddError(kMissingApplication,
            {u"displayname:" + application.name, u"missingfile:" + file, u"imagefile:" + file});

@@ -126,6 +126,7 @@ void TRCPFonts::Check_Font(UnicodeView fontsKey, UnicodeView fontName, UnicodeVi
       state = StateOf(UnicodeString(FDefaultFontFolder).append(fileName));
   }
   if (state == FileState::Present) return;
+  if (!RegValueIsText(HKEY_LOCAL_MACHINE, fontsKey, fontName, opts)) return;
   const bool missing = state == FileState::Missing;
   const UnicodeString key = RegKeyToStr(HKEY_LOCAL_MACHINE, fontsKey, false);
   AddError(missing ? kMissingFile : kEmptyFile,

@@ -58,8 +58,8 @@ void TRCPSystemAddOn::Scan() {
   FState = rcpScanned;
 }
 
-// False when a stop was requested. No test for a fixed drive: files are looked up wherever they
-// lie, and the look-up itself calls nothing missing that it can't see.
+// False when a stop was requested. Deliberately no test for a fixed drive: files are looked up
+// wherever they lie.
 bool TRCPSystemAddOn::CheckKeyForMissingFiles(std::int32_t kind, const KeyPlace& place) {
   if (!KeyExist(place.root, place.key, place.opts)) return true;
   TStringList names;
@@ -73,7 +73,8 @@ bool TRCPSystemAddOn::CheckKeyForMissingFiles(std::int32_t kind, const KeyPlace&
     // found after it depends on the order in which the values were stored.
     if (names[i].empty()) break;
     if (!ShowScanItem(names[i])) return false;
-    if (!FindFile(files[i]))
+    if (!FindFileOnAnyDrive(files[i]) &&
+        RegValueIsText(place.root, place.key, names[i], place.opts))
       AddError(kind, {key, u"existingvalue:" + names[i], u"missingfile:" + files[i]});
   }
   return true;

@@ -523,6 +523,17 @@ TEST(Editor, FinishMarksTheFileAsWritten) {
     EXPECT_EQ(Get64(image, BaseBlockSize + 20), Now);
     EXPECT_EQ(ProblemsOf(image), "");
   }
+  // Without the signature, what an older writer left in the place of the flags is let be.
+  for (const std::uint32_t signature : {base::RightGuids, 0U}) {
+    Bytes image = State(0);
+    Put32(image, base::Flags, 3);
+    Put32(image, base::GuidSignature, signature);
+    SignBase(image);
+    const OpenedHive hive = Hive::FromBytes(image, "h");
+    EXPECT_EQ(hive.hive->Facts().transactionPending, signature != 0);
+    image = Editor::Open(*hive.hive, "h", [] { return Now; }).editor->Finish();
+    EXPECT_EQ(Get32(image, base::Flags), signature != 0 ? 2U : 3U);
+  }
 }
 
 /// Changes all over a hive, without a model: a tenth of the keys and values go, some come. Only

@@ -23,24 +23,18 @@ TEST(ActiveXCOM, Servers) {
       {"healthy forms of a server",
        R"(W\CLSID\{A}\InprocServer32 = mscoree.dll
          W\CLSID\{B}\InprocServer32 = %SystemRoot%\system32\only32.dll
-         W\CLSID\{C}\LocalServer32 = "C:\Program Files (x86)\P\p.exe" /automation
-         W\CLSID\{D}\LocalServer32 = C:\Program Files\P\p.exe -Embedding
-         W\CLSID\{E}\LocalServer32 = %ProgramFiles(x86)%\P\p.exe
          W\CLSID\{F}\InprocServer32 = C:\x\folder\
-         W\CLSID\{G}\InprocServer32 = \\server\share\x.dll
          W\CLSID\{H}\InprocServer32 = D:\x.dll
          W\CLSID\{I}\InprocServer32 = nowhere.dll
-         W\CLSID\{J}\InprocServer32 = %NoSuchVariable%\x.dll
-         W\CLSID\{K}\InprocServer32 = %ProgramFiles%\P\p.exe
          W\CLSID\{L}\InprocServer32 : ThreadingModel = Both
+         W\CLSID\{N}\InprocServer32 = dword:1
          W\CLSID\Stray\InprocServer32 = C:\x\gone.dll
          W\CLSID\{344FFE45-abad-4bd0-b655-f1f7f22b0817}\InprocServer32 = C:\x\gone.dll
          W\CLSID\{M}\InprocHandler32 = C:\x\gone.dll)",
        {},
        {},
        {},
-       "C:\\Windows\\SysWOW64\\only32.dll\nC:\\Program Files (x86)\\P\\p.exe\n"
-       "C:\\Program Files\\P\\p.exe\nC:\\x\\folder\\\ndrive D: removable\n"},
+       "C:\\Windows\\SysWOW64\\only32.dll\nC:\\x\\folder\\\ndrive D: removable\n"},
       {"each server for itself; the class goes with the last (!)",
        "W\\CLSID\\{A}\\InprocServer32 = C:\\x\\gone.dll\nW\\CLSID\\{A}\\LocalServer32 = C:\\no.exe",
        {missing("InprocServer32", a, gone), missing("LocalServer32", a, "C:\\no.exe")},
@@ -114,7 +108,7 @@ const char* const kClassParts = R"(W\CLSID\{A} = Class A
   W\CLSID\{A}\ShellEx\DropHandler
   W\CLSID\{A}\DefaultIcon = C:\Program Files\A,B\x.dll,3
   W\CLSID\{A}\TypeLib =  {GONE}
-  W\CLSID\{A}\ToolboxBitmap32 = C:\x\gone.ocx, 1
+  W\CLSID\{A}\ToolboxBitmap32 = gone.ocx, 1
   W\CLSID\{A}\PersistentHandler = word
   W\CLSID\{A}\AutoConvertTo = {GONE}
   W\CLSID\{A}\TreatAs = {GONE}
@@ -144,7 +138,7 @@ ClassRow ClassPartsRow() {
        "9" + name +
            "|existingkey:32:HKCR\\CLSID\\{A}|existingvalue:AppID"
            "|missingkey:32:HKCR\\AppID\\{X}",
-       "6" + name + "|" + a + "ToolboxBitmap32|missingfile:C:\\x\\gone.ocx",
+       "6" + name + "|" + a + "ToolboxBitmap32|missingfile:gone.ocx",
        "8" + name + "|" + a + "PersistentHandler|missingkey:32:HKCR\\CLSID\\word", replaced[0],
        replaced[1], "21|" + b + "\\DefaultIcon|caption:{B}",
        "23|caption:{B}|" + b + "\\ToolboxBitmap32|key:ToolboxBitmap32",
@@ -182,13 +176,10 @@ TEST(ActiveXCOM, ClassParts) {
        R"(W\CLSID\{A} : AppID = {X}
          AppID\{X}
          W\CLSID\{A}\ProgID = x
-         W\CLSID\{A}\shell\a\command = %1
-         W\CLSID\{A}\shell\b\command = "%1"
          W\CLSID\{A}\shell\c\command = "C:\x\gone.exe"
          W\CLSID\{A}\shell\c\command : command = installer's mark
          W\CLSID\{A}\shell\d\DropTarget
          W\CLSID\{A}\shell\e\command : DelegateExecute = {G}
-         W\CLSID\{A}\shell\f\command = rundll32.exe C:\x\here.dll,Entry %1
          W\CLSID\{A}\ShellEx\MayChangeDefaultMenu
          W\CLSID\{A}\ShellEx\ExtShellFolderViews\{GONE}
          W\CLSID\{A}\ShellEx\ContextMenuHandlers\x = {F9DB5320-233e-11D1-9F84-707F02C10627}
@@ -197,6 +188,10 @@ TEST(ActiveXCOM, ClassParts) {
          W\CLSID\{A}\ShellEx\{GONE} = {B}
          W\CLSID\{A}\ShellEx\word = word
          W\CLSID\{A}\DefaultIcon = %1
+         W\CLSID\{D}\DefaultIcon = dword:1
+         W\CLSID\{D}\ToolboxBitmap32 = dword:1
+         W\CLSID\{D}\TypeLib = dword:1
+         W\CLSID\{D}\shell\a\command = dword:1
          W\CLSID\{A}\TypeLib = {05f6b36c-7630-4A4D-945E-80C59DC2C832}
          W\CLSID\{A}\ToolboxBitmap32 = C:\x\here.dll, 101
          W\CLSID\{A}\PersistentHandler : x = y
@@ -209,11 +204,7 @@ TEST(ActiveXCOM, ClassParts) {
          CLSID\{C}\ProgID
          W\CLSID\{C}\ProgID = x
          CLSID\{C}\TypeLib = {GONE}
-         W\CLSID\{C}\TypeLib)",
-       {},
-       {},
-       {},
-       "C:\\x\\here.dll\nC:\\Windows\\System32\\rundll32.exe\n"},
+         W\CLSID\{C}\TypeLib)"},
       ClassPartsRow(),
       {"a missing replacement stays by design",
        "W\\CLSID\\{A}\\TreatAs = {GONE}",
@@ -226,7 +217,7 @@ TEST(ActiveXCOM, ClassParts) {
        {"delete key W\\CLSID\\{A}\\ShellEx\\DragDropHandlers\\{GONE}",
         "delete key W\\CLSID\\{A}\\ShellEx\\DragDropHandlers", "delete key W\\CLSID\\{A}\\ShellEx",
         "delete key W\\CLSID\\{A}"}},
-      {"a single handler: two parents, and no advice",
+      {"a single handler: two parents, the class being one of them (!)",
        "W\\CLSID\\{A}\\ShellEx\\{GONE}",
        {"3|" + handlers + "{GONE}|caption:{A}|missingkey:HKCR\\CLSID\\{GONE}"},
        {"delete key W\\CLSID\\{A}\\ShellEx\\{GONE}", "delete key W\\CLSID\\{A}\\ShellEx",
@@ -274,6 +265,9 @@ TEST(ActiveXCOM, InterfacesAndTypeLibs) {
          TypeLib\{T}\1.1\HELPDIR = C:\x\folder\
          TypeLib\{T}\1.2\HELPDIR : x = y
          TypeLib\{T}\1.3\409\win32 : x = y
+         TypeLib\{T}\1.4\0\win32 = gone.tlb
+         TypeLib\{T}\1.5\0\win32 = dword:1
+         TypeLib\{T}\1.5\HELPDIR = dword:1
          TypeLib\{5984FFE0-28D4-11CF-AE66-08002B2E1262}\1.0\0\win32 = C:\x\gone.dll)"},
       {"references of an interface",
        R"(W\Interface\{I} = IThing
@@ -333,118 +327,70 @@ TEST(ActiveXCOM, Faults) {
     TypeLib\{T}\1.0\0\win32 = C:\x\here.dll
     TypeLib\{T}\1.0\HELPDIR = C:\x\folder)";
   for (std::string& line : row.problems) line = ReplaceAll(line, "Class A", "{A}");
-  CheckFaults(AsCase(row, kFiles), [](World& world) { world.Create<TRCPActiveXCOM>(); });
+  CheckFaults<TRCPActiveXCOM>(AsCase(row, kFiles));
 }
 
+// What each class has to show for itself, the first one nothing.
 TEST(ActiveXCOM, Captions) {
-  const struct {
-    const char* values;
-    const char* caption;
-  } rows[] = {
-      {"", "{A}"},
-      {"W\\CLSID\\{A} =  Given ", " Given "},
-      {"W\\CLSID\\{A} = Given\nW\\CLSID\\{A} : LocalizedString = Plain", "Plain"},
-      {"W\\CLSID\\{A} = Given\nW\\CLSID\\{A} : LocalizedString = @C:\\x\\here.dll,-7", "Seven"},
-      {"W\\CLSID\\{A} = Given\nW\\CLSID\\{A} : LocalizedString = @C:\\x\\here.dll,-8", "Given"},
-      {"W\\CLSID\\{A} = Given\nW\\CLSID\\{A} : FriendlyTypeName = Plain", "Given"},
-      {"W\\CLSID\\{A} : LocalizedString = Plain\n"
-       "W\\CLSID\\{A} : FriendlyTypeName = @C:\\x\\here.dll,-7",
-       "Seven"},
-  };
-  for (const auto& row : rows) {
-    World world(Classes(std::string(row.values) + "\nW\\CLSID\\{A}\\LocalServer"),
-                "C:\\x\\here.dll");
-    world.Windows().resources.strings[u"C:\\x\\here.dll"][7] = u"Seven";
-    world.Run<TRCPActiveXCOM>();
-    EXPECT_EQ(world.Captions(), Lines{row.caption}) << row.values;
-  }
+  World world(Classes(R"(W\CLSID\{A}\LocalServer
+      W\CLSID\{B} =  Given 
+      W\CLSID\{B}\LocalServer
+      W\CLSID\{C} = Given
+      W\CLSID\{C} : LocalizedString = Plain
+      W\CLSID\{C}\LocalServer
+      W\CLSID\{D} = Given
+      W\CLSID\{D} : LocalizedString = @C:\x\here.dll,-8
+      W\CLSID\{D}\LocalServer
+      W\CLSID\{E} = Given
+      W\CLSID\{E} : FriendlyTypeName = Plain
+      W\CLSID\{E}\LocalServer
+      W\CLSID\{F} : LocalizedString = Plain
+      W\CLSID\{F} : FriendlyTypeName = @C:\x\here.dll,-7
+      W\CLSID\{F}\LocalServer)"),
+              "C:\\x\\here.dll");
+  world.Windows().resources.strings[u"C:\\x\\here.dll"][7] = u"Seven";
+  world.Run<TRCPActiveXCOM>();
+  EXPECT_EQ(world.Captions(), (Lines{"{A}", " Given ", "Plain", "Given", "Given", "Seven"}));
 }
 
-TEST(ActiveXCOM, InitStopsBetweenListsAndScanAtEveryItem) {
-  const std::string classes = Classes(R"(W\CLSID\{A}
-    CLSID\{B}\InprocServer32 = C:\x\gone.dll
-    W\Interface\{I}
-    Interface\{J}
-    TypeLib\{T}\1.0\0\win32 = C:\x\gone.dll)");
-  World world(classes);
+TEST(ActiveXCOM, StopsBetweenTheListsThatItReads) {
+  World world(Classes("W\\CLSID\\{A}\nCLSID\\{B}\nTypeLib\\{T}\\1.0"));
   auto& plugin = world.Create<TRCPActiveXCOM>();
   StopSearch = true;
   plugin.Init();
-  EXPECT_EQ(plugin.FState, rcpUnknown);
-  EXPECT_TRUE(plugin.FScanItemCount == 0 && world.Windows().system.pumped == 1);
+  EXPECT_TRUE(plugin.FState == rcpUnknown && plugin.FScanItemCount == 0);
+  EXPECT_EQ(world.Windows().system.pumped, 1);
   StopSearch = false;
   plugin.Init();
-  // The root itself is an item as well where a class has one; the type library counts twice.
-  EXPECT_EQ(world.Windows().system.pumped, 6);
-  ASSERT_EQ(plugin.FScanItemCount, 6);
-  EXPECT_EQ(plugin.ScanWeight, 10);
-  EXPECT_EQ(plugin.ImageIndex, 3);
-  for (std::int32_t stop = 1; stop <= 7; ++stop) {
-    StopSearch = false;
-    plugin.Init();
-    Lines shown;
-    plugin.OnScanProgress = [&](TRCPlugin&, std::int32_t, UnicodeView text, bool) {
-      shown.push_back(ToUtf8(text));
-      StopSearch = static_cast<std::int32_t>(shown.size()) == stop;
-    };
-    plugin.Scan();
-    EXPECT_EQ(plugin.FState, stop < 6 ? rcpInited : rcpScanned);
-    EXPECT_EQ(shown.size(), std::min<std::size_t>(6, static_cast<std::size_t>(stop)));
-    const Lines all = {"CLSID: {A}",     "CLSID: {B}",         "Interface: {I}",
-                       "Interface: {J}", "Typbibliothek: {T}", "Typbibliothek: {T}"};
-    EXPECT_TRUE(std::equal(shown.begin(), shown.end(), all.begin())) << shown.back();
-  }
-}
-
-TEST(ActiveXCOM, TextsOfKinds) {
-  World world(Classes("W\\CLSID\\{A}\\x"));
-  auto& plugin = world.Create<TRCPActiveXCOM>();
-  const UnicodeString key = u"existingkey:32:HKEY_CLASSES_ROOT\\CLSID\\{A}\\x";
-  for (const std::int32_t kind : {7, 17, 19, 23, 24})
-    plugin.AddError(kind, {key, u"caption:C", u"key:K", u"invalidfile:F"});
-  const std::string link =
-      "\"<a href=\"regjump:32:HKEY_CLASSES_ROOT\\CLSID\\{A}\\x\">HKEY_CLASSES_ROOT\\CLSID\\{A}\\x</"
-      "a>\"";
-  EXPECT_EQ(
-      world.Texts(),
-      (Lines{"||", "||",
-             "Blaah|Dieses Objekt verweist im Kontextmenüeintrag \"x\" auf das ungültige "
-             "Programm \"F\".|Das Objekt verweist im Schlüssel " +
-                 link + " auf das ungültige Programm \"F\".",
-             "C|Der K-Schlüssel dieses Objektes enthält keine Daten.|Der K-Schlüssel " + link +
-                 " enthält keine Daten. Dieser Unterschlüssel des Objektes kann daher "
-                 "gelöscht werden.",
-             "||"}));
-  EXPECT_EQ((*SweepErrors)[2].IconID, u"icon5010.svg");
+  EXPECT_EQ(world.Windows().system.pumped, 6) << "once after each list, in both views";
+  EXPECT_EQ(plugin.FScanItemCount, 4) << "the type library is seen in both";
 }
 
 TEST(ActiveXCOM, CleansNothingOfAnotherShape) {
-  const struct {
-    std::int32_t kind;
-    const char16_t* key;
-  } rows[] = {
-      {1, u"HKEY_CLASSES_ROOT\\CLSID\\{A}"},
-      {1, u"HKEY_CLASSES_ROOT\\Interface\\{A}\\x"},
-      {2, u"HKEY_CLASSES_ROOT\\CLSID\\{A}\\shell\\x\\other"},
-      {3, u"HKEY_CLASSES_ROOT\\CLSID\\{A}\\TreatAs"},
-      {4, u"HKEY_CLASSES_ROOT\\CLSID\\{A}\\TypeLib"},
-      {5, u"HKEY_CLASSES_ROOT\\CLSID\\{A}\\DefaultIcon"},
-      {9, u"HKEY_CLASSES_ROOT\\CLSID\\{A}\\x"},
-      {13, u"HKEY_CLASSES_ROOT\\TypeLib\\{A}\\1.0\\0"},
-      {15, u"HKEY_CLASSES_ROOT\\TypeLib\\{A}\\1.0\\0"},
-      {19, u"HKEY_CLASSES_ROOT\\CLSID\\{A}\\x"},
-      {22, u"HKEY_CLASSES_ROOT\\CLSID\\{A}\\shell"},
-      {22, u"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\{A}"},
-  };
-  for (const auto& row : rows) {
-    World world(
-        Classes("W\\CLSID\\{A}\\shell\\x\\other\nW\\CLSID\\{A}\\DefaultIcon\n"
-                "W\\CLSID\\{A}\\TypeLib\nW\\CLSID\\{A}\\TreatAs\nTypeLib\\{A}\\1.0\\0"));
+  World world(
+      Classes("W\\CLSID\\{A}\\shell\\x\\other\nW\\CLSID\\{A}\\DefaultIcon\n"
+              "W\\CLSID\\{A}\\TypeLib\nW\\CLSID\\{A}\\TreatAs\nTypeLib\\{A}\\1.0\\0"));
+  auto& plugin = world.Create<TRCPActiveXCOM>();
+  const std::pair<std::int32_t, UnicodeView> rows[] = {{1, u"CLSID\\{A}"},
+                                                       {1, u"Interface\\{A}\\x"},
+                                                       {2, u"CLSID\\{A}\\shell\\x\\other"},
+                                                       {3, u"CLSID\\{A}\\TreatAs"},
+                                                       {4, u"CLSID\\{A}\\TypeLib"},
+                                                       {5, u"CLSID\\{A}\\DefaultIcon"},
+                                                       {9, u"CLSID\\{A}\\x"},
+                                                       {13, u"TypeLib\\{A}\\1.0\\0"},
+                                                       {15, u"TypeLib\\{A}\\1.0\\0"},
+                                                       {19, u"CLSID\\{A}\\x"},
+                                                       {22, u"CLSID\\{A}\\shell"}};
+  for (const auto& [kind, key] : rows) {
     TSweepError error;
-    error.ErrorType = row.kind;
-    error.Data = {UnicodeString(u"existingkey:32:") + row.key};
-    EXPECT_TRUE(world.Create<TRCPActiveXCOM>().CleanError(error));
-    EXPECT_EQ(world.Journal(), Lines()) << row.kind;
+    error.ErrorType = kind;
+    error.Data = {UnicodeString(u"existingkey:32:HKEY_CLASSES_ROOT\\").append(key)};
+    EXPECT_TRUE(plugin.CleanError(error));
+    error.Data = {
+        UnicodeString(u"existingkey:32:HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\").append(key)};
+    EXPECT_TRUE(plugin.CleanError(error));
+    EXPECT_EQ(world.Journal(), Lines()) << kind;
     EXPECT_FALSE(ShouldReSearch);
   }
 }

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
 #include "plugins/filetypes/Rcp_filetypes.h"
+#include "registry/Stringhelper.h"
 #include "support/class_text.h"
 
 namespace scrubwell::test {
 namespace {
 
-const char* const kFiles =
-    "C:\\x\\here.exe\nC:\\Windows\\System32\\rundll32.exe\n"
-    "C:\\Program Files\\Viewer\\view.dll\n";
+const char* const kFiles = "C:\\x\\here.exe";
 
 TEST(FileTypes, ExtensionsAndTypes) {
   const std::string gone =
@@ -19,14 +18,15 @@ TEST(FileTypes, ExtensionsAndTypes) {
          .log = TXTFILE
          txtfile = Text
          txtfile\shell\a\command = "C:\x\here.exe" "%1"
-         txtfile\shell\b\command = rundll32 "%ProgramFiles%\Viewer\view.dll",Entry %1
-         txtfile\shell\c\command = %1
-         txtfile\shell\d\command = "%1" %*
          txtfile\shell\e\DropTarget
          txtfile\shell\f\command : DelegateExecute = {G}
          txtfile\shell\f\ddeexec = [open]
          txtfile\shell\g\command = D:\x.exe
          txtfile\DefaultIcon = "C:\x\here.exe",-3
+         .number = dword:1
+         AppX1\ShellEx\IconHandler = dword:1
+         Big\DefaultIcon = dword:1
+         Big\CLSID = dword:1
          AppX1\DefaultIcon = @{App_1.0?ms-resource://App/Files/x.png}
          AppX1\shell\open\command : DelegateExecute = {G}
          .a = AppX1
@@ -178,60 +178,36 @@ TEST(FileTypes, Faults) {
                {"1|caption:x.exe|existingkey:32:HKCR\\Applications\\x.exe\\shell\\open\\command"
                 "|missingfile:C:\\gone.exe",
                 "2|existingkey:32:HKCR\\.g|missingkey:32:HKCR\\goner|caption:.G-Datei (*.g)"}};
-  CheckFaults(AsCase(row, kFiles), [](World& world) { world.Create<TRCPFileTypes>(); });
+  CheckFaults<TRCPFileTypes>(AsCase(row, kFiles));
 }
 
 TEST(FileTypes, Captions) {
-  const struct {
-    const char* classes;
-    const char* caption;
-  } rows[] = {
-      {".t = tf\ntf =  Text \ntf\\shell", "tf"},
-      {".t = tf\ntf\\shell\\a", "tf (*.t)"},
-      {".t = tf\ntf =  Text \ntf\\shell\\a", "Text (*.t)"},
-      {".t = tf\ntf = Text\ntf : FriendlyTypeName = @C:\\x\\here.exe,-7\ntf\\shell\\a", "Seven"},
-      {".t = tf\ntf = Text\ntf : FriendlyTypeName = Plain\ntf\\shell\\a", "Text (*.t)"},
-      {"*\\shell\\a", "* (Alle Dateien)"},
-      {"Unknown\\shell\\a", "Unknown (Alle Dateien unbekannten Typs)"},
-      {"k =  Key \nk\\shell\\a", " Key "},
-      {"k = Key\nk : FriendlyTypeName = @C:\\x\\here.exe,-7\nk\\shell\\a", "Seven"},
-  };
-  for (const auto& row : rows) {
-    World world(Classes(row.classes), kFiles);
-    world.Windows().resources.strings[u"C:\\x\\here.exe"][7] = u"Seven";
-    world.Run<TRCPFileTypes>();
-    EXPECT_EQ(world.Captions(), Lines{row.caption}) << row.classes;
-  }
-}
-
-TEST(FileTypes, CountsAndStops) {
-  World world(
-      Classes(".e\nType\nApplications\\x.exe\nSystemFileAssociations\\.a\n"
-              "MIME\\Database\\Content Type\\a/b\nMIME\\Database\\Content Type\\c/d\n"
-              "HKEY_USERS\\S-1-5-21-1-2-3-1001\\Software\\Microsoft\\Windows"
-              "\\CurrentVersion\\Explorer\\FileExts\\.a"));
-  auto& plugin = world.Create<TRCPFileTypes>();
-  plugin.Init();
-  const std::int32_t count = plugin.FScanItemCount;
-  EXPECT_EQ(plugin.ScanWeight, RoundHalfEven(count * 1.2));
-  EXPECT_EQ(plugin.ImageIndex, 2);
-  for (std::int32_t stop = 1; stop <= count; ++stop) {
-    StopSearch = false;
-    plugin.Init();
-    std::int32_t shown = 0;
-    std::int32_t promille = 0;
-    plugin.OnScanProgress = [&](TRCPlugin&, std::int32_t now, UnicodeView, bool) {
-      promille = now;
-      StopSearch = ++shown == stop;
-    };
-    plugin.Scan();
-    // The two media types are counted and never shown; the last item's stop comes too late.
-    EXPECT_EQ(plugin.FState, stop < count - 2 ? rcpInited : rcpScanned) << stop;
-    EXPECT_EQ(shown, std::min(stop, count - 2));
-    if (stop == count) {
-      EXPECT_EQ(promille, RoundHalfEven((count - 2) * 1000.0 / count));
-    }
-  }
+  World world(Classes(R"(.a = at
+      at =  Text 
+      at\shell
+      .b = bt
+      bt\shell\a
+      .c = ct
+      ct =  Text 
+      ct\shell\a
+      .d = dt
+      dt = Text
+      dt : FriendlyTypeName = @C:\x\here.exe,-7
+      dt\shell\a
+      .e = et
+      et = Text
+      et : FriendlyTypeName = Plain
+      et\shell\a
+      *\shell\a
+      Unknown\shell\a
+      k =  Key 
+      k\shell\a)"),
+              kFiles);
+  world.Windows().resources.strings[u"C:\\x\\here.exe"][7] = u"Seven";
+  world.Run<TRCPFileTypes>();
+  EXPECT_EQ(world.Captions(),
+            (Lines{"at", "bt (*.b)", "Text (*.c)", "Seven", "Text (*.e)", "* (Alle Dateien)",
+                   " Key ", "Unknown (Alle Dateien unbekannten Typs)"}));
 }
 
 TEST(FileTypes, ChecksThatNoScanMakes) {
@@ -249,40 +225,41 @@ TEST(FileTypes, ChecksThatNoScanMakes) {
                                     "HKCR\\CLSID\\{GONE}"}));
 }
 
+// "C" is the classes root, "U" the user's.
 TEST(FileTypes, CleansByShape) {
   const struct {
     std::int32_t kind;
-    const char16_t* key;
-    Lines journal;
-  } rows[] = {
-      {1, u"HKEY_CLASSES_ROOT\\a\\b\\c", {}},
-      {1, u"HKEY_CURRENT_USER\\a\\b\\c\\d", {}},
-      // Below any root by design.
-      {1, u"HKEY_CURRENT_USER\\a\\b\\c\\d\\e", {"delete key HKCU\\a\\b\\c\\d\\e"}},
-      {5, u"HKEY_CURRENT_USER\\a\\b\\c\\d", {"delete key HKCU\\a\\b\\c\\d"}},
-      {5, u"HKEY_CURRENT_USER\\a\\b\\c", {}},
-      {2, u"HKEY_CLASSES_ROOT\\a\\b", {}},
-      {3, u"HKEY_CLASSES_ROOT\\a\\b", {}},
-      {3, u"HKEY_CLASSES_ROOT\\a\\b\\c\\clsid", {}},
-      {3, u"HKEY_CLASSES_ROOT\\a\\b\\c\\d\\clsid", {"delete key C\\a\\b\\c\\d"}},
-      {6, u"HKEY_CLASSES_ROOT\\a\\b\\c\\d\\clsid", {}},
-      {4, u"HKEY_CLASSES_ROOT\\a\\b", {}},
-      {8, u"HKEY_CLASSES_ROOT\\a\\b", {}},
-      {8, u"HKEY_CLASSES_ROOT", {}},
-      {9, u"HKEY_CLASSES_ROOT\\a", {}},
-      {10, u"HKEY_CURRENT_USER\\a\\b", {}},
-      {11, u"HKEY_CLASSES_ROOT\\a\\b\\c\\d", {"delete key C\\a\\b\\c\\d"}},
-      {12, u"HKEY_CURRENT_USER\\a\\b", {"delete key HKCU\\a\\b"}},
-  };
+    std::string key;
+    std::string deleted = {};
+  } rows[] = {{1, "C\\a\\b\\c"},
+              {1, "U\\a\\b\\c\\d"},
+              // Below any root by design.
+              {1, "U\\a\\b\\c\\d\\e", "U\\a\\b\\c\\d\\e"},
+              {5, "U\\a\\b\\c\\d", "U\\a\\b\\c\\d"},
+              {5, "U\\a\\b\\c"},
+              {2, "C\\a\\b"},
+              {3, "C\\a\\b"},
+              {3, "C\\a\\b\\c\\clsid"},
+              {3, "C\\a\\b\\c\\d\\clsid", "C\\a\\b\\c\\d"},
+              {6, "C\\a\\b\\c\\d\\clsid"},
+              {4, "C\\a\\b"},
+              {8, "C\\a\\b"},
+              {8, "C"},
+              {9, "C\\a"},
+              {10, "U\\a\\b"},
+              {11, "C\\a\\b\\c\\d", "C\\a\\b\\c\\d"},
+              {12, "U\\a\\b", "U\\a\\b"}};
   for (const auto& row : rows) {
     World world(
         Classes("a : x = y\na\\b\\c : x = y\na\\b\\c\\d\\clsid\n"
                 "HKEY_USERS\\S-1-5-21-1-2-3-1001\\a\\b\\c\\d\\e"));
     TSweepError error;
     error.ErrorType = row.kind;
-    error.Data = {UnicodeString(u"existingkey:32:") + row.key};
+    const std::string root = row.key[0] == 'C' ? "HKEY_CLASSES_ROOT" : "HKEY_CURRENT_USER";
+    error.Data = {FromUtf8("existingkey:32:" + root + row.key.substr(1))};
     EXPECT_TRUE(world.Create<TRCPFileTypes>().CleanError(error));
-    EXPECT_EQ(world.Journal(), Full(row.journal)) << row.kind;
+    const std::string shown = ReplaceAll("delete key " + row.deleted, " U", " HKCU");
+    EXPECT_EQ(world.Journal(), row.deleted.empty() ? Lines() : Full({shown})) << row.kind;
     EXPECT_FALSE(ShouldReSearch || ForceRegDelete);
   }
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "plugins/history/Rcp_history.h"
-#include "plugins/system/stops.h"
 #include "registry/Stringhelper.h"
 #include "support/class_text.h"
 
@@ -96,6 +95,7 @@ TEST(History, ListsOfTheRegistry) {
            E\ComDlg32\OpenSaveMRU\txt : c = C:\gone.txt
            E\ComDlg32\OpenSaveMRU\txt : d = D:\gone.txt
            E\ComDlg32\OpenSaveMRU\txt : e = \\server\gone.txt
+           E\ComDlg32\OpenSaveMRU\txt : f = C:\here.txt\inner
            E\ComDlg32\OpenSaveMRU\txt : MRUList = cde
            E\ComDlg32\OpenSaveMRU\zip : a = C:\gone.zip)"),
        .files = "C:\\here.txt\ndrive D: removable",
@@ -112,11 +112,18 @@ TEST(History, ListsOfTheRegistry) {
            E\RunMRU : d = %windir%\here.exe /q\1
            E\RunMRU : e = http://x/\1
            E\RunMRU : f = \\server\x\1
-           E\RunMRU : MRUList = cabdef)"),
-       .files = "C:\\Windows\\here.exe",
+           E\RunMRU : g = C:\gone dir\z.exe C:\here.txt\1
+           E\RunMRU : h = C:\gone\my.doc D:\x\1
+           E\RunMRU : i = C:\Windows\System32\rundll32 C:\gone.dll,Entry\1
+           E\RunMRU : j = dword:1
+           E\RunMRU : MRUList = cabdefghij)"),
+       .files = "C:\\Windows\\here.exe\nC:\\Windows\\System32\\rundll32.exe",
        .problems = {Trace(5, run, "a", "C:\\gone\\x.exe", Fix("Windows", 1)),
-                    Trace(5, run, "c", "C:\\gone dir\\y.exe", Fix("Windows", 1))},
-       .journal = Lines{Deleted(run, "a"), Deleted(run, "c"), Set(run, "MRUList", "bdef")}},
+                    Trace(5, run, "c", "C:\\gone dir\\y.exe", Fix("Windows", 1)),
+                    Trace(5, run, "g", "C:\\gone dir\\z.exe", Fix("Windows", 1)),
+                    Trace(5, run, "h", "C:\\gone\\my.doc", Fix("Windows", 1))},
+       .journal = Lines{Deleted(run, "a"), Deleted(run, "c"), Deleted(run, "g"), Deleted(run, "h"),
+                        Set(run, "MRUList", "bdefij")}},
       {.name = "numbered lists close up, with what is kept beside them",
        .registry = Keys(R"(E\TypedPaths : url1 = C:\gone
            E\TypedPaths : url2 = C:\Windows
@@ -145,6 +152,7 @@ TEST(History, ListsOfTheRegistry) {
            R"(S\WinRAR\ArcHistory : 0 = C:\gone.rar
            S\WinRAR\ArcHistory : 1 = C:\here.xls
            S\WinRAR\DialogEditHistory\ExtrPath : 0 = C:\gone dir
+           S\WinRAR\DialogEditHistory\ExtrPath : 1 = C:\here.xls\inner\
            S\Microsoft\Windows\CurrentVersion\Applets\Regedit : LastKey = C:\gone)"),
        .files = "C:\\here.xls",
        .problems = {Trace(4, excel, "Item 2", "C:\\gone.xls",
@@ -157,7 +165,10 @@ TEST(History, ListsOfTheRegistry) {
                         Deleted(kUser + "WinRAR\\DialogEditHistory\\ExtrPath", "0"),
                         Set(excel, "Item 2", "C:\\\\no mark.xls"), Deleted(excel, "Item 3"),
                         Set(kUser + "WinRAR\\ArcHistory", "0", "C:\\\\here.xls"),
-                        Deleted(kUser + "WinRAR\\ArcHistory", "1")}},
+                        Deleted(kUser + "WinRAR\\ArcHistory", "1"),
+                        Set(kUser + "WinRAR\\DialogEditHistory\\ExtrPath", "0",
+                            "C:\\\\here.xls\\\\inner\\\\"),
+                        Deleted(kUser + "WinRAR\\DialogEditHistory\\ExtrPath", "1")}},
       {.name = "usage counters: Start menu, full paths, names of no place",
        .registry = Keys(ReplaceAll(R"(C : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x
            C : HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax = x
@@ -187,7 +198,7 @@ TEST(History, ListsOfTheRegistry) {
        .setup = [](World& world) { world.Windows().shell.folders.erase(22); }},
   };
   CheckCases<TRCPHistory>(rows);
-  CheckFaults(rows[3], [](World& world) { world.Create<TRCPHistory>(); });
+  CheckFaults<TRCPHistory>(rows[3]);
 }
 
 TEST(History, RecentDocuments) {
@@ -233,8 +244,9 @@ TEST(History, RecentDocuments) {
                     "gone.LNK|missingfile:C:\\gone.doc|caption:gone"},
        .journal = Lines{"backup " + kRecent + "gone.LNK", "erase file " + kRecent + "gone.LNK"},
        .setup = setLinks},
-      {.name = "damaged, or not to be told",
-       .files = kRecent + "broken.lnk\n" + kRecent + "other.lnk | size=0"},
+      {.name = "damaged, or not to be told; no version to look for a folder with",
+       .registry = Keys("S\\Microsoft\\Office\\Common\\General : RecentFiles = Zuletzt"),
+       .files = office + "\n" + kRecent + "broken.lnk\n" + kRecent + "other.lnk | size=0"},
   };
   CheckCases<TRCPHistory>(rows);
 }
@@ -251,6 +263,8 @@ TEST(History, Addresses) {
       {"there, decoded", "file:///C:/a%20b.txt", "C:\\a b.txt", nullptr},
       {"there, as written", "file:///C:/a%20b.txt", "C:\\a%20b.txt", nullptr},
       {"decoded twice", "file:///C:/a%2520b.txt", "C:\\a b.txt", nullptr},
+      {"inside of a file", "file:///C:/a.zip/x.txt", "C:\\a.zip", nullptr},
+      {"old spelling of the drive", "file:///C|/gone.txt", "", "C:\\gone.txt"},
       {"a folder of that name", "file:///C:/dir", "C:\\dir\\", nullptr},
       {"other letter case", "FILE:///C:/gone.txt", "", nullptr},
       {"other address", "http://x/C:/gone.txt", "", nullptr},
@@ -292,26 +306,12 @@ TEST(History, CleansWhatIsStillThere) {
   EXPECT_EQ(world.Scan(), left);
 }
 
-TEST(History, TextsAndStops) {
-  CheckStops<TRCPHistory>(Keys("E\\FileExts\\.a\nE\\TypedPaths : url1 = C:\\gone\n"
-                               "E\\TypedPaths : url2 = C:\\gone2"),
-                          3, 3, 3);
-  World world(Keys(R"(E\RunMRU : a = C:\x\gone.exe\1
-      S\WinRAR\DialogEditHistory\ExtrPath : 0 = C:\x\gone)"));
-  world.Run<TRCPHistory>();
-  const std::string key = kUser + "WinRAR\\DialogEditHistory\\ExtrPath";
-  EXPECT_EQ(world.Texts(),
-            (Lines{"Windows-Verlaufsliste: Ungültiger Eintrag \"gone.exe\"|Die Datei konnte im "
-                   "angegebenen Ordner \"C:\\x\" nicht gefunden werden.|Die "
-                   "Windows-Verlaufsliste verweist auf die nicht mehr vorhandene Datei "
-                   "\"C:\\x\\gone.exe\". Dieser ungültige Verweis kann entfernt werden.",
-                   "WinRAR-Verlaufsliste: Ungültiger Eintrag \"gone\"|Der Ordner oder die Datei "
-                   "konnte im angegebenen Ordner \"C:\\x\" nicht gefunden werden.|Eine "
-                   "Verlaufsliste der Anwendung \"WinRAR\" verweist im Schlüssel \"<a "
-                   "href=\"regjump:HK:" +
-                       key + "\">" + key +
-                       "</a>\" auf den nicht mehr vorhandenen Ordner oder die Datei "
-                       "\"C:\\x\\gone\". Dieser ungültige Verweis kann entfernt werden."}));
+TEST(History, AStopAmongTheLastItemsIsNoWholeScan) {
+  World world(Keys("E\\TypedPaths : url1 = C:\\gone\nE\\TypedPaths : url2 = C:\\gone2"));
+  auto& plugin = world.Create<TRCPHistory>();
+  plugin.OnScanProgress = [](TRCPlugin&, std::int32_t, UnicodeView, bool) { StopSearch = true; };
+  EXPECT_EQ(world.Scan().size(), 1U);
+  EXPECT_EQ(plugin.FState, rcpInited);
 }
 
 TEST(History, AddressesAreAnnouncedTwice) {

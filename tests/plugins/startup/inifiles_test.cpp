@@ -55,8 +55,8 @@ TEST(IniFiles, FindsAndCleans) {
                 SystemIni(R"([boot]\ndrivers=a.drv  *gone  a\nSCRNSAVE.EXE=(none)\n[drivers32]\n)"
                           R"(a=*gone,a.drv\nb=\\\\server\\b.drv\n[drivers]\nc=gone.drv)")},
       {.name = "the other items of a line keep their blanks",
-       .files =
-           files + WinIni(R"([windows]\nload= C:\\a b\\a.exe , gone.exe\nrun=gone.exe, D:\\b )"),
+       .files = files + WinIni(R"([windows]\nload= C:\\a b\\a.exe , gone.exe\n)"
+                               R"(run=gone.exe, D:\\b,gone.exe )"),
        .problems = {"1|section:windows|value:run|missingfile:gone.exe",
                     "1|section:windows|value:load|missingfile:gone.exe"},
        .journal = Lines{"backup " + kWin, "set entry " + kWin + " [windows] run= D:\\b",
@@ -73,7 +73,7 @@ TEST(IniFiles, FindsAndCleans) {
        .left = {Driver("drivers32", "a", "gone.drv")}},
   };
   CheckCases<TRCPIniFiles>(rows);
-  CheckFaults(kEveryKind, [](World& world) { world.Create<TRCPIniFiles>(); });
+  CheckFaults<TRCPIniFiles>(kEveryKind);
 }
 
 // A line that can't be read when it is to be repaired is not overwritten.
@@ -84,23 +84,6 @@ TEST(IniFiles, NeverEmptiesWhatItCannotRead) {
     world.Backend().Files().AddFile(file, Bytes(std::size_t{2} << 20));
   EXPECT_EQ(world.CleanAll(), Lines());
   EXPECT_EQ(world.Plugin().FCleanFailures, 2);
-}
-
-TEST(IniFiles, StopsAtEveryItem) {
-  constexpr std::int32_t items = 8;
-  for (std::int32_t stopAt = 1; stopAt <= items; ++stopAt) {
-    World world({}, kEveryKind.files);
-    auto& plugin = world.Create<TRCPIniFiles>();
-    std::int32_t shown = 0;
-    plugin.OnScanProgress = [&](TRCPlugin&, std::int32_t, UnicodeView, bool) {
-      StopSearch = ++shown == stopAt;
-    };
-    world.Scan();
-    EXPECT_EQ(SweepErrors->Count(), stopAt);
-    for (const std::string& text : world.Texts()) EXPECT_EQ(text.find('#'), text.npos) << text;
-    EXPECT_EQ(plugin.FState, stopAt == items ? rcpScanned : rcpInited) << stopAt;
-    EXPECT_EQ(plugin.FScanItemCount, items - 1);  // the screen saver is not counted
-  }
 }
 
 }  // namespace
