@@ -81,7 +81,9 @@ Status WindowsTasks::Activate(UnicodeView job, ComPtr<ITask>& out, UnicodeString
     HRESULT result = scheduler_->Activate(Wide(spelling), IID_ITask, item.Out());
     if (SUCCEEDED(result)) result = item->QueryInterface(IID_ITask, out.OutVoid());
     if (SUCCEEDED(result) && IsTaskOf(job, *out.Get())) return name = spelling, Status::Ok;
-    if (FAILED(result) && StatusOfCom(result) != Status::Absent) answer = StatusOfCom(result);
+    // A spelling that the scheduler doesn't take names no task of it.
+    if (SUCCEEDED(result) || result == E_INVALIDARG) continue;
+    if (StatusOfCom(result) != Status::Absent) answer = StatusOfCom(result);
   }
   out.Reset();
   return answer;
