@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "backends/common/written.h"
 #include "backends/offline/guards.h"
 #include "backends/offline/registry_read.h"
 #include "backends/offline/session_parts.h"
@@ -117,6 +118,7 @@ bool CleanSession::Parts::BeforeChange(const RegistryChange& change) {
   }
   // A deleted value that is put back as absent still has a name.
   if (change.kind == ChangeKind::DeleteValue) entry.after.name = change.name;
+  NoteWritten(entry, nullptr, nullptr);
   Add(std::move(entry));
   isAnnounced = true;
   return true;
@@ -144,6 +146,7 @@ bool CleanSession::Parts::BeforeFileChange(JournalAction action, const offline::
     entry.hashBefore = ContentHash(entry.content);
   }
   if (data != nullptr) entry.hashAfter = ContentHash(*data);
+  NoteWritten(entry, data, &World().world->text);
   if (offline::PathExists(target.local)) offline::ReadAttributes(target.local, entry.attributes);
   Add(std::move(entry));
   return true;

@@ -4,6 +4,7 @@
 #include "backends/offline/mounted_devices.h"
 #include "backends/offline/offline_parts.h"
 #include "backends/offline/registry_read.h"
+#include "backends/offline/session_parts.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell {
@@ -162,6 +163,7 @@ void OfflineBackend::Parts::MapMountedDevices() {
 
 void OfflineBackend::Parts::DescribeTarget(const std::string& folder) {
   target.folder = folder;
+  target.identity = offline::IdentityOf(installation);
   target.productName = installation.productName;
   target.version = installation.version;
   target.build = installation.build;
