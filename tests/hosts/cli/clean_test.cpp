@@ -209,6 +209,15 @@ TEST_F(Clean, IgnoresForGood) {
     EXPECT_EQ(result.out.find(row.part) != std::string::npos, row.isThere)
         << row.arguments << row.part << result.out << result.err;
   }
+  const json list = Answer("ignore list --windows @/C", 0)["ignored"];
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0]["id"], mine);
+  EXPECT_EQ(list[0]["reason"], "kept: 100% = mine");
+  EXPECT_TRUE(!list[0]["machine"] && list[1]["machine"]);
+  // A hidden problem is explained too, but nothing would become of it.
+  const json why = Answer("explain " + mine + " --windows @/C", 0);
+  EXPECT_TRUE(!why["problem"]["visible"] && why["complete"] && why["changes"].empty());
+  EXPECT_EQ(Answer("recover --windows @/C", 0)["outcome"], "nothing_to_do");
   EXPECT_EQ(Run("ignore remove " + mine + Where).status, 0);
   EXPECT_EQ(Run("ignore remove --machine " + all + Where).status, 0);
   EXPECT_EQ(Found().size(), found);
