@@ -13,6 +13,7 @@ _scrubwell_options() {
                  --backup --format --output" ;;
     undo) echo "$target --item --list --export --backup --format" ;;
     recover) echo "$target --format" ;;
+    sessions) echo "--keep --older-than --dry-run --yes --backup --format" ;;
     ignore) echo "$target --plugins --machine --reason --backup --format" ;;
     plugins) echo "--kinds" ;;
     '') echo "--version" ;;
@@ -25,7 +26,7 @@ _scrubwell_list() {
   local done=""
   case "$current" in *,*) done="${current%,*}," ;; esac
   mapfile -t COMPREPLY < <(compgen -P "$done" -W "$1" -- "${current##*,}")
-  compopt -o nospace 2>/dev/null
+  compopt -o nospace 2>/dev/null || true
 }
 
 _scrubwell_words() {
@@ -71,14 +72,14 @@ _scrubwell_value() {
     --drive)
       # "=" is a word of its own to bash too.
       case "$current" in *=*) current=${current#*=}; _scrubwell_files -d ;; esac ;;
-    --filter | --limit | --select | --item | --reason) ;;
+    --filter | --limit | --select | --item | --reason | --keep | --older-than) ;;
     *) return 1 ;;
   esac
 }
 
 # The words that are neither options nor their values, in $words.
 _scrubwell() {
-  local program=${COMP_WORDS[0]} commands="scan explain reg clean undo recover ignore plugins"
+  local program=${COMP_WORDS[0]} commands="scan explain reg clean undo recover sessions ignore plugins"
   local line=${COMP_LINE:0:COMP_POINT} current="" option="" word
   local -a typed words=()
   COMPREPLY=()
@@ -118,6 +119,8 @@ _scrubwell() {
   case "$command:${#words[@]}" in
     :0) _scrubwell_words "$commands" ;;
     ignore:1) _scrubwell_words "add list remove" ;;
+    sessions:1) _scrubwell_words "list prune" ;;
+    scan:1 | clean:1 | recover:1 | explain:2) _scrubwell_files -d ;;
     reg:1) _scrubwell_words "find HKLM HKCU HKCR HKU HKCC" ;;
     undo:1)
       _scrubwell_words "$("$program" undo --list --lang en 2>/dev/null | grep -o '^[0-9][^ ]*')" ;;

@@ -58,14 +58,18 @@ bool NoCase::operator()(const UnicodeString& a, const UnicodeString& b) const {
 // ---- Registry -----------------------------------------------------------------------------
 
 void TinyRegistry::AddText(UnicodeView key, UnicodeView name, UnicodeView text) {
-  for (std::size_t end = key.find(u'\\'); end != UnicodeView::npos; end = key.find(u'\\', end + 1))
-    keys_[UnicodeString(key.substr(0, end))];
   RegValue value{UnicodeString(name), REGT_SZ, {}};
   for (const char16_t unit : UnicodeString(text) + u'\0') {
     value.data.push_back(static_cast<std::uint8_t>(unit & 0xFF));
     value.data.push_back(static_cast<std::uint8_t>(unit >> 8));
   }
-  keys_[UnicodeString(key)][value.name] = value;
+  Put(UnicodeString(key), value);
+}
+
+void TinyRegistry::Put(const UnicodeString& path, const RegValue& value) {
+  for (std::size_t end = path.find(u'\\'); end != path.npos; end = path.find(u'\\', end + 1))
+    keys_[path.substr(0, end)];
+  keys_[path].insert_or_assign(value.name, value);
 }
 
 Status TinyRegistry::OpenKey(const KeyRef& key, KeyInfo& out) {
@@ -105,10 +109,10 @@ Status TinyRegistry::GetValue(const KeyRef& key, UnicodeView name, RegValue& out
   return Status::Ok;
 }
 
-// Nothing here needs to be written; a request for it is an ordinary refusal.
-Status TinyRegistry::SetValue(const KeyRef&, const RegValue&) {
-  return Status::Denied;
+Status TinyRegistry::SetValue(const KeyRef& key, const RegValue& value) {
+  return Put(FullPath(key), value), Status::Ok;
 }
+// No key needs to be made without a value; a request for it is an ordinary refusal.
 Status TinyRegistry::CreateKey(const KeyRef&) {
   return Status::Denied;
 }

@@ -36,6 +36,8 @@ class TinyRegistry final : public scrubwell::IRegistry {
   scrubwell::Status CheckAccess(const scrubwell::KeyRef& key, scrubwell::Access access) override;
 
  private:
+  void Put(const scrubwell::UnicodeString& path, const scrubwell::RegValue& value);
+
   using Values = std::map<scrubwell::UnicodeString, scrubwell::RegValue, NoCase>;
   std::map<scrubwell::UnicodeString, Values, NoCase> keys_;
 };

@@ -21,6 +21,10 @@ void ReleaseEntry(THashList::Value entry) {
   delete static_cast<TIgnoredProblem*>(entry);
 }
 
+RootKey ListRoot(bool machine) {
+  return machine ? Platform().product.root : HKEY_CURRENT_USER;
+}
+
 void LoadFrom(RootKey root, UnicodeView key) {
   TStringList names;
   TStringList data;
@@ -80,6 +84,19 @@ UnicodeString IgnoredProblemsKey() {
   // No key path begins with a backslash.
   if (!key.empty() && !key.ends_with(u'\\')) key += u'\\';
   return key.append(u"Scrubwell\\IgnoredProblems");
+}
+
+Status StoreIgnoredProblem(const TSweepError& error, const TIgnoredProblem& entry, bool machine) {
+  const UnicodeString data = BuildIgnoredProblemData(BuildErrorIdentificationString(error),
+                                                     entry.Text1, entry.Text2, entry.Text3);
+  const UnicodeString key = IgnoredProblemsKey();
+  return Platform().registry.SetValue({ListRoot(machine), key, View::Native},
+                                      {entry.StoredName, REGT_SZ, TextData(data)});
+}
+
+Status RemoveIgnoredProblem(UnicodeView storedName, bool machine) {
+  const UnicodeString key = IgnoredProblemsKey();
+  return Platform().registry.DeleteValue({ListRoot(machine), key, View::Native}, storedName);
 }
 
 void LoadIgnoredProblems() {

@@ -112,7 +112,9 @@ bool TRCPlugin::ShowCleanItem(UnicodeView actionCaption, UnicodeView subCaption,
   return true;
 }
 
+// Every Init ends here, so that no scan answers from what an earlier one has looked up.
 void TRCPlugin::SetFScanItemCount(std::int32_t count) {
+  ForgetLookups();
   FScanItemsDone = 0;
   FScanItemCount = count;
   FPromillePerItem = PromillePerItem(count);
@@ -127,6 +129,7 @@ void TRCPlugin::SetFCleanItemCount(std::int32_t count) {
 }
 
 void TRCPlugin::InitClean() {
+  ForgetLookups();
   StopSearch = false;
   FCleanFailures = 0;
   std::int32_t count = 0;

@@ -7,6 +7,7 @@
 
 #include "framework/Rc_baseplugin.h"
 #include "framework/exclusions.h"
+#include "registry/PathResolver.h"
 #include "registry/Stringhelper.h"
 #include "registry/Zmregistry.h"
 
@@ -168,6 +169,10 @@ void TSweepErrorList::Clear() {
   records_.clear();
   slots_.clear();
   taken_ = 0;
+}
+
+void ForgetLookups() {
+  paths::ForgetLookups();
 }
 
 // ---- Problem state ------------------------------------------------------------------------

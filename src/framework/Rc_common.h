@@ -122,6 +122,13 @@ bool DataItemHasName(UnicodeView item, UnicodeView name, UnicodeView& value);
 UnicodeString GetErrorStringValue(const TStringList& data, std::int32_t high, UnicodeView name);
 UnicodeString GetErrorStringValue(const TStringList& data, UnicodeView name);
 
+// ---- Memory -------------------------------------------------------------------------------
+
+/// Forgets what was looked up so far: variables, the folders of the search order, which file a text
+/// means. The package does so itself when a plugin counts its work anew and when a cleaning pass is
+/// prepared; a host whose world has changed meanwhile may ask for it at any time.
+void ForgetLookups();
+
 // ---- Templates ----------------------------------------------------------------------------
 
 /// Fills the placeholders of a template from the data items. A placeholder whose item is missing
@@ -155,24 +162,37 @@ UnicodeString IgnoredProblemsKey();
 /// The stored form of one entry, which AddIgnoredProblem parses.
 UnicodeString BuildIgnoredProblemData(UnicodeView identification, UnicodeView text1,
                                       UnicodeView text2, UnicodeView text3);
+/// Writes an entry for the problem, or replaces the one of the same StoredName: to the list of the
+/// host's product key, which is the machine's, or to the current user's. IgnoredProblems stays as
+/// it was loaded.
+Status StoreIgnoredProblem(const TSweepError& error, const TIgnoredProblem& entry, bool machine);
+/// Takes the entry of that name off one of the two lists; Absent when there is none.
+Status RemoveIgnoredProblem(UnicodeView storedName, bool machine);
 
 // ---- Progress -----------------------------------------------------------------------------
 
 /// Half to even, like every rounding of progress and weights.
 std::int32_t RoundHalfEven(double value);
 
-/// Combines the per-mille progress of weighted work items into one figure and times them.
+/// Combines the per-mille progress of weighted work items into one figure and times them. The
+/// operations are virtual so that a host of the loadable module can call them on a manager that the
+/// module made.
 class TProgressManager {
  public:
-  void AddItem(UnicodeView name, std::int32_t count, std::int32_t weight);
-  void SetProgress(UnicodeView name, std::int32_t promille);
-  void BeginItem(UnicodeView name);
-  void EndItem(UnicodeView name);
+  TProgressManager() = default;
+  virtual ~TProgressManager() = default;
+  TProgressManager(const TProgressManager&) = delete;
+  TProgressManager& operator=(const TProgressManager&) = delete;
+
+  virtual void AddItem(UnicodeView name, std::int32_t count, std::int32_t weight);
+  virtual void SetProgress(UnicodeView name, std::int32_t promille);
+  virtual void BeginItem(UnicodeView name);
+  virtual void EndItem(UnicodeView name);
   /// Releases the items; the timing log stays.
-  void Clear();
+  virtual void Clear();
   [[nodiscard]] std::int32_t TotalItems() const { return FTotalItems; }
-  [[nodiscard]] std::int32_t GetDoneItems() const;
-  [[nodiscard]] std::int32_t GetTotalProgress() const;
+  [[nodiscard]] virtual std::int32_t GetDoneItems() const;
+  [[nodiscard]] virtual std::int32_t GetTotalProgress() const;
   [[nodiscard]] const TStringList& TimingLog() const { return FTimingLog; }
 
  private:

@@ -73,6 +73,7 @@ class Sample:
 def neutral(line):
     line = re.sub(SESSION, "SESSION", line)
     line = re.sub(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ", "TIME", line)
+    line = re.sub(r"size: [\d.]+ \wB", "size: S", line)
     return re.sub(r"took \d+\.\d s", "took T s", line)
 
 

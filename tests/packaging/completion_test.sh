@@ -24,8 +24,11 @@ while IFS='|' read -r typed expected; do
   esac || { echo "'$typed' offers '$offered', not '$expected'"; failed=1; }
   [ ! -s "$work/said" ] || { cat "$work/said"; failed=1; }
 done <<'ROWS'
-scrubwell s|scan
-scrubwell --lang de |clean explain ignore plugins recover reg scan undo
+scrubwell s|scan sessions
+scrubwell --lang de |clean explain ignore plugins recover reg scan sessions undo
+scrubwell scan |disk
+scrubwell sessions |list prune
+scrubwell sessions prune --k|--keep
 scrubwell --lang |de en
 scrubwell --v|--version
 scrubwell scan --fa|--fail-on

@@ -18,6 +18,10 @@ def help_of(*command):
     text = subprocess.run([program, *command, "--help", "--lang", "en"], capture_output=True,
                           text=True, check=True).stdout
     options = {}
+    german = subprocess.run([program, *command, "--help", "--lang", "de"], capture_output=True,
+                            text=True, check=True).stdout
+    faults.extend(f"help is too wide: {line}" for line in (text + german).splitlines()
+                  if len(line) > 100)
     for line in text.splitlines():
         found = re.match(r"  (?:-\w,)?(--[\w-]+)(?: (?!\()(\S+))?", line)
         if found:

@@ -76,6 +76,11 @@ TEST(Module, LoadsNestedAndKeepsItsState) {
   EXPECT_EQ(package->CreateBrowserHelperObjects()->GetCount(), 0);
   package->ClearSweepErrors();
   EXPECT_EQ((*package->SweepErrors)->Count(), 0);
+  // What the scan before has looked up is not the answer any more.
+  ASSERT_EQ(backend.Files().Add("C:\\gone.dll"), "");
+  plugin->Init();
+  plugin->Scan();
+  EXPECT_EQ((*package->SweepErrors)->Count(), 0);
 
   unload();
   EXPECT_EQ(*package->Plugins, nullptr);

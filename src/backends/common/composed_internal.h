@@ -1,7 +1,9 @@
 // How the composed registry finds keys. Not for use outside this folder.
 #pragma once
 
+#include <map>
 #include <span>
+#include <tuple>
 
 #include "backends/common/composed_registry.h"
 #include "backends/common/view_tables.h"
@@ -9,8 +11,10 @@
 
 namespace scrubwell {
 
-/// More links than this in one path are taken for a circle.
+/// More links than this on the way to a key are taken for a circle.
 inline constexpr int kMaxLinks = 16;
+/// A look-up that had to follow this many, all its sides and targets counted, has gone astray.
+inline constexpr int kMaxFollowed = 8 * kMaxLinks;
 
 struct ComposedRegistry::MountPoint {
   UnicodeString place;  // as mounted
@@ -36,7 +40,8 @@ struct ComposedRegistry::Node {
   MountPoint* mount = nullptr;  // known also where the key is absent
   IHive::Key key = IHive::NoKey;
   Status status = Status::Absent;
-  Box box = Box::None;  // the roots that hold hives are no keys of a hive
+  Box box = Box::None;    // the roots that hold hives are no keys of a hive
+  std::uint16_t way = 0;  // through which links it was reached; see Ways
 
   [[nodiscard]] bool Ok() const { return status == Status::Ok; }
   [[nodiscard]] bool Failed() const { return status != Status::Ok && status != Status::Absent; }
@@ -66,6 +71,35 @@ struct ComposedRegistry::Trail {
   UnicodeString userBase;
   UnicodeString machineBase;
   MountPoint* userMount = nullptr;
+};
+
+/// The ways that lead to keys through links. A way is a number; 0 leads through none. Without them
+/// links to keys above themselves would make an endless tree of a small registry.
+class ComposedRegistry::Ways {
+ public:
+  static constexpr std::uint16_t kNone = 0xFFFF;
+  /// Far more than any system has. Keys behind further ones are not known, so that what there is to
+  /// see stays in proportion to what there is.
+  static constexpr std::size_t kMost = 1U << 10;
+
+  /// The way on through that link; kNone where it has led through the link before, or is too long.
+  std::uint16_t Through(std::uint16_t way, const Node& link);
+  /// One way after the other.
+  std::uint16_t Joined(std::uint16_t first, std::uint16_t second);
+  void Clear() { steps_.resize(1), next_.clear(); }
+
+ private:
+  struct Step {
+    const MountPoint* mount = nullptr;
+    IHive::Key key = IHive::NoKey;
+    std::uint16_t before = 0;
+    std::uint16_t length = 0;
+  };
+  using Onward = std::tuple<std::uint16_t, const MountPoint*, IHive::Key>;
+  std::uint16_t Through(std::uint16_t way, const Step& link);
+
+  std::vector<Step> steps_ = std::vector<Step>(1);
+  std::map<Onward, std::uint16_t> next_;
 };
 
 /// Resolved keys by root, view and path. A newer key takes an older one's slot; the number of

@@ -57,6 +57,7 @@ UnicodeString DeletionMark(UnicodeView mount, UnicodeView path, UnicodeView name
 ComposedRegistry::ComposedRegistry(ComposedSettings settings)
     : settings_(std::move(settings)),
       tables_(std::make_unique<detail::ViewTables>(settings_.is64Bit, settings_.rules)),
+      ways_(std::make_unique<Ways>()),
       cache_(std::make_unique<Cache>()) {}
 
 ComposedRegistry::~ComposedRegistry() = default;
@@ -98,6 +99,7 @@ void ComposedRegistry::MountFailed(UnicodeView place, Status why) {
 
 void ComposedRegistry::Invalidate() {
   cache_->Clear();
+  ways_->Clear();
 }
 
 void ComposedRegistry::ForgetDeletions() {

@@ -59,7 +59,8 @@ struct ViewRule;
 /// The registry of one installation. Borrows its hives, which must outlive it. One thread at a
 /// time, as every platform interface.
 ///
-/// Outcomes: a key below a hive that is not mounted is Unknown, below a damaged place Corrupt.
+/// Outcomes: a key below a hive that is not mounted is Unknown, below a damaged place Corrupt. One
+/// that is reached through more than 16 links, or through one link twice, is Unknown.
 /// Where a key is merged of two and one of them can't be read, reading answers why: nobody may
 /// conclude anything from the half that can.
 ///
@@ -117,6 +118,7 @@ class ComposedRegistry final : public IRegistry {
   struct Node;
   struct Place;
   struct Trail;
+  class Ways;
   class Cache;
   class Resolver;
 
@@ -142,6 +144,7 @@ class ComposedRegistry final : public IRegistry {
   ComposedSettings settings_;
   std::unique_ptr<detail::ViewTables> tables_;
   std::vector<std::unique_ptr<MountPoint>> mounts_;
+  std::unique_ptr<Ways> ways_;
   std::unique_ptr<Cache> cache_;
   std::unordered_set<UnicodeString> deleted_;
   Judged judged_[2];

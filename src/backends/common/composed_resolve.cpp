@@ -64,6 +64,30 @@ void AppendPart(UnicodeString* trail, UnicodeView name) {
 
 }  // namespace
 
+// ---- Ways ---------------------------------------------------------------------------------
+
+std::uint16_t ComposedRegistry::Ways::Through(std::uint16_t way, const Node& link) {
+  return Through(way, Step{link.mount, link.key, 0, 0});
+}
+
+std::uint16_t ComposedRegistry::Ways::Through(std::uint16_t way, const Step& link) {
+  if (way == kNone || steps_[way].length == kMaxLinks) return kNone;
+  for (std::uint16_t at = way; at != 0; at = steps_[at].before)
+    if (steps_[at].mount == link.mount && steps_[at].key == link.key) return kNone;
+  const auto [known, fresh] =
+      next_.try_emplace({way, link.mount, link.key}, static_cast<std::uint16_t>(steps_.size()));
+  if (!fresh) return known->second;
+  if (steps_.size() == kMost) return next_.erase(known), kNone;
+  steps_.push_back({link.mount, link.key, way, static_cast<std::uint16_t>(steps_[way].length + 1)});
+  return known->second;
+}
+
+std::uint16_t ComposedRegistry::Ways::Joined(std::uint16_t first, std::uint16_t second) {
+  if (second == 0) return first;
+  const Step last = steps_[second];
+  return Through(Joined(first, last.before), last);
+}
+
 // ---- Cache --------------------------------------------------------------------------------
 
 std::uint64_t ComposedRegistry::Cache::HashBelow(std::uint64_t hash, UnicodeView part) {
@@ -207,8 +231,10 @@ ComposedRegistry::Node ComposedRegistry::Resolver::Child(const Node& parent, Uni
 ComposedRegistry::Node ComposedRegistry::Resolver::FollowLink(const Node& link,
                                                               UnicodeString* trail) {
   Node broken = link;
+  broken.status = Status::Unknown;
+  const std::uint16_t way = registry_.ways_->Through(link.way, link);
+  if (++links_ > kMaxFollowed || way == Ways::kNone) return broken;
   broken.status = Status::Corrupt;
-  if (++links_ > kMaxLinks) return broken;
   RegValue value;
   const Status status = link.Hive().Value(link.key, kLinkValue, value);
   if (status != Status::Ok || value.type != REGT_LINK) return broken;
@@ -222,11 +248,15 @@ ComposedRegistry::Node ComposedRegistry::Resolver::FollowLink(const Node& link,
   if (!isMachine && !StartsWith(target, users)) return broken;
   Trail inner;
   Resolver resolver(registry_, false, links_, trail != nullptr ? &inner : nullptr);
-  const Place place =
+  Place place =
       resolver.Find(isMachine ? RootKey::LocalMachine : RootKey::Users,
                     UnicodeView(target).substr(isMachine ? machine.size() : users.size()), true);
   if (trail != nullptr) *trail = inner.machine;
-  return place.machine;
+  if (!place.machine.Ok()) return place.machine;
+  place.machine.way = registry_.ways_->Joined(way, place.machine.way);
+  if (place.machine.way != Ways::kNone) return place.machine;
+  broken.status = Status::Unknown;
+  return broken;
 }
 
 // ---- Roots --------------------------------------------------------------------------------

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "backends/common/target.h"
@@ -52,6 +53,14 @@ enum class JournalAction : std::uint8_t {
   RemoveFirewallApplication,  ///< the place is the program's file, the name what the list calls it
 };
 
+/// What a change puts in place of what.
+struct WrittenContent {
+  std::optional<RegValue> before;  ///< of a value; none where there was none
+  std::optional<RegValue> after;
+  TStringList linesBefore;  ///< of a file of settings: the lines that change
+  TStringList linesAfter;   ///< what stands in their place then
+};
+
 /// One change, as the user is shown it. The data to undo it is kept beside.
 struct JournalItem {
   std::string id;  ///< "1", "2", ...: the order in which the changes are made
@@ -65,6 +74,8 @@ struct JournalItem {
   std::uint64_t values = 0;   ///< in a key that goes and all below it
   std::uint64_t bytes = 0;    ///< of the value or file that goes
   bool undone = false;        ///< put back since; only in what ReadSession gives
+  /// Null where nothing is written, or nothing that could be shown.
+  std::shared_ptr<const WrittenContent> written = nullptr;
 
   static constexpr std::size_t NoProblem = static_cast<std::size_t>(-1);
 };
@@ -134,6 +145,25 @@ std::string DefaultBackupFolder();
 
 /// All sessions of a backup folder (empty: the default one), the oldest first.
 std::vector<SessionInfo> ListSessions(const std::string& backupFolder);
+
+/// The newest clean of that Windows that was carried out; empty when there is none.
+std::string NewestSession(const std::string& backupFolder, UnicodeView identity);
+
+/// The bytes of all files in a session's folder.
+std::uint64_t SessionSize(const SessionInfo& session);
+
+/// Which sessions may go. Where both are given, both must allow it.
+struct PruneLimits {
+  std::optional<std::size_t> keep;     ///< the newest ones that stay
+  std::optional<std::size_t> minDays;  ///< younger ones stay
+};
+/// Those of the sessions, oldest first, that may go. One that waits for Recover, or whose journal
+/// can't be read, is never among them.
+std::vector<SessionInfo> SessionsToPrune(const std::vector<SessionInfo>& sessions,
+                                         const PruneLimits& limits);
+/// Removes the session's folder with all that is in it: it can't be put back any more. Empty, or
+/// one sentence that says why not.
+std::string RemoveSession(const SessionInfo& session);
 
 /// One session; the empty name is the newest clean that was carried out. A journal that is cut or
 /// was tampered with is Unreadable.

@@ -4,6 +4,7 @@
 
 #include "backends/common/journal.h"
 #include "backends/common/local_file.h"
+#include "backends/common/written.h"
 #include "formats/reg/reg_text.h"
 #include "registry/Stringhelper.h"
 
@@ -60,6 +61,15 @@ std::vector<SessionInfo> ListSessions(const std::string& backupFolder) {
   return sessions;
 }
 
+std::string NewestSession(const std::string& backupFolder, UnicodeView identity) {
+  const std::vector<SessionInfo> sessions = ListSessions(backupFolder);
+  for (auto info = sessions.rbegin(); info != sessions.rend(); ++info) {
+    if (!info->carriedOut || !info->undoes.empty() || !info->error.empty()) continue;
+    if (LoadJournal(info->folder).identity == identity) return info->name;
+  }
+  return {};
+}
+
 SessionContent ReadSession(const std::string& backupFolder, const std::string& session) {
   SessionContent content;
   std::string name = session;
@@ -80,6 +90,7 @@ SessionContent ReadSession(const std::string& backupFolder, const std::string& s
   content.info = std::move(journal.info);
   content.problems = std::move(journal.problems);
   for (JournalEntry& entry : journal.entries) {
+    NoteWritten(entry, nullptr, nullptr);
     content.items.push_back(std::move(entry.item));
   }
   content.error = content.info.error;

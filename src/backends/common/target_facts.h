@@ -23,6 +23,7 @@ struct TargetUser {
 /// What was found at the target, for the host to show.
 struct TargetFacts {
   std::string folder;         ///< as given in the options
+  UnicodeString identity;     ///< what tells one Windows from another, whatever drive it is on
   UnicodeString productName;  ///< for example "Windows 7 Professional"; may be empty
   UnicodeString version;      ///< for example "6.1"
   std::uint32_t build = 0;    ///< 0 when it is not known

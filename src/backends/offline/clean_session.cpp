@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "backends/common/content_digest.h"
+#include "backends/common/written.h"
 #include "backends/offline/guards.h"
 #include "backends/offline/registry_read.h"
 #include "backends/offline/session_parts.h"
@@ -146,6 +147,7 @@ bool CleanSession::Parts::BeforeChange(const RegistryChange& change) {
   }
   // A deleted value that is put back as absent still has a name.
   if (change.kind == ChangeKind::DeleteValue) entry.after.name = change.name;
+  NoteWritten(entry, nullptr, nullptr);
   Add(std::move(entry));
   isAnnounced = true;
   return true;
@@ -181,6 +183,7 @@ bool CleanSession::Parts::BeforeFileChange(JournalAction action, const offline::
                        u"; it is left as it is");
     return false;
   }
+  NoteWritten(entry, data, &World().world->text);
   Add(std::move(entry));
   return true;
 }

@@ -4,6 +4,7 @@
 #include "backends/offline/offline_parts.h"
 #include "backends/offline/pending.h"
 #include "backends/offline/registry_read.h"
+#include "backends/offline/session_parts.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell {
@@ -158,6 +159,7 @@ void OfflineBackend::Parts::MapMountedDevices() {
 
 void OfflineBackend::Parts::DescribeTarget(const std::string& folder) {
   target.folder = folder;
+  target.identity = offline::IdentityOf(installation);
   target.productName = installation.productName;
   target.version = installation.version;
   target.build = installation.build;

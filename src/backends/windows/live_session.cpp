@@ -4,6 +4,7 @@
 #include <set>
 
 #include "backends/common/local_file.h"
+#include "backends/common/written.h"
 #include "backends/windows/live_parts.h"
 #include "registry/Stringhelper.h"
 #include "registry/Zmregistry.h"
@@ -81,6 +82,7 @@ Status LiveSession::Add(PlannedChange change) {
   if (status != Status::Ok) return status;
   change.entry.item.id = std::to_string(plan_.size() + 1);
   change.entry.item.problem = problem_;
+  NoteWritten(change.entry, &change.data, &backend_.Platform().text);
   items_.push_back(change.entry.item);
   plan_.push_back(std::move(change));
   return Status::Ok;

@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "backends/windows/com_factories.h"
+#include "backends/windows/live_parts.h"
 #include "backends/windows/windows_files.h"
 #include "backends/windows/windows_profiles.h"
 #include "backends/windows/windows_registry.h"
@@ -79,6 +80,7 @@ struct WindowsBackend::Parts {
     facts.systemRoot = system.WindowsDir();
     if (!facts.systemRoot.empty()) facts.driveLetter = facts.systemRoot.front();
     facts.productName = ProductName(registry);
+    facts.identity = IdentityOf(registry);
     facts.userSid = OwnSid();
     system.Environment(u"USERNAME", View::Native, facts.userName);
   }

@@ -16,7 +16,7 @@ struct WindowsOptions {
   bool mayChange = false;
   /// Files are copied below this folder before they are changed; empty: such changes are Denied.
   UnicodeString backupFolder;
-  ProductKey product{RootKey::CurrentUser, u"Software\\Scrubwell"};
+  ProductKey product;
 };
 
 /// The system that this process runs on, for the user that it runs as. A process of either width

@@ -12,6 +12,46 @@ namespace {
 constexpr UnicodeView kClasses = u"Software\\Classes";
 constexpr UnicodeView kWow = u"Wow6432Node";
 
+bool IsLink(HKEY root, UnicodeView path, REGSAM view, UnicodeString& name) {
+  RegKey key;
+  RegValue target;
+  if (key.Open(root, path, KEY_QUERY_VALUE | view, true) != Status::Ok) return false;
+  if (key.Value(u"SymbolicLinkValue", target) != Status::Ok || target.type != REG_LINK)
+    return false;
+  name = UpperCase(key.PhysicalName());
+  return true;
+}
+
+// Whether the path leads through too many links, or through one of them twice. Part by part,
+// because the key at its end doesn't tell what was passed on the way.
+bool GoesAstray(HKEY root, UnicodeView path, REGSAM view) {
+  constexpr std::size_t kMaxLinks = 16;
+  std::unordered_set<UnicodeString> passed;
+  UnicodeString name;
+  for (std::size_t end = 0; end < path.size(); ++end) {
+    end = std::min(path.find(u'\\', end), path.size());
+    if (!IsLink(root, path.substr(0, end), view, name)) continue;
+    if (!passed.insert(name).second || passed.size() > kMaxLinks) return true;
+  }
+  return false;
+}
+
+// Every way that has no end passes a link of the same name again. Few other paths name anything
+// twice, so that only they have to be looked at.
+bool MayGoAstray(UnicodeView path) {
+  constexpr std::size_t kManyParts = 16;
+  std::vector<UnicodeView> parts;
+  for (std::size_t from = 0; from <= path.size();) {
+    const std::size_t to = std::min(path.find(u'\\', from), path.size());
+    const UnicodeView part = path.substr(from, to - from);
+    for (const UnicodeView other : parts)
+      if (SameText(part, other)) return true;
+    parts.push_back(part);
+    from = to + 1;
+  }
+  return parts.size() > kManyParts;
+}
+
 /// One physical place that a key reference leads to.
 struct Side {
   HKEY root = nullptr;
@@ -23,6 +63,7 @@ struct Side {
   Status Open(REGSAM access, bool asLink = false) {
     if (root == nullptr) return status;
     status = key.Open(root, path, access | view, asLink);
+    if (Ok() && MayGoAstray(path) && GoesAstray(root, path, view)) status = Status::Unknown;
     return status;
   }
   [[nodiscard]] bool Ok() const { return status == Status::Ok; }

@@ -27,7 +27,8 @@ class WindowsTasks final : public ITasks {
   Status Register(UnicodeView job, UnicodeView file);
 
  private:
-  Status Activate(UnicodeView job, ComPtr<ITask>& out);
+  /// The task of exactly that file, with the name that this scheduler knows it by.
+  Status Activate(UnicodeView job, ComPtr<ITask>& out, UnicodeString& name);
   Status InWorkingFolder(ITask& task, UnicodeString& application);
 
   bool mayChange_;

@@ -1,13 +1,16 @@
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <set>
 #include <tuple>
 
+#include "backends/common/local_file.h"
 #include "hosts/cli/clean_report.h"
 #include "hosts/cli/commands.h"
 #include "hosts/cli/console.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/cli/progress_line.h"
+#include "hosts/cli/shell_words.h"
 #include "hosts/cli/stop_signals.h"
 #include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
@@ -32,6 +35,38 @@ int RefuseSelection(const SelectResult& selection) {
     default:
       return Fail(WrongUse, Say(texts::UnknownProblem, {selection.id}));
   }
+}
+
+std::string Absolute(const std::string& path) {
+  std::error_code error;
+  const auto whole = std::filesystem::absolute(LocalPath(path), error).lexically_normal();
+  const std::u8string text = whole.u8string();
+  return error ? path : std::string(text.begin(), text.end());
+}
+
+// "E=/mnt/e", with the kind where it is no fixed one.
+std::string DriveText(const DriveOption& drive) {
+  constexpr std::pair<DriveKind, std::string_view> kinds[] = {{DriveKind::Removable, ":removable"},
+                                                              {DriveKind::CdRom, ":cdrom"},
+                                                              {DriveKind::Network, ":network"}};
+  std::string text{static_cast<char>(drive.letter), '='};
+  text += Absolute(drive.folder);
+  for (const auto& [kind, suffix] : kinds)
+    if (kind == drive.kind) text += suffix;
+  return text;
+}
+
+// What puts the session back, from whichever folder and however often backups went elsewhere.
+std::string UndoCommandOf(const CleanCommand& command, const std::string& session) {
+  std::vector<std::string> words = {"scrubwell", "undo", session};
+  const auto add = [&words](const char* option, const std::string& value) {
+    words.insert(words.end(), {option, value});
+  };
+  const TargetOptions& target = command.scan.target;
+  if (!target.folder.empty()) add("--windows", Absolute(target.folder));
+  for (const DriveOption& drive : target.drives) add("--drive", DriveText(drive));
+  if (!command.backup.empty()) add("--backup", Absolute(command.backup));
+  return TargetIsRunningSystem() ? CmdLine(words) : ShellLine(words);
 }
 
 // One pass of scan and clean over an installation. All changes stay in memory until Commit, and
@@ -64,6 +99,7 @@ class CleanPass {
     // A request that came in up to here still counts.
     if (StopRequested()) return SayStopped();
     report_.commit = session_->Commit();
+    report_.undoCommand = UndoCommandOf(command_, report_.commit.session);
     if (report_.commit.failure == CleanFailure::None) return std::nullopt;
     return Fail(CodeOf(report_.commit.failure), report_.commit.error);
   }
@@ -102,10 +138,19 @@ class CleanPass {
 };
 
 using Change = std::tuple<JournalAction, UnicodeString, UnicodeString, std::uint64_t, std::uint64_t,
-                          std::uint64_t>;
+                          std::uint64_t, Bytes, TStringList>;
 
 Change Key(const JournalItem& item) {
-  return {item.action, item.place, item.name, item.subkeys, item.values, item.bytes};
+  const WrittenContent none;
+  const WrittenContent& written = item.written != nullptr ? *item.written : none;
+  return {item.action,
+          item.place,
+          item.name,
+          item.subkeys,
+          item.values,
+          item.bytes,
+          written.after ? written.after->data : Bytes(),
+          written.linesAfter};
 }
 
 // Whether nothing goes that the user has not agreed to.

@@ -18,7 +18,8 @@ struct CleanReport {
   std::vector<JournalItem> items;
   TStringList notes;
   bool dryRun = false;
-  CommitResult commit;  ///< empty for a dry run
+  CommitResult commit;      ///< empty for a dry run
+  std::string undoCommand;  ///< puts all of it back, ready for the shell
 };
 
 /// The changes, each below the problem it is made for. The texts are UTF-8 for people.
@@ -28,6 +29,8 @@ std::string ResultText(const CleanReport& report, std::size_t width, bool withCh
 /// Plan and result in one object; docs/json.md describes it.
 std::string CleanJson(const CleanReport& report);
 
+/// "345 B", "1.2 KB", "17 MB".
+std::string SizeText(std::uint64_t bytes);
 std::string SessionsText(const std::vector<SessionInfo>& sessions);
 std::string SessionsJson(const std::vector<SessionInfo>& sessions);
 std::string SessionText(const SessionContent& session);

@@ -2,6 +2,7 @@
 
 #include "hosts/cli/clean_report.h"
 #include "hosts/report/json_writer.h"
+#include "hosts/report/registry_text.h"
 
 namespace scrubwell::hosts {
 
@@ -44,6 +45,25 @@ void WriteItem(JsonWriter& json, const JournalItem& item) {
   json.Key("bytes").Number(static_cast<std::int64_t>(item.bytes));
 }
 
+void WriteLines(JsonWriter& json, const TStringList& lines) {
+  json.BeginArray();
+  for (const UnicodeString& line : lines) json.Text(line);
+  json.EndArray();
+}
+
+// Members that a change has only where it writes something that can be shown.
+void WriteWritten(JsonWriter& json, const JournalItem& item) {
+  if (item.written == nullptr) return;
+  const WrittenContent& written = *item.written;
+  if (!written.after) {
+    WriteLines(json.Key("before"), written.linesBefore);
+    WriteLines(json.Key("after"), written.linesAfter);
+    return;
+  }
+  if (written.before) WriteValue(json.Key("before"), *written.before);
+  WriteValue(json.Key("after"), *written.after);
+}
+
 void WriteCleaned(JsonWriter& json, const CleanedProblem& problem) {
   json.BeginObject();
   json.Key("id").Text(problem.id);
@@ -67,6 +87,7 @@ void WriteSession(JsonWriter& json, const SessionInfo& session) {
   json.Key("items").Number(static_cast<std::int64_t>(session.items));
   json.Key("undone").Number(static_cast<std::int64_t>(session.undone));
   json.Key("carried_out").Bool(session.carriedOut);
+  json.Key("bytes").Number(static_cast<std::int64_t>(SessionSize(session)));
   json.Key("error").Text(session.error);
 }
 
@@ -82,6 +103,7 @@ void WriteChanges(JsonWriter& json, const std::vector<JournalItem>& items,
     json.Key("problem").Text(ProblemOf(items[i], problems));
     json.Key("emptied").Bool(emptied[i]);
     json.Key("undone").Bool(items[i].undone);
+    WriteWritten(json, items[i]);
     json.EndObject();
   }
   json.EndArray();

@@ -7,6 +7,7 @@
 #include "hosts/cli/clean_report.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
+#include "hosts/report/registry_text.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
@@ -65,6 +66,28 @@ std::string ItemLine(const JournalItem& item, bool emptied) {
   return line + Remark(item, emptied);
 }
 
+std::string Indented(std::size_t indent, const std::string& line) {
+  return std::string(indent, ' ') + line + '\n';
+}
+
+// What is written in place of what, on lines of their own.
+std::string WrittenLines(const JournalItem& item, std::size_t indent) {
+  constexpr std::size_t mostBytes = 32;
+  if (item.written == nullptr) return {};
+  const WrittenContent& written = *item.written;
+  if (written.after) {
+    const std::string before =
+        written.before ? DataText(*written.before, mostBytes) : Say(texts::NoValueBefore);
+    return Indented(indent, before + " \u2192 " + DataText(*written.after, mostBytes));
+  }
+  std::string out;
+  for (const UnicodeString& line : written.linesBefore)
+    out += Indented(indent, "- " + Printable(line));
+  for (const UnicodeString& line : written.linesAfter)
+    out += Indented(indent, "+ " + Printable(line));
+  return out;
+}
+
 std::string Padded(const std::string& text, std::size_t width) {
   return std::string(width - std::min(width, text.size()), ' ') + text;
 }
@@ -75,8 +98,9 @@ class Changes {
   explicit Changes(const CleanReport& report) : items_(report.items) {
     const std::vector<bool> emptied = EmptiedParents(items_);
     for (std::size_t i = 0; i < items_.size(); ++i) {
-      byProblem_[ProblemOf(items_[i], report.journal)] +=
-          Padded(items_[i].id, 8) + "  " + ItemLine(items_[i], emptied[i]) + '\n';
+      byProblem_[ProblemOf(items_[i], report.journal)] += Padded(items_[i].id, 8) + "  " +
+                                                          ItemLine(items_[i], emptied[i]) + '\n' +
+                                                          WrittenLines(items_[i], 14);
     }
   }
   [[nodiscard]] std::string Of(const std::string& problem) const {
@@ -181,7 +205,7 @@ std::string ChangesText(const std::vector<JournalItem>& items) {
   const std::vector<bool> emptied = EmptiedParents(items);
   std::string out;
   for (std::size_t i = 0; i < items.size(); ++i) {
-    out += "  " + ItemLine(items[i], emptied[i]) + '\n';
+    out += "  " + ItemLine(items[i], emptied[i]) + '\n' + WrittenLines(items[i], 6);
   }
   return out;
 }
@@ -212,12 +236,23 @@ std::string ResultText(const CleanReport& report, std::size_t width, bool withCh
   AppendCounts(out, report.result);
   if (!report.commit.session.empty()) {
     out += Say(texts::BackupLine, {report.commit.folder}) + '\n';
-    out += Say(texts::UndoHint, {report.commit.session}) + '\n';
+    out += Say(texts::UndoHint, {report.undoCommand}) + '\n';
   }
   return out;
 }
 
 // ---- Sessions ------------------------------------------------------------------------------
+
+std::string SizeText(std::uint64_t bytes) {
+  constexpr std::string_view units[] = {"B", "KB", "MB", "GB", "TB"};
+  std::size_t unit = 0;
+  std::uint64_t tenths = bytes * 10;
+  for (; tenths >= 10240 && unit + 1 < std::size(units); ++unit) tenths = (tenths + 512) / 1024;
+  std::string text = std::to_string(tenths / 10);
+  // Below ten, the first decimal still tells something.
+  if (unit > 0 && tenths < 100) text += '.' + std::to_string(tenths % 10);
+  return text + ' ' + std::string(units[unit]);
+}
 
 std::string SessionsText(const std::vector<SessionInfo>& sessions) {
   if (sessions.empty()) return Say(texts::NoSessions) + '\n';
@@ -225,6 +260,7 @@ std::string SessionsText(const std::vector<SessionInfo>& sessions) {
   for (const SessionInfo& session : sessions) {
     out += Say(texts::SessionLine, {session.name, session.time, std::to_string(session.items),
                                     std::to_string(session.undone)});
+    out += ", " + Say(texts::SessionSizeWord, {SizeText(SessionSize(session))});
     if (!session.undoes.empty()) out += ", " + Say(texts::SessionUndoes, {session.undoes});
     if (!session.carriedOut) out += ", " + Say(texts::SessionPending);
     out += "\n    " + session.target;
@@ -248,7 +284,7 @@ std::string SessionText(const SessionContent& session) {
     shown = item.problem;
     out += Padded(item.id, 8) + "  " + ItemLine(item, emptied[i]);
     if (item.undone) out += ": " + Say(texts::ItemUndone);
-    out += '\n';
+    out += '\n' + WrittenLines(item, 14);
   }
   return out;
 }

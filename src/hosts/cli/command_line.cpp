@@ -3,10 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <utility>
 
 #include "hosts/cli/environment.h"
 #include "hosts/cli/targets.h"
+#include "hosts/report/columns.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
@@ -21,10 +23,12 @@ constexpr std::string_view AllUsers = "all";
 // The options as they were typed.
 struct RawOptions {
   TargetOptions target;
+  std::vector<std::string> folders;  // all that were given for the one
+  std::string place;                 // one without its option
   bool live = false;
   std::vector<std::string> drives;
   std::vector<std::string> plugins;
-  std::string format = "text";
+  std::string format;
   std::string output;
   std::string language;
   bool all = false;
@@ -51,6 +55,8 @@ struct RawOptions {
   std::vector<std::string> words;
   std::string view;
   std::string key;
+  std::string keep;
+  std::string olderThan;
 };
 
 // Looked for before the line is understood, so that its errors speak the right language already.
@@ -89,6 +95,9 @@ std::string FormatList(std::size_t count, std::string_view separator) {
   return list;
 }
 
+// Where the explanations stand.
+constexpr std::size_t kHelpColumn = 34;
+
 void Dress(CLI::App& app) {
   app.option_defaults()->group(Say(texts::OptionsLabel));
   app.set_help_flag("-h,--help", Say(texts::HelpFlag));
@@ -96,9 +105,10 @@ void Dress(CLI::App& app) {
   formatter->label("Usage", Say(texts::UsageLabel));
   formatter->label("OPTIONS",
                    Say(texts::OptionsUsage).substr(1, Say(texts::OptionsUsage).size() - 2));
+  formatter->label("Positionals", Say(texts::ArgumentsLabel));
   formatter->label("SUBCOMMAND", Say(texts::CommandUsage));
   formatter->label("REQUIRED", Say(texts::RequiredLabel));
-  formatter->column_width(34);
+  formatter->column_width(kHelpColumn);
   app.formatter(formatter);
 }
 
@@ -117,19 +127,26 @@ CLI::App* AddCommand(CLI::App& app, RawOptions& raw, const char* name, const TTe
   return command;
 }
 
-enum class Folder : std::uint8_t { Required, Optional };
+// The folder in place of its option.
+void AddPlace(CLI::App& app, RawOptions& raw) {
+  if (TargetIsRunningSystem()) return;
+  app.add_option(Say(texts::FolderType), raw.place, Say(texts::PlaceArgument))->type_name("");
+}
 
-void AddTarget(CLI::App& app, RawOptions& raw, Folder need, const TText& windows) {
+void AddTarget(CLI::App& app, RawOptions& raw, const TText& windows) {
   const bool live = TargetIsRunningSystem();
   CLI::Option* user = app.add_option("--user", raw.target.user, Say(texts::UserOption))
                           ->type_name(Say(texts::NameType));
   CLI::Option* drive = app.add_option("--drive", raw.drives, Say(texts::DriveOptionText))
                            ->type_name(Say(texts::DriveType))
                            ->expected(1)
+                           ->allow_extra_args(false)
                            ->take_all();
-  CLI::Option* folder = app.add_option("--windows", raw.target.folder, Say(windows))
+  CLI::Option* folder = app.add_option("--windows", raw.folders, Say(windows))
                             ->type_name(Say(texts::FolderType))
-                            ->required(!live && need == Folder::Required);
+                            ->expected(1)
+                            ->allow_extra_args(false)
+                            ->take_all();
   CLI::Option* running = app.add_flag("--live", raw.live, Say(texts::LiveOption));
   if (!live) running->group(kNotInHelp);
   for (CLI::Option* option : {user, drive, folder}) {
@@ -142,6 +159,7 @@ void AddList(CLI::App& app, const char* name, std::vector<std::string>& list, co
       ->type_name("ID,...")
       ->expected(1)
       ->delimiter(',')
+      ->allow_extra_args(false)
       ->take_all();
 }
 
@@ -158,7 +176,7 @@ void AddBackup(CLI::App& app, RawOptions& raw) {
 
 // What a scan and everything that begins with one understand.
 void AddScanOptions(CLI::App& app, RawOptions& raw, std::size_t formats) {
-  AddTarget(app, raw, Folder::Required, texts::WindowsOption);
+  AddTarget(app, raw, texts::WindowsOption);
   AddList(app, "--plugins", raw.plugins, texts::PluginsOption);
   AddList(app, "--exclude", raw.exclude, texts::ExcludeOption);
   AddFormat(app, raw, formats);
@@ -169,6 +187,7 @@ void AddChoice(CLI::App& app, RawOptions& raw) {
   app.add_option("--kind", raw.kinds, Say(texts::KindOption))
       ->type_name("ID:N,...")
       ->expected(1)
+      ->allow_extra_args(false)
       ->take_all();
   app.add_option("--filter", raw.filter, Say(texts::FilterOption))->type_name("TEXT");
 }
@@ -176,6 +195,7 @@ void AddChoice(CLI::App& app, RawOptions& raw) {
 CLI::App* AddScan(CLI::App& app, RawOptions& raw) {
   CLI::App* scan = AddCommand(app, raw, "scan", texts::ScanCommand);
   scan->footer(Say(texts::ExitCodes));
+  AddPlace(*scan, raw);
   AddScanOptions(*scan, raw, Formats.size());
   AddChoice(*scan, raw);
   scan->add_option("--since", raw.since, Say(texts::SinceOption))->type_name(Say(texts::FileType));
@@ -189,6 +209,7 @@ CLI::App* AddScan(CLI::App& app, RawOptions& raw) {
 CLI::App* AddClean(CLI::App& app, RawOptions& raw) {
   CLI::App* clean = AddCommand(app, raw, "clean", texts::CleanCommand);
   clean->footer(Say(texts::CleanExitCodes));
+  AddPlace(*clean, raw);
   AddScanOptions(*clean, raw, CommonFormats);
   AddChoice(*clean, raw);
   clean->add_flag("--all", raw.all, Say(texts::AllOption));
@@ -204,6 +225,7 @@ CLI::App* AddExplain(CLI::App& app, RawOptions& raw) {
   CLI::App* explain = AddCommand(app, raw, "explain", texts::ExplainCommand);
   explain->footer(Say(texts::OtherExitCodes));
   explain->add_option("ID", raw.id, Say(texts::IdArgument))->required();
+  AddPlace(*explain, raw);
   AddScanOptions(*explain, raw, CommonFormats);
   return explain;
 }
@@ -213,9 +235,9 @@ CLI::App* AddReg(CLI::App& app, RawOptions& raw) {
   reg->footer(Say(texts::RegExitCodes));
   reg->add_option("KEY", raw.words, Say(texts::KeyArgument))
       ->type_name(Say(texts::KeyType))
-      ->expected(1, 2)
+      ->expected(1, 3)
       ->required();
-  AddTarget(*reg, raw, Folder::Required, texts::WindowsOption);
+  AddTarget(*reg, raw, texts::WindowsOption);
   reg->add_option("--view", raw.view, Say(texts::ViewOption))->type_name("32|64");
   reg->add_option("--key", raw.key, Say(texts::FindKeyOption))->type_name(Say(texts::KeyType));
   AddFormat(*reg, raw);
@@ -232,7 +254,8 @@ CLI::App* AddUndo(CLI::App& app, RawOptions& raw) {
   CLI::App* undo = AddCommand(app, raw, "undo", texts::UndoCommand);
   undo->footer(Say(texts::UndoExitCodes));
   undo->add_option("SESSION", raw.session, Say(texts::SessionArgument));
-  AddTarget(*undo, raw, Folder::Optional, texts::UndoWindowsOption);
+  AddPlace(*undo, raw);
+  AddTarget(*undo, raw, texts::UndoWindowsOption);
   AddList(*undo, "--item", raw.ids, texts::ItemOption);
   undo->add_flag("--list", raw.list, Say(texts::ListOption));
   AddBackup(*undo, raw);
@@ -242,9 +265,25 @@ CLI::App* AddUndo(CLI::App& app, RawOptions& raw) {
   return undo;
 }
 
+CLI::App* AddSessions(CLI::App& app, RawOptions& raw) {
+  CLI::App* sessions = AddCommand(app, raw, "sessions", texts::SessionsCommand);
+  sessions->add_option("ACTION", raw.action, Say(texts::SessionsAction))
+      ->type_name("list|prune")
+      ->required();
+  sessions->add_option("--keep", raw.keep, Say(texts::KeepOption))->type_name("N");
+  sessions->add_option("--older-than", raw.olderThan, Say(texts::OlderOption))
+      ->type_name(Say(texts::DaysType));
+  sessions->add_flag("--dry-run", raw.dryRun, Say(texts::PruneDryRunOption));
+  sessions->add_flag("--yes", raw.yes, Say(texts::YesOption));
+  AddBackup(*sessions, raw);
+  AddFormat(*sessions, raw);
+  return sessions;
+}
+
 CLI::App* AddRecover(CLI::App& app, RawOptions& raw) {
   CLI::App* recover = AddCommand(app, raw, "recover", texts::RecoverCommand);
-  AddTarget(*recover, raw, Folder::Required, texts::WindowsOption);
+  AddPlace(*recover, raw);
+  AddTarget(*recover, raw, texts::WindowsOption);
   if (TargetIsRunningSystem()) AddBackup(*recover, raw);
   AddFormat(*recover, raw);
   return recover;
@@ -256,7 +295,8 @@ CLI::App* AddIgnore(CLI::App& app, RawOptions& raw) {
       ->type_name("add|list|remove")
       ->required();
   ignore->add_option("ID", raw.id, Say(texts::IdArgument));
-  AddTarget(*ignore, raw, Folder::Required, texts::WindowsOption);
+  AddPlace(*ignore, raw);
+  AddTarget(*ignore, raw, texts::WindowsOption);
   AddList(*ignore, "--plugins", raw.plugins, texts::PluginsOption);
   ignore->add_flag("--machine", raw.machine, Say(texts::MachineOption));
   ignore->add_option("--reason", raw.reason, Say(texts::ReasonOption))->type_name("TEXT");
@@ -299,14 +339,28 @@ std::optional<KindChoice> KindsFrom(std::string_view text) {
   }
 }
 
+// What the ending of the output's name asks for; empty when it asks for nothing.
+std::string_view FormatOfFile(std::string_view path) {
+  const std::size_t dot = path.rfind('.');
+  if (dot == std::string_view::npos) return {};
+  const UnicodeString ending = FromUtf8(path.substr(dot + 1));
+  if (SameText(ending, u"txt")) return "text";
+  const auto* const found = std::ranges::find_if(
+      Formats, [&](const auto& entry) { return SameText(FromUtf8(entry.name), ending); });
+  return found == Formats.end() || found->name == "text" ? std::string_view() : found->name;
+}
+
 Complaint ConvertFormat(const RawOptions& raw, bool scan, ScanOptions& options) {
   const std::size_t known = scan ? Formats.size() : CommonFormats;
+  std::string_view wanted = raw.format;
+  if (wanted.empty()) wanted = FormatOfFile(raw.output);
+  if (wanted.empty()) wanted = Formats.front().name;
   const auto* const end = Formats.begin() + known;
-  const auto* found = std::find_if(Formats.begin(), end,
-                                   [&](const auto& entry) { return entry.name == raw.format; });
+  const auto* found =
+      std::find_if(Formats.begin(), end, [&](const auto& entry) { return entry.name == wanted; });
   if (found == end) {
     return ParsedCommand{std::nullopt,
-                         Say(texts::UnknownFormat, {raw.format, FormatList(known, ", ")})};
+                         Say(texts::UnknownFormat, {wanted, FormatList(known, ", ")})};
   }
   options.format = found->format;
   return std::nullopt;
@@ -318,15 +372,35 @@ Complaint RefuseTarget(const RawOptions& raw) {
     if (raw.live) return ParsedCommand{std::nullopt, Say(texts::NotLive)};
     return std::nullopt;
   }
-  if (!raw.target.folder.empty()) return Fail(texts::OnlyLive, "--windows");
+  if (!raw.folders.empty()) return Fail(texts::OnlyLive, "--windows");
   if (!raw.drives.empty()) return Fail(texts::OnlyLive, "--drive");
   if (!raw.target.user.empty()) return Fail(texts::OnlyOwnUser, "--user");
   return std::nullopt;
 }
 
+// One folder, with its option or without.
+Complaint ConvertFolder(RawOptions& raw, bool isNeeded) {
+  if (!raw.place.empty()) raw.folders.push_back(raw.place);
+  if (raw.folders.size() > 1) return Fail(texts::SecondFolder, raw.folders[1]);
+  if (!raw.folders.empty() && raw.folders.front().empty()) {
+    return Fail(texts::EmptyFolder, "--windows");
+  }
+  if (!raw.folders.empty()) raw.target.folder = raw.folders.front();
+  if (raw.folders.empty() && isNeeded) return Fail(texts::MissingFolder, "--windows");
+  return std::nullopt;
+}
+
+// What a command takes of what all of them share.
+struct Shape {
+  bool scan = false;         // every format, and all users
+  bool needsFolder = false;  // where it does not work on the running system
+};
+
 // The parts of the options that need more than to be copied. Nothing when all is well.
-Complaint Convert(RawOptions& raw, bool scan, ScanOptions& options) {
+Complaint Convert(RawOptions& raw, Shape shape, ScanOptions& options) {
+  const bool scan = shape.scan;
   if (auto complaint = RefuseTarget(raw)) return complaint;
+  if (auto complaint = ConvertFolder(raw, shape.needsFolder)) return complaint;
   if (auto complaint = ConvertFormat(raw, scan, options)) return complaint;
   for (const std::string& text : raw.drives) {
     std::optional<DriveOption> drive = ParseDrive(text);
@@ -343,7 +417,7 @@ Complaint Convert(RawOptions& raw, bool scan, ScanOptions& options) {
   options.choice.text = FromUtf8(raw.filter);
   if (!scan && raw.target.user == AllUsers) return Fail(texts::AllUsersScanOnly, AllUsers);
   options.target = std::move(raw.target);
-  options.output = std::move(raw.output);
+  if (raw.output != "-") options.output = std::move(raw.output);
   return std::nullopt;
 }
 
@@ -392,7 +466,8 @@ ParsedCommand RegFrom(const RawOptions& raw, ScanOptions options) {
   if (find && (raw.words.size() < 2 || raw.words[1].empty())) {
     return Fail(texts::MissingOption, "TEXT");
   }
-  if (!find && raw.words.size() > 1) return Fail(texts::UnknownArgument, raw.words[1]);
+  const std::size_t own = find ? 2 : 1;
+  if (raw.words.size() > own) return Fail(texts::UnknownArgument, raw.words[own]);
   if (!find && !raw.key.empty()) return Fail(texts::UnknownArgument, "--key");
   reg.key = find ? raw.key : raw.words.front();
   if (find) reg.find = raw.words[1];
@@ -408,6 +483,23 @@ ParsedCommand UndoFrom(const RawOptions& raw, ScanOptions options) {
                    raw.exportFile,
                    options.format};
   return {std::move(undo), {}};
+}
+
+ParsedCommand SessionsFrom(const RawOptions& raw, ScanOptions options) {
+  const bool prune = raw.action == "prune";
+  if (!prune && raw.action != "list") return Fail(texts::UnknownSessionsAction, raw.action);
+  SessionsCommand sessions{prune, {}, raw.dryRun, raw.yes, raw.backup, options.format};
+  for (const auto& [text, limit] : {std::pair(&raw.keep, &sessions.limits.keep),
+                                    std::pair(&raw.olderThan, &sessions.limits.minDays)}) {
+    if (text->empty()) continue;
+    const std::optional<std::int32_t> number = NumberFrom(*text);
+    if (!number) return Fail(texts::BadNumber, *text);
+    *limit = static_cast<std::size_t>(*number);
+  }
+  const bool limited = sessions.limits.keep || sessions.limits.minDays;
+  if (prune && !limited) return {std::nullopt, Say(texts::NeedsLimit)};
+  if (!prune && limited) return Fail(texts::UnknownArgument, "--keep, --older-than");
+  return {std::move(sessions), {}};
 }
 
 ParsedCommand RecoverFrom(const RawOptions& raw, ScanOptions options) {
@@ -436,18 +528,102 @@ ParsedCommand PluginsFrom(const RawOptions& raw, ScanOptions) {
   return {PluginsCommand{raw.listKinds}, {}};
 }
 
+// How many letters are to be put in, left out or changed to make one word of the other.
+std::size_t Distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i + 1);
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+// The word that was probably meant; empty when none is near.
+std::string Nearest(std::string_view word, const std::vector<std::string>& known) {
+  std::string nearest;
+  const std::size_t letters = word.size() - std::min(word.find_first_not_of('-'), word.size());
+  std::size_t least = (letters + 1) / 2 + 1;
+  for (const std::string& candidate : known) {
+    const bool begun = word.size() > 1 && candidate.starts_with(word);
+    const std::size_t distance = begun ? 1 : Distance(word, candidate);
+    if (distance < least) least = distance, nearest = candidate;
+  }
+  return nearest;
+}
+
+ParsedCommand UnknownWord(const CLI::App& app, const std::string& word) {
+  const std::vector<CLI::App*> commands = app.get_subcommands();
+  std::vector<std::string> known;
+  if (commands.empty()) {
+    for (const CLI::App* command : app.get_subcommands({})) known.push_back(command->get_name());
+  } else {
+    for (const CLI::Option* option : commands.front()->get_options()) {
+      for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
+    }
+  }
+  const std::string meant = Nearest(word.substr(0, word.find('=')), known);
+  const bool isCommand = commands.empty() && !word.starts_with('-');
+  std::string sentence = Say(isCommand ? texts::UnknownCommand : texts::UnknownArgument, {word});
+  if (!meant.empty()) {
+    sentence += "; " + Say(texts::DidYouMean, {meant});
+  } else if (isCommand) {
+    sentence += ' ' + Say(texts::SeeHelp);
+  }
+  return {std::nullopt, std::move(sentence)};
+}
+
 // The parser library speaks English only; what users get to see of its complaints is said here.
 ParsedCommand Complain(const CLI::App& app, const RawOptions& raw, const CLI::ParseError& error) {
   // Before it is asked for what this build needs in its place.
   if (const auto complaint = RefuseTarget(raw)) return *complaint;
   const auto extras = app.remaining(true);
-  if (!extras.empty()) return Fail(texts::UnknownArgument, extras.front());
+  if (!extras.empty()) return UnknownWord(app, extras.front());
   if (app.get_subcommands().empty()) return {std::nullopt, Say(texts::MissingCommand)};
   const std::string what = error.what();
   if (error.get_name() == "RequiredError") {
     return Fail(texts::MissingOption, what.substr(0, what.find(' ')));
   }
+  if (error.get_name() == "ArgumentMismatch") {
+    return Fail(texts::MissingValue, what.substr(0, what.find_first_of(": ")));
+  }
   return Fail(texts::BadArguments, what.substr(0, what.find_first_of(": ")));
+}
+
+// Which of the words without an option is the folder. A session's name holds no slash.
+void SortWords(bool isReg, RawOptions& raw) {
+  if (TargetIsRunningSystem() || !raw.place.empty()) return;
+  if (raw.action == "list" && !raw.id.empty()) raw.place = std::exchange(raw.id, {});
+  if (raw.session.find('/') != std::string::npos) raw.place = std::exchange(raw.session, {});
+  const std::size_t own = isReg && raw.words.front() == "find" ? 2 : 1;
+  if (isReg && raw.words.size() == own + 1) {
+    raw.place = raw.words.back();
+    raw.words.pop_back();
+  }
+}
+
+// Lines that fit a terminal: what is said of an option goes on below where it begins.
+std::string WrapHelp(const std::string& help) {
+  constexpr std::size_t width = 100;
+  std::string out;
+  for (std::size_t from = 0; from < help.size();) {
+    const std::size_t to = std::min(help.find('\n', from), help.size());
+    const std::string_view line(help.data() + from, to - from);
+    const std::size_t indent = line.starts_with(' ') ? std::min(kHelpColumn, line.size()) : 0;
+    const std::size_t begin = out.size();
+    if (Columns(line) <= width) {
+      out.append(line).append(1, '\n');
+    } else {
+      AppendWrapped(out, line.substr(indent), indent, width);
+      out.replace(begin, indent, line.substr(0, indent));
+    }
+    from = to + 1;
+  }
+  return out;
 }
 
 }  // namespace
@@ -488,25 +664,34 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
   app.require_subcommand(1);
   AddLanguage(app, raw);
   using Finish = ParsedCommand (*)(const RawOptions&, ScanOptions);
-  const std::pair<const CLI::App*, Finish> commands[] = {
-      {AddScan(app, raw), &ScanFrom},     {AddClean(app, raw), &CleanFrom},
-      {AddUndo(app, raw), &UndoFrom},     {AddRecover(app, raw), &RecoverFrom},
-      {AddIgnore(app, raw), &IgnoreFrom}, {AddExplain(app, raw), &ExplainFrom},
-      {AddReg(app, raw), &RegFrom},       {AddPlugins(app, raw), &PluginsFrom},
+  struct Entry {
+    const CLI::App* command;
+    Finish finish;
+    bool needsFolder;
+  };
+  const bool needed = !TargetIsRunningSystem();
+  const Entry commands[] = {
+      {AddScan(app, raw), &ScanFrom, needed},        {AddClean(app, raw), &CleanFrom, needed},
+      {AddUndo(app, raw), &UndoFrom, false},         {AddRecover(app, raw), &RecoverFrom, needed},
+      {AddSessions(app, raw), &SessionsFrom, false}, {AddIgnore(app, raw), &IgnoreFrom, needed},
+      {AddExplain(app, raw), &ExplainFrom, needed},  {AddReg(app, raw), &RegFrom, needed},
+      {AddPlugins(app, raw), &PluginsFrom, false},
   };
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
-    return {PrintCommand{app.help()}, {}};
+    return {PrintCommand{WrapHelp(app.help())}, {}};
   } catch (const CLI::CallForVersion& version) {
     return {PrintCommand{std::string(version.what()) + '\n'}, {}};
   } catch (const CLI::ParseError& error) {
     return Complain(app, raw, error);
   }
   ScanOptions options;
-  for (const auto& [command, finish] : commands) {
+  for (const auto& [command, finish, needsFolder] : commands) {
     if (!command->parsed()) continue;
-    if (auto complaint = Convert(raw, finish == &ScanFrom, options)) return *complaint;
+    SortWords(finish == &RegFrom, raw);
+    const Shape shape{finish == &ScanFrom, needsFolder};
+    if (auto complaint = Convert(raw, shape, options)) return *complaint;
     return finish(raw, std::move(options));
   }
   return Fail(texts::MissingCommand, {});

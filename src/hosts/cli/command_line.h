@@ -68,7 +68,17 @@ struct UndoCommand {
   std::string session;             ///< empty: the last clean
   std::vector<std::string> items;  ///< empty: everything
   bool list = false;
-  std::string exportFile;  ///< empty: no export
+  std::string exportFile;  ///< empty: no export, "-": to the standard output
+  ReportFormat format = ReportFormat::Text;
+};
+
+/// List what the backup folder holds, or remove what is old of it.
+struct SessionsCommand {
+  bool prune = false;
+  PruneLimits limits;
+  bool dryRun = false;
+  bool yes = false;  ///< don't ask
+  std::string backup;
   ReportFormat format = ReportFormat::Text;
 };
 
@@ -103,8 +113,9 @@ struct PrintCommand {
   std::string text;
 };
 
-using Command = std::variant<ScanCommand, CleanCommand, UndoCommand, RecoverCommand, IgnoreCommand,
-                             PluginsCommand, ExplainCommand, RegCommand, PrintCommand>;
+using Command =
+    std::variant<ScanCommand, CleanCommand, UndoCommand, RecoverCommand, IgnoreCommand,
+                 PluginsCommand, ExplainCommand, RegCommand, SessionsCommand, PrintCommand>;
 
 struct ParsedCommand {
   std::optional<Command> command;

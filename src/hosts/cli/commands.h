@@ -15,6 +15,7 @@ namespace scrubwell::hosts {
 int Run(const ScanCommand& command);
 int Run(const CleanCommand& command);
 int Run(const UndoCommand& command);
+int Run(const SessionsCommand& command);
 int Run(const RecoverCommand& command);
 int Run(const IgnoreCommand& command);
 int Run(const PluginsCommand& command);

@@ -25,6 +25,10 @@ int WriteTo(Stream stream, std::string_view text);
 /// request to stop and anything else are no.
 bool ReadsYes();
 
+/// Whether the program has a console that nobody else uses and that goes when it ends, as when it
+/// is started by a double click.
+bool HasOwnConsole();
+
 /// What counts as yes, whichever language is spoken.
 bool MeansYes(std::string_view answer);
 

@@ -40,6 +40,10 @@ int WriteTo(Stream stream, std::string_view text) {
   return WriteAll(static_cast<int>(stream), text);
 }
 
+bool HasOwnConsole() {
+  return false;
+}
+
 bool ReadsYes() {
   char answer[64] = "";
   return std::fgets(answer, sizeof answer, stdin) != nullptr && MeansYes(answer);

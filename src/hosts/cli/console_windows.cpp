@@ -107,6 +107,12 @@ int WriteTo(Stream stream, std::string_view text) {
   return WriteAll(fd, text);
 }
 
+bool HasOwnConsole() {
+  DWORD processes[2];
+  return IsTerminal(Stream::Input) && IsTerminal(Stream::Output) &&
+         GetConsoleProcessList(processes, 2) == 1;
+}
+
 bool ReadsYes() {
   wchar_t answer[64];
   DWORD length = 0;

@@ -42,20 +42,15 @@ int Add(const IgnoreCommand& command, ICleanSession& session) {
   const TSweepError& problem = (*SweepErrors)[index];
   const UnicodeString reason =
       command.reason.empty() ? problem.ShortDescription : FromUtf8(command.reason);
-  const UnicodeString data = BuildIgnoredProblemData(BuildErrorIdentificationString(problem),
-                                                     problem.PluginID, problem.Caption, reason);
   const std::string id = ProblemIds(*SweepErrors)[static_cast<std::size_t>(index)];
-  const UnicodeString key = IgnoredProblemsKey();
-  const Status status = Platform().registry.SetValue({ListRoot(command.machine), key, View::Native},
-                                                     {FromUtf8(id), REGT_SZ, TextData(data)});
+  const Status status = StoreIgnoredProblem(
+      problem, {FromUtf8(id), problem.PluginID, problem.Caption, reason}, command.machine);
   if (status != Status::Ok) return Fail(Unreadable, Say(texts::IgnoreNotStored, {command.id}));
   return Commit(session);
 }
 
 int Remove(const IgnoreCommand& command, ICleanSession& session) {
-  const UnicodeString key = IgnoredProblemsKey();
-  const Status status = Platform().registry.DeleteValue(
-      {ListRoot(command.machine), key, View::Native}, FromUtf8(command.id));
+  const Status status = RemoveIgnoredProblem(FromUtf8(command.id), command.machine);
   if (status == Status::Absent) return Fail(WrongUse, Say(texts::NotIgnored, {command.id}));
   if (status != Status::Ok) return Fail(Unreadable, Say(texts::IgnoreNotStored, {command.id}));
   return Commit(session);

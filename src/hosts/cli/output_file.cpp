@@ -1,11 +1,10 @@
 #include "hosts/cli/output_file.h"
 
-#include <system_error>
-
 #include "hosts/cli/console.h"
 #include "hosts/cli/replace_file.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
+#include "hosts/report/system_sentence.h"
 
 namespace scrubwell::hosts {
 
@@ -13,7 +12,7 @@ namespace {
 
 std::optional<std::string> Complaint(std::string_view path, int error) {
   if (error == 0) return std::nullopt;
-  return Say(texts::CantWrite, {path, std::generic_category().message(error)});
+  return Say(texts::CantWrite, {path, SystemSentence(error)});
 }
 
 }  // namespace

@@ -6,11 +6,13 @@
 
 #include "hosts/cli/commands.h"
 #include "hosts/cli/console.h"
+#include "hosts/cli/environment.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/driver/null_platform.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 #include "hosts/report/problem_kinds.h"
+#include "hosts/report/system_sentence.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
@@ -41,12 +43,22 @@ std::optional<std::string> FindUnknown(const ScanOptions& options) {
   return std::nullopt;
 }
 
+// Started by a double click: the window goes as soon as the program does.
+int Greet() {
+  SetPackageLanguage(PreferredLanguage());
+  WriteTo(Stream::Output, Say(texts::Greeting, {SCRUBWELL_VERSION}));
+  ReadsYes();
+  return NoProblems;
+}
+
 }  // namespace
 
 int Fail(ExitCode code, std::string_view sentence) {
   // Some sentences come complete from where they arose.
   if (sentence.ends_with('.')) sentence.remove_suffix(1);
-  WriteTo(Stream::Error, std::string("scrubwell: ").append(sentence).append(".\n"));
+  std::string whole = InReportLanguage(sentence);
+  if (!whole.ends_with('?')) whole += '.';
+  WriteTo(Stream::Error, "scrubwell: " + whole + '\n');
   return code;
 }
 
@@ -110,6 +122,7 @@ int Run(const PluginsCommand& command) {
 
 int RunProgram(const std::vector<std::string>& arguments) {
   try {
+    if (arguments.size() < 2 && HasOwnConsole()) return Greet();
     std::vector<const char*> pointers;
     for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
     const int count = static_cast<int>(pointers.size());

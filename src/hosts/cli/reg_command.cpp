@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <system_error>
 
 #include "hosts/cli/commands.h"
 #include "hosts/cli/console.h"
@@ -8,6 +7,7 @@
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 #include "hosts/report/registry_text.h"
+#include "hosts/report/system_sentence.h"
 #include "registry/Stringhelper.h"
 #include "registry/Zmregistry.h"
 
@@ -117,8 +117,8 @@ class Search {
       Visit(key, open);
     }
     if (error_ != 0) {
-      return Fail(WrongUse, Say(texts::CantWrite, {Say(texts::StandardOutput),
-                                                   std::generic_category().message(error_)}));
+      return Fail(WrongUse,
+                  Say(texts::CantWrite, {Say(texts::StandardOutput), SystemSentence(error_)}));
     }
     if (unread_ > 0) {
       const std::string unread = Say(texts::KeysUnread, {std::to_string(unread_)});

@@ -1,7 +1,6 @@
 #include <cerrno>
 #include <chrono>
 #include <fstream>
-#include <system_error>
 
 #include "backends/common/local_file.h"
 #include "hosts/cli/commands.h"
@@ -13,6 +12,7 @@
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 #include "hosts/report/previous_scan.h"
+#include "hosts/report/system_sentence.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
@@ -66,9 +66,7 @@ std::optional<std::string> WriteReport(const ScanReport& report, const ScanComma
 // Nothing, or one sentence that says why the earlier report can't be used.
 std::optional<std::string> ReadPrevious(const std::string& path, PreviousScan& previous) {
   std::ifstream file(LocalPath(path), std::ios::binary);
-  const auto unreadable = [&path] {
-    return Say(texts::CantRead, {path, std::generic_category().message(errno)});
-  };
+  const auto unreadable = [&path] { return Say(texts::CantRead, {path, SystemSentence(errno)}); };
   if (!file) return unreadable();
   std::string bytes;
   std::string block(std::size_t{1} << 20U, '\0');

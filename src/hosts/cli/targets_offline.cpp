@@ -1,4 +1,5 @@
 #include "backends/offline/clean_session.h"
+#include "hosts/cli/target_advice.h"
 #include "hosts/cli/targets.h"
 
 namespace scrubwell::hosts {
@@ -9,11 +10,14 @@ bool TargetIsRunningSystem() {
 
 OpenedTarget OpenTarget(const TargetOptions& options) {
   OfflineOpenResult opened = OfflineBackend::Open(options);
+  if (!opened.backend) opened.error = ExplainTarget(options, opened.error);
   return {std::move(opened.backend), opened.failure, std::move(opened.error)};
 }
 
 OpenedSession OpenSession(const CleanOptions& options) {
   CleanOpenResult opened = CleanSession::Open(options);
+  if (!opened.session && opened.failure <= CleanFailure::Unreadable)
+    opened.error = ExplainTarget(options.target, opened.error);
   return {std::move(opened.session), opened.failure, std::move(opened.error)};
 }
 
@@ -22,7 +26,10 @@ UndoResult UndoSession(const UndoOptions& options) {
 }
 
 RecoverResult RecoverTarget(const TargetOptions& options, const std::string& backupFolder) {
-  return Recover(options, backupFolder);
+  RecoverResult result = Recover(options, backupFolder);
+  if (result.failure == CleanFailure::Unreadable)
+    result.error = ExplainTarget(options, result.error);
+  return result;
 }
 
 }  // namespace scrubwell::hosts

@@ -28,11 +28,36 @@ int ListSessionsOf(const UndoCommand& command) {
   return Print(json ? SessionJson(content) : SessionText(content));
 }
 
+// Which session is meant, and which Windows: an installation is known by what it is, for another
+// one may stand in the same folder now. Nothing, or the exit status.
+std::optional<int> SettleSession(UndoOptions& options) {
+  const bool isNamed = !options.session.empty();
+  std::string newest;
+  if (options.target.folder.empty() && !TargetIsRunningSystem()) {
+    const SessionContent content = ReadSession(options.backupFolder, options.session);
+    if (content.failure != CleanFailure::None) return Fail(CodeOf(content.failure), content.error);
+    options.target.folder = content.info.target;
+    newest = content.info.name;
+  }
+  if (isNamed) return std::nullopt;
+  TargetOptions target = options.target;
+  target.user.clear();
+  const OpenedTarget opened = OpenTarget(target);
+  if (!opened.target) return Fail(CodeOf(opened.failure), opened.error);
+  options.session = NewestSession(options.backupFolder, opened.target->Target().identity);
+  if (options.session.empty()) return Fail(WrongUse, Say(texts::NoSessionOfIt, {target.folder}));
+  if (!newest.empty() && newest != options.session) {
+    return Fail(WrongUse, Say(texts::OtherWindowsNow, {newest, target.folder}));
+  }
+  return std::nullopt;
+}
+
 int Export(const UndoCommand& command) {
-  if (const auto error = CheckOutput(command.exportFile)) return Fail(WrongUse, *error);
+  const std::string file = command.exportFile == "-" ? std::string() : command.exportFile;
+  if (const auto error = CheckOutput(file)) return Fail(WrongUse, *error);
   const ExportResult result = ExportSession(command.backup, command.session);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
-  if (const auto error = WriteOutput(command.exportFile, result.bytes)) {
+  if (const auto error = WriteOutput(file, result.bytes)) {
     return Fail(WrongUse, *error);
   }
   return NoProblems;
@@ -74,12 +99,7 @@ int Run(const UndoCommand& command) {
   options.backupFolder = command.backup;
   options.session = command.session;
   options.items = command.items;
-  if (options.target.folder.empty() && !TargetIsRunningSystem()) {
-    const SessionContent content = ReadSession(command.backup, command.session);
-    if (content.failure != CleanFailure::None) return Fail(CodeOf(content.failure), content.error);
-    options.target.folder = content.info.target;
-    options.session = content.info.name;
-  }
+  if (const auto code = SettleSession(options)) return *code;
   const UnstoppableSection section;
   const UndoResult result = UndoSession(options);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);

@@ -43,6 +43,7 @@ class ScanAside {
 
   // False when it was stopped.
   bool Scan(Digests& found) {
+    ForgetLookups();
     plugin_.Init();
     if (!StopSearch) plugin_.Scan();
     if (plugin_.FState != rcpScanned) return false;

@@ -10,6 +10,7 @@ namespace scrubwell {
 namespace {
 
 void ResetRun() {
+  ForgetLookups();
   SweepErrors->Clear();
   RealSweepErrorCount = 0;
   CategoryErrors = 0;

@@ -27,6 +27,9 @@ inline constexpr TText UndoCommand(
     u"Put back what a session has changed (without a name: the last clean)");
 inline constexpr TText RecoverCommand(u"Eine unterbrochene Reinigung abschließen oder zurücknehmen",
                                       u"Complete or roll back a clean that was interrupted");
+inline constexpr TText SessionsCommand(
+    u"Die Sitzungen im Ordner der Sicherungen: list zeigt sie, prune entfernt alte",
+    u"The sessions in the folder of the backups: list shows them, prune removes old ones");
 inline constexpr TText IgnoreCommand(u"Probleme für immer ausblenden: add ID, list oder remove ID",
                                      u"Hide problems for good: add ID, list or remove ID");
 inline constexpr TText PluginsCommand(u"Die Kategorien auflisten, die untersucht werden können",
@@ -120,6 +123,16 @@ inline constexpr TText ExportOption(
 inline constexpr TText UndoWindowsOption(
     u"Ordner des Windows-Laufwerks; sonst der, den die Sitzung nennt",
     u"Folder of the Windows volume; else the one that the session names");
+inline constexpr TText PlaceArgument(u"Ordner des Windows-Laufwerks, statt mit --windows",
+                                     u"Folder of the Windows volume, in place of --windows");
+inline constexpr TText SessionsAction(u"list oder prune", u"list or prune");
+inline constexpr TText KeepOption(u"prune: die N neuesten Sitzungen behalten",
+                                  u"prune: keep the N newest sessions");
+inline constexpr TText OlderOption(u"prune: nur Sitzungen entfernen, die älter sind",
+                                   u"prune: remove only sessions that are older");
+inline constexpr TText DaysType(u"TAGE", u"DAYS");
+inline constexpr TText PruneDryRunOption(u"Nur zeigen, was entfernt würde",
+                                         u"Only show what would be removed");
 inline constexpr TText ActionArgument(u"add, list oder remove", u"add, list or remove");
 inline constexpr TText IdArgument(u"Kennung des Problems, wie die Suche sie zeigt",
                                   u"Id of the problem, as the scan shows it");
@@ -158,6 +171,7 @@ inline constexpr TText RegExitCodes(
 inline constexpr TText KeyType(u"SCHLÜSSEL", u"KEY");
 inline constexpr TText UsageLabel(u"Aufruf", u"Usage");
 inline constexpr TText OptionsLabel(u"Optionen", u"Options");
+inline constexpr TText ArgumentsLabel(u"Argumente", u"Arguments");
 inline constexpr TText OptionsUsage(u"[OPTIONEN]", u"[OPTIONS]");
 inline constexpr TText CommandUsage(u"BEFEHL", u"COMMAND");
 inline constexpr TText CommandsLabel(u"Befehle", u"Commands");
@@ -169,6 +183,35 @@ inline constexpr TText FileType(u"DATEI", u"FILE");
 
 // ---- Wrong use ------------------------------------------------------------------------------
 inline constexpr TText UnknownArgument(u"%s: unbekanntes Argument", u"%s: unknown argument");
+inline constexpr TText UnknownCommand(u"%s: unbekannter Befehl", u"%s: unknown command");
+inline constexpr TText DidYouMean(u"gemeint war vielleicht %s", u"did you mean %s?");
+inline constexpr TText SeeHelp(u"(siehe: scrubwell --help)", u"(see: scrubwell --help)");
+inline constexpr TText MissingFolder(
+    u"Es fehlt der Ordner, in dem das Windows-Laufwerk eingehängt ist (%s ORDNER)",
+    u"the folder that the Windows volume is mounted on is missing (%s DIR)");
+inline constexpr TText EmptyFolder(u"%s nennt keinen Ordner", u"%s names no folder");
+inline constexpr TText SecondFolder(
+    u"%s: ein zweiter Ordner; auf einmal wird nur ein Windows untersucht",
+    u"%s: a second folder; only one Windows is looked at at a time");
+inline constexpr TText NoWindowsHere(
+    u"%s: hier ist kein Windows (kein Ordner darin enthält System32/config/SOFTWARE)",
+    u"%s: no Windows here (no folder in it holds System32/config/SOFTWARE)");
+inline constexpr TText IsAnImage(
+    u"%s: ist ein Datenträgerabbild (%s) und kein Ordner; es muss erst eingehängt werden",
+    u"%s: is a disk image (%s) and no folder; it has to be mounted first");
+inline constexpr TText IsADisk(
+    u"%s: ist ein Datenträger und kein Ordner; er muss erst eingehängt werden, etwa mit mount -o "
+    u"ro "
+    u"%s /mnt",
+    u"%s: is a disk and no folder; it has to be mounted first, for example with mount -o ro %s "
+    u"/mnt");
+inline constexpr TText IsAFile(u"%s: ist eine Datei und kein Ordner", u"%s: is a file, no folder");
+inline constexpr TText NoSuchUser(u"%s: diesen Benutzer gibt es nicht (oder mehrfach); es gibt: %s",
+                                  u"%s: there is no such user (or several); there are: %s");
+inline constexpr TText NeedsLimit(u"prune braucht --keep N oder --older-than TAGE",
+                                  u"prune needs --keep N or --older-than DAYS");
+inline constexpr TText UnknownSessionsAction(u"%s: unbekannt, möglich sind list und prune",
+                                             u"%s: unknown, must be list or prune");
 inline constexpr TText NotLive(
     u"--live: hier wird ein ausgeschaltetes Windows untersucht, dessen Ordner --windows nennt; das "
     u"laufende untersucht scrubwell.exe",
@@ -183,7 +226,23 @@ inline constexpr TText OnlyLive(
 inline constexpr TText OnlyOwnUser(
     u"%s: das laufende Windows wird für den Benutzer untersucht, der das Programm ausführt",
     u"%s: the running Windows is looked at for the user who runs the program");
+inline constexpr TText MissingValue(u"%s: dahinter fehlt etwas", u"%s: its value is missing");
 inline constexpr TText MissingOption(u"%s fehlt", u"%s is missing");
+inline constexpr TText Greeting(
+    u"Scrubwell %s wird in einer Eingabeaufforderung benutzt und ändert nichts von selbst.\n\n"
+    u"  scrubwell scan           sucht Einträge, die auf nicht mehr Vorhandenes verweisen\n"
+    u"  scrubwell explain ID     zeigt, woraus auf ein Problem geschlossen wurde\n"
+    u"  scrubwell clean --all    entfernt, was gefunden wird, und fragt vorher\n"
+    u"  scrubwell undo           nimmt die letzte Reinigung zurück\n"
+    u"  scrubwell --help         zeigt alles andere\n\n"
+    u"Mit der Eingabetaste schließt sich dieses Fenster. ",
+    u"Scrubwell %s is used from a command prompt and changes nothing on its own.\n\n"
+    u"  scrubwell scan           finds entries that refer to things no longer there\n"
+    u"  scrubwell explain ID     shows what a problem was concluded from\n"
+    u"  scrubwell clean --all    removes what is found, and asks first\n"
+    u"  scrubwell undo           puts back the last clean\n"
+    u"  scrubwell --help         shows everything else\n\n"
+    u"Press Enter to close this window. ");
 inline constexpr TText MissingCommand(u"Es fehlt ein Befehl (siehe: scrubwell --help)",
                                       u"a command is missing (see: scrubwell --help)");
 inline constexpr TText BadArguments(u"%s: der Aufruf ist nicht verständlich",
@@ -348,8 +407,7 @@ inline constexpr TText FixedCount(u"Behoben: %s.", u"Fixed: %s.");
 inline constexpr TText LeftCount(u"Übrig: %s.", u"Left: %s.");
 inline constexpr TText GoneCount(u"Nicht mehr vorhanden: %s.", u"No longer there: %s.");
 inline constexpr TText HiddenCount(u"Ausgeblendet: %s.", u"Hidden: %s.");
-inline constexpr TText UndoHint(u"Zurücknehmen: scrubwell undo %s",
-                                u"To put it back: scrubwell undo %s");
+inline constexpr TText UndoHint(u"Zurücknehmen: %s", u"To put it back: %s");
 inline constexpr TText BackupLine(u"Sicherung: %s", u"Backup: %s");
 inline constexpr TText OutcomeFixed(u"behoben", u"fixed");
 inline constexpr TText OutcomeFailed(u"nicht behoben", u"not fixed");
@@ -370,6 +428,7 @@ inline constexpr TText ActionRemoveUrl(u"Adresse aus dem Verlauf entfernen:",
 inline constexpr TText ActionRemoveFirewallApplication(u"Aus der Firewall entfernen:",
                                                        u"remove from the firewall");
 inline constexpr TText DefaultValueName(u"(Standard)", u"(default)");
+inline constexpr TText NoValueBefore(u"(kein Wert)", u"(no value)");
 inline constexpr TText LeftEmpty(u"nun leer", u"left empty");
 inline constexpr TText Subkeys(u"Unterschlüssel: %s", u"subkeys: %s");
 inline constexpr TText Values(u"Werte: %s", u"values: %s");
@@ -379,6 +438,20 @@ inline constexpr TText ByteCount(u"Bytes: %s", u"bytes: %s");
 inline constexpr TText NoSessions(u"Keine Sitzungen.", u"No sessions.");
 inline constexpr TText SessionLine(u"%s  %s  Änderungen: %s, zurückgenommen: %s",
                                    u"%s  %s  changes: %s, put back: %s");
+inline constexpr TText SessionSizeWord(u"Größe: %s", u"size: %s");
+inline constexpr TText NothingToPrune(u"Nichts ist zu entfernen.", u"There is nothing to remove.");
+inline constexpr TText AskPrune(
+    u"Diese %s Sitzungen entfernen? Zurücknehmen lassen sie sich dann nicht mehr. [j/N] ",
+    u"Remove these %s sessions? They can't be put back any more then. [y/N] ");
+inline constexpr TText Pruned(u"Entfernt: %s.", u"Removed: %s.");
+inline constexpr TText NoSessionOfIt(u"%s: von diesem Windows gibt es keine Reinigung",
+                                     u"%s: there is no clean of this Windows");
+inline constexpr TText OtherWindowsNow(
+    u"%s: die letzte Reinigung galt einem anderen Windows, als jetzt in %s liegt; --windows nennt, "
+    u"welches gemeint ist",
+    u"%s: the last clean was of another Windows than the one in %s now; --windows says which one "
+    u"is "
+    u"meant");
 inline constexpr TText SessionPending(u"nicht ausgeführt", u"not carried out");
 inline constexpr TText SessionUndoes(u"nimmt %s zurück", u"undoes %s");
 inline constexpr TText ItemUndone(u"zurückgenommen", u"put back");

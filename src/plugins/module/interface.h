@@ -11,11 +11,11 @@ namespace scrubwell {
 
 /// Pointers to the package's globals and functions, named as those are. The globals are pointed to
 /// rather than copied, because start-up and shut-down change them. Plugins are driven through their
-/// virtual operations and fields. TProgressManager keeps no state of the package and is compiled
-/// into the host.
+/// virtual operations and fields; what else a class can do stands here as a function, for a host
+/// links nothing.
 struct TPackageInterface {
   /// Grows when the table changes; a host refuses a module of another version.
-  static constexpr std::uint32_t CurrentVersion = 1;
+  static constexpr std::uint32_t CurrentVersion = 2;
   std::uint32_t Version;
 
   TPluginList** Plugins;
@@ -31,6 +31,7 @@ struct TPackageInterface {
   TRCStatus* RCStatus;
   std::atomic<bool>* StopSearch;
   bool* ShouldReSearch;
+  bool* ForceRegDelete;
   std::int32_t* RealSweepErrorCount;
   std::int32_t* CategoryErrors;
 
@@ -38,9 +39,24 @@ struct TPackageInterface {
   void (*SetAllPluginStatus)(bool active);
   bool (*GetPluginByID)(UnicodeView id, TRCPlugin*& plugin);
   std::int32_t (*GetGroupErrorCount)(std::int32_t group);
-  /// The lists' own operations, for a host cannot link to them.
+
+  // TPluginList
   void (*SortPluginList)(TPluginList& list);
+  void (*RemoveFromPluginList)(TPluginList& list, TRCPlugin* plugin);
+  bool (*GetStopSearch)(const TPluginList& list);
+  void (*SetStopSearch)(TPluginList& list, bool stop);
+  // TSweepErrorList, of the global list
   void (*ClearSweepErrors)();
+  std::int32_t (*AddSweepError)(std::unique_ptr<TSweepError> record);
+  void (*PutSweepError)(std::int32_t index, std::unique_ptr<TSweepError> record);
+  bool (*HasUnfixedSweepError)(UnicodeView pluginID, std::int32_t errorType,
+                               std::span<const UnicodeString> data);
+  // TRCPlugin
+  UnicodeString (*BuildErrorRegKeyParameter)(const TRCPlugin& plugin, UnicodeView key,
+                                             TZmRegOptions opts);
+  bool (*DeleteRegKeyWrapper)(TRCPlugin& plugin, RootKey root, UnicodeView key, TZmRegOptions opts);
+  bool (*DeleteRegValueWrapper)(TRCPlugin& plugin, RootKey root, UnicodeView key,
+                                UnicodeView valueName, TZmRegOptions opts);
 
   void (*SetFixedState)(std::int32_t index, bool fixed);
   void (*SetVisibleState)(std::int32_t index, bool visible);
@@ -64,7 +80,16 @@ struct TPackageInterface {
   void (*AddIgnoredProblem)(UnicodeView name, UnicodeView data);
   void (*LoadIgnoredProblems)();
   void (*ClearIgnoredProblems)();
+  UnicodeString (*IgnoredProblemsKey)();
+  UnicodeString (*BuildIgnoredProblemData)(UnicodeView identification, UnicodeView text1,
+                                           UnicodeView text2, UnicodeView text3);
+  Status (*StoreIgnoredProblem)(const TSweepError& error, const TIgnoredProblem& entry,
+                                bool machine);
+  Status (*RemoveIgnoredProblem)(UnicodeView storedName, bool machine);
 
+  void (*ForgetLookups)();
+  /// The host's own manager, without items yet.
+  std::unique_ptr<TProgressManager> (*CreateProgressManager)();
   /// The host's own list of browser helper objects, not loaded yet.
   std::unique_ptr<TBrowserHelperObjects> (*CreateBrowserHelperObjects)();
 };

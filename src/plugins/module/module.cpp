@@ -22,6 +22,7 @@ constexpr TPackageInterface kInterface{
     .RCStatus = &RCStatus,
     .StopSearch = &StopSearch,
     .ShouldReSearch = &ShouldReSearch,
+    .ForceRegDelete = &ForceRegDelete,
     .RealSweepErrorCount = &RealSweepErrorCount,
     .CategoryErrors = &CategoryErrors,
     .SetPluginStatus = &SetPluginStatus,
@@ -29,7 +30,31 @@ constexpr TPackageInterface kInterface{
     .GetPluginByID = &GetPluginByID,
     .GetGroupErrorCount = &GetGroupErrorCount,
     .SortPluginList = [](TPluginList& list) { list.Sort(); },
+    .RemoveFromPluginList = [](TPluginList& list, TRCPlugin* plugin) { list.Remove(plugin); },
+    .GetStopSearch = [](const TPluginList& list) { return list.GetStopSearch(); },
+    .SetStopSearch = [](TPluginList& list, bool stop) { list.SetStopSearch(stop); },
     .ClearSweepErrors = [] { SweepErrors->Clear(); },
+    .AddSweepError =
+        [](std::unique_ptr<TSweepError> record) { return SweepErrors->Add(std::move(record)); },
+    .PutSweepError =
+        [](std::int32_t index, std::unique_ptr<TSweepError> record) {
+          SweepErrors->Put(index, std::move(record));
+        },
+    .HasUnfixedSweepError =
+        [](UnicodeView pluginID, std::int32_t errorType, std::span<const UnicodeString> data) {
+          return SweepErrors->HasUnfixed(pluginID, errorType, data);
+        },
+    .BuildErrorRegKeyParameter =
+        [](const TRCPlugin& plugin, UnicodeView key, TZmRegOptions opts) {
+          return plugin.BuildErrorRegKeyParameter(key, opts);
+        },
+    .DeleteRegKeyWrapper =
+        [](TRCPlugin& plugin, RootKey root, UnicodeView key, TZmRegOptions opts) {
+          return plugin.DeleteRegKeyWrapper(root, key, opts);
+        },
+    .DeleteRegValueWrapper =
+        [](TRCPlugin& plugin, RootKey root, UnicodeView key, UnicodeView valueName,
+           TZmRegOptions opts) { return plugin.DeleteRegValueWrapper(root, key, valueName, opts); },
     .SetFixedState = &SetFixedState,
     .SetVisibleState = &SetVisibleState,
     .IsErrorVisible = &IsErrorVisible,
@@ -46,6 +71,12 @@ constexpr TPackageInterface kInterface{
     .AddIgnoredProblem = &AddIgnoredProblem,
     .LoadIgnoredProblems = &LoadIgnoredProblems,
     .ClearIgnoredProblems = &ClearIgnoredProblems,
+    .IgnoredProblemsKey = &IgnoredProblemsKey,
+    .BuildIgnoredProblemData = &BuildIgnoredProblemData,
+    .StoreIgnoredProblem = &StoreIgnoredProblem,
+    .RemoveIgnoredProblem = &RemoveIgnoredProblem,
+    .ForgetLookups = &ForgetLookups,
+    .CreateProgressManager = [] { return std::make_unique<TProgressManager>(); },
     .CreateBrowserHelperObjects = [] { return std::make_unique<TBrowserHelperObjects>(); },
 };
 

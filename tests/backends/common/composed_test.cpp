@@ -127,12 +127,29 @@ TEST(ComposedRegistry, LinksStayInside) {
   text += head + "Gone]\n" + Link(u"\\REGISTRY\\MACHINE\\SOFTWARE\\Nothing");
   text += head + "Odd]\n" + Link(u"C:\\Windows");
   text += "[HKEY_CURRENT_USER\\L]\n" + Link(u"\\REGISTRY\\MACHINE\\SOFTWARE\\Target");
+  text += head + "Hall\\Room]\n";
+  for (const char* const door : {"East", "West"})
+    text += head + "Hall\\" + door + "]\n" + Link(u"\\REGISTRY\\MACHINE\\SOFTWARE\\Hall");
+  std::u16string last = u"Target";
+  for (int i = 1; i <= 17; ++i) {
+    const std::string name = "L" + std::to_string(i);
+    text += head + name + "]\n" + Link(u"\\REGISTRY\\MACHINE\\SOFTWARE\\" + last);
+    last.assign(name.begin(), name.end());
+  }
   ASSERT_EQ(backend.AddRegistry(text), "");
   const Row rows[] = {
       {"get 32 HKLM\\SOFTWARE\\Linked\\Below > v", "\"v\"=\"there\""},
       {"get 64 HKCU\\L\\Below > v", "\"v\"=\"there\""},
-      {"open 64 HKLM\\SOFTWARE\\Self\\y", "Corrupt"},
-      {"open 64 HKLM\\SOFTWARE\\Ping", "Corrupt"},
+      {"open 64 HKLM\\SOFTWARE\\Self\\y", "Unknown"},
+      {"open 64 HKLM\\SOFTWARE\\Ping", "Unknown"},
+      // Links to the key that they lie in: each may be passed once on a way.
+      {"keys 64 HKLM\\SOFTWARE\\Hall\\East\\West", "East,Room,West"},
+      {"open 64 HKLM\\SOFTWARE\\Hall\\East\\West\\Room", "0 0"},
+      {"open 64 HKLM\\SOFTWARE\\Hall\\East\\West\\East", "Unknown"},
+      {"get 64 HKLM\\SOFTWARE\\Hall\\East\\East\\Room > v", "Unknown"},
+      // Sixteen links, and one more.
+      {"open 64 HKLM\\SOFTWARE\\L16\\Below", "0 1"},
+      {"open 64 HKLM\\SOFTWARE\\L17\\Below", "Unknown"},
       {"open 64 HKLM\\SOFTWARE\\Gone", "Absent"},
       {"open 64 HKLM\\SOFTWARE\\Odd", "Corrupt"},
       {"set 64 HKCU\\L\\Below > w=1", "Ok"},

@@ -4,6 +4,10 @@
 // After the general header.
 #include <wininet.h>
 
+// Has no identifier of its own in the headers.
+__CRT_UUID_DECL(ITaskScheduler, 0x148BD527, 0xA2AB, 0x11CE, 0xB1, 0x1F, 0x00, 0xAA, 0x00, 0x53,
+                0x05, 0x03)
+
 namespace scrubwell::test {
 namespace {
 
@@ -104,6 +108,56 @@ void MakeTask(const wchar_t* name, const wchar_t* program, const wchar_t* folder
   EXPECT_EQ(task->SetWorkingDirectory(folder), S_OK);
   ASSERT_EQ(task->QueryInterface(IID_IPersistFile, file.OutVoid()), S_OK);
   EXPECT_EQ(file->Save(nullptr, TRUE), S_OK);
+}
+
+// A scheduler that takes names as its enumeration gives them, on top of one that adds ".job".
+class PlainNames final : public Object<ITaskScheduler> {
+ public:
+  PlainNames() { windows::SystemScheduler()(base_.Out()); }
+  HRESULT STDMETHODCALLTYPE SetTargetComputer(LPCWSTR name) override {
+    return base_->SetTargetComputer(name);
+  }
+  HRESULT STDMETHODCALLTYPE GetTargetComputer(LPWSTR* out) override {
+    return base_->GetTargetComputer(out);
+  }
+  HRESULT STDMETHODCALLTYPE Enum(IEnumWorkItems** out) override { return base_->Enum(out); }
+  HRESULT STDMETHODCALLTYPE Activate(LPCWSTR name, REFIID id, IUnknown** out) override {
+    return base_->Activate(Bare(name).c_str(), id, out);
+  }
+  HRESULT STDMETHODCALLTYPE Delete(LPCWSTR name) override {
+    return base_->Delete(Bare(name).c_str());
+  }
+  HRESULT STDMETHODCALLTYPE NewWorkItem(LPCWSTR name, REFCLSID type, REFIID id,
+                                        IUnknown** out) override {
+    return base_->NewWorkItem(Bare(name).c_str(), type, id, out);
+  }
+  HRESULT STDMETHODCALLTYPE AddWorkItem(LPCWSTR, IScheduledWorkItem*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE IsOfType(LPCWSTR, REFIID) override { return E_NOTIMPL; }
+
+ private:
+  static std::wstring Bare(std::wstring name) {
+    if (name.ends_with(L".job")) name.resize(name.size() - 4);
+    return name;
+  }
+  ComPtr<ITaskScheduler> base_;
+};
+
+TEST(LiveTasks, AreToldApartByTheirWholeName) {
+  const windows::ComApartment apartment;
+  for (const bool plain : {false, true}) {
+    MakeTask(L"Scrub a", L"C:\\gone\\a.exe", L"");
+    windows::ComFactories factories;
+    if (plain) factories.scheduler = [](auto** out) { return *out = new PlainNames, S_OK; };
+    WindowsBackend backend(MayChange(), std::move(factories));
+    ITasks& tasks = backend.Platform().tasks;
+    ASSERT_EQ(tasks.Connect(), Status::Ok);
+    UnicodeString application;
+    EXPECT_EQ(tasks.Application(u"Scrub a.job.job", application), Status::Absent) << plain;
+    EXPECT_EQ(tasks.Remove(u"Scrub a.job.job"), Status::Absent) << plain;
+    EXPECT_EQ(tasks.Application(u"Scrub a.job", application), Status::Ok) << plain;
+    EXPECT_EQ(application, u"C:\\gone\\a.exe");
+    EXPECT_EQ(tasks.Remove(u"Scrub a.job"), Status::Ok) << plain;
+  }
 }
 
 TEST(LiveTasks, FindsReadsAndRemoves) {

@@ -167,8 +167,12 @@ TEST_F(LiveRegistry, Rights) {
 TEST_F(LiveRegistry, LinksGoThemselves) {
   MakeLink(HKEY_LOCAL_MACHINE, L"SOFTWARE\\ScrubTest\\Way\\Link",
            L"\\Registry\\Machine\\SOFTWARE\\ScrubTest\\Tool");
+  MakeLink(HKEY_LOCAL_MACHINE, L"SOFTWARE\\ScrubTest\\Way\\Ring",
+           L"\\Registry\\Machine\\SOFTWARE\\ScrubTest\\Way");
   const AskRow rows[] = {
       {"open 64 HKLM\\SOFTWARE\\ScrubTest\\Way\\Link", "1 1"},
+      {"open 64 HKLM\\SOFTWARE\\ScrubTest\\Way\\Ring\\Link", "1 1"},
+      {"open 64 HKLM\\SOFTWARE\\ScrubTest\\Way\\Ring\\Ring", "Unknown"},
       {"delete 64 HKLM\\SOFTWARE\\ScrubTest\\Way", "Ok"},
       {"open 64 HKLM\\SOFTWARE\\ScrubTest\\Way", "Absent"},
       {"open 64 HKLM\\SOFTWARE\\ScrubTest\\Tool", "1 1"},

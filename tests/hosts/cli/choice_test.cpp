@@ -188,22 +188,5 @@ TEST_F(Choice, ShowsAndSearchesTheRegistry) {
   EXPECT_EQ(key["values"][2]["bytes"], 46);
 }
 
-TEST_F(Choice, ListsAndRecoversAsJson) {
-  const std::string where = " --windows @/C --backup @/backup";
-  const std::string id = IdOf(Scan(), "quillsans", "Fonts");
-  ASSERT_EQ(Run("ignore add " + id + where + " --plugins Fonts --reason why").status, 0);
-  const json list = Answer("ignore list --windows @/C", 0);
-  ASSERT_EQ(list["ignored"].size(), 1U);
-  EXPECT_EQ(list["ignored"][0]["id"], id);
-  EXPECT_EQ(list["ignored"][0]["reason"], "why");
-  EXPECT_EQ(list["ignored"][0]["machine"], false);
-  EXPECT_EQ(Answer("recover --windows @/C", 0)["outcome"], "nothing_to_do");
-  // A hidden problem is explained too, but nothing would become of it.
-  const json why = Answer("explain " + id + " --windows @/C", 0);
-  EXPECT_EQ(why["problem"]["visible"], false);
-  EXPECT_TRUE(why["complete"]);
-  EXPECT_TRUE(why["changes"].empty());
-}
-
 }  // namespace
 }  // namespace scrubwell::test

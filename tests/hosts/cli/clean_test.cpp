@@ -74,7 +74,14 @@ TEST_F(Clean, CleansUntilNothingIsLeftAndSaysWhatIs) {
   EXPECT_EQ(once["problems"].size(), found);
   EXPECT_TRUE(once["should_research"].get<bool>());
   bool parents = false;
-  for (const json& change : once["changes"]) parents |= change["emptied"].get<bool>();
+  for (const json& change : once["changes"]) {
+    parents |= change["emptied"].get<bool>();
+    // What is written is shown; of files, those of settings.
+    const bool ini =
+        change["action"] == "write_file" && change["place"].get<std::string>().ends_with(".ini");
+    EXPECT_EQ(change.contains("after"), change["action"] == "set_value" || ini) << change;
+    EXPECT_TRUE(!ini || change.value("before", json()).size() == 1) << change;
+  }
   EXPECT_TRUE(parents);
 
   const json done = Answer("clean --all --yes --until-clean" + Where, 1);
@@ -86,6 +93,38 @@ TEST_F(Clean, CleansUntilNothingIsLeftAndSaysWhatIs) {
   }
   EXPECT_EQ(done["counts"]["left"], left.size());
   EXPECT_EQ(Found(), left) << "a new scan finds exactly what was said to be left";
+}
+
+TEST_F(Clean, PrintsHowItIsPutBackAndKeepsNoMoreThanIsWanted) {
+  const std::set<std::string> before = Found();
+  const std::string kept = " --backup \"@/it's kept\" ";
+  for (int i = 0; i < 2; ++i) {
+    const Result done = Run("clean --all --yes --plugins SharedFiles,IniFiles @/C" + kept);
+    EXPECT_NE(done.out.find("+ drivers=mmsystem.dll\n"), std::string::npos) << done.out;
+    const std::size_t at = done.out.find("scrubwell undo ");
+    ASSERT_NE(at, std::string::npos) << done.out;
+    const Result undone =
+        Shell("cd / && " SCRUBWELL_PROGRAM + done.out.substr(at + 9, done.out.size() - at - 10));
+    EXPECT_EQ(undone.status, 0) << undone.err;
+    EXPECT_EQ(Found(), before);
+  }
+  const json sessions = Answer("sessions list" + kept, 0)["sessions"];
+  ASSERT_EQ(sessions.size(), 4U);
+  EXPECT_GT(sessions[0]["bytes"], 1000);
+  // One that waits for recover stays, however old it is.
+  fs::remove(fs::path(sessions[0]["folder"].get<std::string>()) / "carried-out");
+  const std::pair<const char*, std::size_t> rows[] = {{"--keep 0 --older-than 1", 0},
+                                                      {"--keep 9", 0},
+                                                      {"--keep 0 --dry-run", 3},
+                                                      {"--keep 3", 0},
+                                                      {"--keep 1 --older-than 0", 2}};
+  for (const auto& [limits, removed] : rows) {
+    const json answer = Answer(std::string("sessions prune --yes ") + limits + kept, 0);
+    EXPECT_EQ(answer["removed"].size(), removed) << limits;
+  }
+  const json left = Answer("undo --list" + kept, 0)["sessions"];
+  EXPECT_EQ(left.size(), 2U);
+  EXPECT_EQ(left[0], Answer("sessions list" + kept, 0)["sessions"][0]);
 }
 
 TEST_F(Clean, WrongUseChangesNothing) {
@@ -170,6 +209,15 @@ TEST_F(Clean, IgnoresForGood) {
     EXPECT_EQ(result.out.find(row.part) != std::string::npos, row.isThere)
         << row.arguments << row.part << result.out << result.err;
   }
+  const json list = Answer("ignore list --windows @/C", 0)["ignored"];
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0]["id"], mine);
+  EXPECT_EQ(list[0]["reason"], "kept: 100% = mine");
+  EXPECT_TRUE(!list[0]["machine"] && list[1]["machine"]);
+  // A hidden problem is explained too, but nothing would become of it.
+  const json why = Answer("explain " + mine + " --windows @/C", 0);
+  EXPECT_TRUE(!why["problem"]["visible"] && why["complete"] && why["changes"].empty());
+  EXPECT_EQ(Answer("recover --windows @/C", 0)["outcome"], "nothing_to_do");
   EXPECT_EQ(Run("ignore remove " + mine + Where).status, 0);
   EXPECT_EQ(Run("ignore remove --machine " + all + Where).status, 0);
   EXPECT_EQ(Found().size(), found);
@@ -198,9 +246,15 @@ TEST_F(Clean, JournalsMustBeWholeAndFit) {
                   " @/samples @/other")
                 .status,
             0);
-  ExpectComplaint(Run("undo --windows @/other/C --backup @/backup"), 2, "");
+  ExpectComplaint(Run("undo --windows @/other/C --backup @/backup"), 2, "no clean of this");
+  ExpectComplaint(
+      Run("undo --windows @/other/C --backup @/backup " + done["session"].get<std::string>()), 2,
+      "another Windows");
+  ASSERT_EQ(Run("clean --all --yes --plugins Fonts @/other/C --backup @/backup").status, 0);
+  ASSERT_EQ(Shell("rm -r @/other/C && cp -r @/C @/other/C").status, 0);
+  ExpectComplaint(Run("undo --backup @/backup"), 2, "another Windows");
   EXPECT_TRUE(Disk() == disk);
-  EXPECT_EQ(Run("undo" + Where).status, 0) << "the whole journal still does";
+  EXPECT_EQ(Answer("undo" + Where, 0)["session"], done["session"]) << "of this Windows the last";
 }
 
 }  // namespace

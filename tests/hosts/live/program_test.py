@@ -135,6 +135,7 @@ RUNS = [
     (["undo", "--list"], 0, "No sessions.", ""),
     (["undo"], 2, "", "scrubwell: "),
     (["recover"], 0, "Nothing was interrupted.", ""),
+    (["sessions", "list"], 0, "No sessions.", ""),
     (["ignore", "list", "--live"], 0, "No problems are hidden.", ""),
 ]
 
@@ -180,6 +181,7 @@ BOLD, STOP, CLOSE = "\x1b[1m", "\x03", "the window goes"
 # Whatever that line then says, it comes too late.
 # After what is typed, arguments, environment, exit status, what is shown, what is not.
 CONSOLES = [
+    ("close this window", "\r", [], {}, 0, "is used from a command prompt", "scrubwell: "),
     ("", "", SHOW, {}, 1, BOLD, "[y/N]"),
     ("", "", SHOW, {}, 1, "Scrubgone Möwe", "scrubwell: "),
     ("", "", SHOW, {"NO_COLOR": "1"}, 1, "Scrubgone Möwe", BOLD),
@@ -241,14 +243,16 @@ def check_clean(windows):
         expect(run[0] == status and out in run[1], arguments, *run)
     expect(windows.planted("show") == all_there, "changed before the clean")
 
-    kept = ["--backup", "C:\\Kept"]
+    kept = ["--backup", "C:\\Kept for later"]
     run = windows.run(scrubwell, "clean", "--all", "--filter", "scrubgone", "--yes", *kept)
-    expect(run[0] == 0, "clean", *run)
+    session = os.listdir(os.path.join(windows.drive, "Kept for later"))[0]
+    expect(run[0] == 0 and
+           f'scrubwell undo {session} --backup "C:\\Kept for later"' in run[1], "clean", *run)
     expect(set(windows.planted("show").values()) == {"gone"}, "after", windows.planted("show"))
     expect(not windows.scan("--filter", "scrubgone")["problems"], "found after the clean")
     listed = windows.run(scrubwell, "undo", "--list", "--format", "json", *kept)[1]
     expect(len(json.loads(listed)["sessions"]) == 1, "sessions", listed)
-    interrupt(os.path.join(windows.drive, "Kept", json.loads(listed)["sessions"][0]["name"]))
+    interrupt(os.path.join(windows.drive, "Kept for later", json.loads(listed)["sessions"][0]["name"]))
     for arguments, out in [
         (["recover"], "Nothing was interrupted."),
         (["recover", *kept], "was interrupted; what it had changed by then can be put back"),
@@ -283,8 +287,16 @@ def by_identity(problems):
             for p in problems}
 
 
+def hidden(problems):
+    return {identity for identity, problem in problems.items() if not problem["visible"]}
+
+
 def compare(windows):
     """The same registry and files, seen from inside and from outside."""
+    for plugin, whose in (("Sounds", []), ("Fonts", ["--machine"])):
+        one = windows.scan("--plugins", plugin)["problems"][0]["id"]
+        run = windows.run(scrubwell, "ignore", "add", one, "--plugins", plugin, *whose)
+        expect(run[0] == 0, "ignore add", *whose, *run)
     live = by_identity(windows.scan()["problems"])
     windows.stop()
     subprocess.run([os.path.join(offline, "wineprefix2hives"), windows.home + "/prefix"],
@@ -293,6 +305,8 @@ def compare(windows):
                           "--windows", windows.drive], capture_output=True, timeout=300)
     expect(run.returncode == 1 and not run.stderr, "offline", run.returncode, run.stderr)
     seen = by_identity(json.loads(run.stdout)["problems"])
+    expect(hidden(live) == hidden(seen) and len(hidden(seen)) == 2, "hidden:", hidden(live),
+           "and switched off:", hidden(seen))
     print(len(live), "problems of the running Windows,", len(seen), "of it switched off")
     only_running = {mark(live[identity]) for identity in live.keys() - seen.keys()}
     expect(only_running == ONLY_RUNNING, "only running:", sorted(live.keys() - seen.keys()))

@@ -25,22 +25,6 @@ TEST(JsonWriter, EscapesWhatJsonAndUnicodeDemand) {
   }
 }
 
-TEST(JsonWriter, Nests) {
-  std::string out;
-  JsonWriter json(out);
-  json.BeginObject();
-  json.Key("a").BeginArray();
-  json.EndArray();
-  json.Key("b").BeginArray();
-  json.Number(-1);
-  json.BeginObject();
-  json.Key("c").Bool(true);
-  json.EndObject();
-  json.EndArray();
-  json.EndObject();
-  EXPECT_EQ(out, "{\n  \"a\": [],\n  \"b\": [\n    -1,\n    {\n      \"c\": true\n    }\n  ]\n}");
-}
-
 TEST(Report, NoEntrySteersTheTerminal) {
   const std::pair<UnicodeString, std::string> rows[] = {
       {u"plain Ä €", "plain Ä €"},           {u"\u001b[2J\u009b\u0007", "\uFFFD[2J\uFFFD\uFFFD"},
