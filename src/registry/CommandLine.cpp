@@ -105,7 +105,6 @@ Status GrowingPrefix(UnicodeView text, Want want, UnicodeString& found, std::siz
 struct Split {
   Status status = Status::Unknown;
   UnicodeString found;
-  UnicodeString name;  // the program as written
   UnicodeView rest;
 };
 
@@ -113,7 +112,6 @@ Split SplitUnquoted(UnicodeView text, Want want) {
   Split split;
   std::size_t length = 0;
   split.status = GrowingPrefix(text, want, split.found, length);
-  split.name = text.substr(0, length);
   split.rest = text.substr(length);
   return split;
 }
@@ -127,7 +125,6 @@ Split SplitProgram(UnicodeView text, Want want) {
   const UnicodeView inner =
       text.substr(1, close == UnicodeView::npos ? UnicodeView::npos : close - 1);
   Split split;
-  split.name = inner;
   split.rest = close == UnicodeView::npos ? UnicodeView() : text.substr(close + 1);
   split.status = ProbeName(inner, want, split.found);
   if (split.status != Status::Absent || Trim(inner).empty()) return split;
@@ -161,27 +158,29 @@ UnicodeView WithoutSwitches(UnicodeView text) {
   return text;
 }
 
-// Where the entry point begins in "x.dll,Entry arguments". A comma before a backslash is part of
-// the library's path.
-std::size_t CommaOfEntry(UnicodeView text) {
-  std::size_t comma = text.find(u',');
-  while (comma != UnicodeView::npos) {
-    const std::size_t end = text.find_first_of(u", \t\\", comma + 1);
-    if (end == UnicodeView::npos || text[end] != u'\\') break;
-    comma = text.find(u',', end);
-  }
-  return comma;
+// Whether an entry point can stand here: no name of one holds a backslash.
+bool IsEntryPoint(UnicodeView text) {
+  text = Trim(text);
+  const std::size_t end = text.find_first_of(u", \t\\");
+  return end == UnicodeView::npos || text[end] != u'\\';
 }
 
-// "x.dll,Entry arguments", quoted or not, perhaps behind "/d". Every other switch ("/sta",
-// "-localserver") stands before a class, or nobody knows what it stands before.
+// "x.dll,Entry arguments", quoted or not. A comma may be part of the library's path.
+Status ProbeLibrary(UnicodeView text) {
+  if (text.starts_with(u'"')) return ProbeArgument(text, true);
+  std::size_t comma = text.find(u',');
+  while (comma != UnicodeView::npos && !IsEntryPoint(text.substr(comma + 1)))
+    comma = text.find(u',', comma + 1);
+  return ProbeArgument(text.substr(0, comma), true);
+}
+
+// A library, perhaps behind "/d". Every other switch ("/sta", "-localserver") stands before a
+// class, or nobody knows what it stands before.
 Status DllOfEntry(UnicodeView text, const Split& /*program*/, int /*depth*/) {
-  text = Trim(text);
   while (IsSwitch(text)) {
     if (!SameText(TakeWord(text).substr(1), u"d")) return Status::Unknown;
   }
-  if (text.starts_with(u'"')) return ProbeArgument(text, true);
-  return ProbeArgument(text.substr(0, CommaOfEntry(text)), true);
+  return ProbeLibrary(text);
 }
 
 // Libraries, with switches anywhere before and behind them. What a switch says in quotation marks
@@ -227,7 +226,7 @@ Status ControlPanel(UnicodeView text, const Split& /*program*/, int /*depth*/) {
   const bool named =
       text.find(u".cpl") != UnicodeView::npos || text.find(u".CPL") != UnicodeView::npos;
   if (!named || IsSwitch(text)) return Status::Unknown;
-  return ProbeArgument(text.substr(0, CommaOfEntry(text)), true);
+  return ProbeLibrary(text);
 }
 
 // "-fC:\x\Uninst.isu", the switch glued to the name, quoted or not
@@ -313,12 +312,14 @@ InstallerSwitch ReadInstallerSwitch(UnicodeView name) {
 // behind no switch is a property.
 Status InstallerPackage(UnicodeView text, const Split& /*program*/, int /*depth*/) {
   Verdict verdict;
-  while (!(text = Trim(text)).empty()) {
+  while (!text.empty()) {
+    const UnicodeView line = text;
     const UnicodeView word = TakeWord(text);
     if (!IsSwitch(word)) continue;
     const InstallerSwitch read = ReadInstallerSwitch(word.substr(1));
-    const UnicodeView file = read.glued.empty() ? text : read.glued;
     if (read.use == InstallerSwitch::Use::Other) continue;
+    // An unquoted name may go on behind a blank, glued or not.
+    const UnicodeView file = line.substr(word.size() - read.glued.size());
     if (read.use == InstallerSwitch::Use::Package) verdict.Add(ProbeArgument(file, false));
     if (read.glued.empty()) TakeWord(text);
   }

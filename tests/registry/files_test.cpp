@@ -36,6 +36,8 @@ C:\Program Files\App\UNINSTWA.EXE
 N:\here.dll
 C:\Program Files\App\INSTALL.LOG
 C:\Program Files\A,B\x.dll
+C:\Program Files\C, D\x.cpl
+C:\Program Files\C, D\y.dll
 C:\Program Files (x86)\Narrow\n.exe
 C:\Tools\bin\tool.cmd
 C:\Tools\Sub Folder\
@@ -137,6 +139,8 @@ constexpr Row kRows[] = {
     {u"rundll32 \"%ProgramFiles%\\App\\gone.dll\",Entry %1", 2},
     {u"rundll32.exe C:\\Program Files\\A,B\\gone.dll,Entry", 2},
     {u"rundll32.exe C:\\Program Files\\A,B\\x.dll,Entry C:\\Gone", 0},
+    {u"rundll32.exe C:\\Program Files\\C, D\\y.dll, Entry", 0},
+    {u"rundll32.exe \"C:\\Program Files\\C, D\\y.dll\",Entry", 0},
     {u"rundll32.exe D:\\gone.dll,Entry", 0},
     {u"rundll32.exe gone.dll,Entry", 2},
     {u"rundll32.exe sub\\gone.dll,Entry", 0},
@@ -157,6 +161,7 @@ constexpr Row kRows[] = {
     {u"msiexec /passive TRANSFORMS=C:\\Gone\\x.mst C:\\Gone\\f.msi", 0},
     {u"msiexec /famu C:\\Gone x\\f.msi", 2},
     {u"msiexec /fC:\\Gone\\f.msi", 2},
+    {u"msiexec /xC:\\Program Files\\App\\app.exe /qn", 0},
     {u"msiexec -i\"C:\\Gone\\f.msi\"", 2},
     {u"msiexec /update C:\\Gone\\f.msp REINSTALL=ALL", 2},
     {u"msiexec /i gone.msi", 0},
@@ -170,6 +175,7 @@ constexpr Row kRows[] = {
     {u"control.exe C:\\Gone\\x.cpl,@2", 2},
     {u"control.exe appearance", 0},
     {u"control.exe /name gone.cpl", 0},
+    {u"control.exe \"C:\\Program Files\\C, D\\x.cpl\",Name", 0},
     {u"javaw.exe -Xmx1g -jar \"C:\\Gone\\x.jar\" a", 2},
     {u"javaw.exe Main", 0},
     {u"cmd /k \"C:\\Program Files\\App\\app.exe\"", 0},
