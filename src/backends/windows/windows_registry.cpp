@@ -266,6 +266,7 @@ Status WindowsRegistry::PhysicalName(const KeyRef& key, bool asLink, UnicodeStri
   Side side = SidesOf(key).machine;
   if (key.root == RootKey::ClassesRoot || side.root == nullptr) return Status::Unknown;
   const UnicodeString whole = side.path;
+  if (MayGoAstray(whole) && GoesAstray(side.root, whole, side.view)) return Status::Unknown;
   UnicodeString missing;
   for (;;) {
     // Any right is enough to ask for the name.

@@ -33,11 +33,19 @@ constexpr const char* kRegistry = R"(
 "u"="1"
 [HKEY_CURRENT_USER\Software\Firm]
 "x"="u"
+; leads to SOFTWARE again
+[HKEY_LOCAL_MACHINE\SOFTWARE\Loop]
+"SymbolicLinkValue"=hex(6):5c,00,52,00,45,00,47,00,49,00,53,00,54,00,52,00,59,00,5c,00,4d,00,41,00,43,00,\
+  48,00,49,00,4e,00,45,00,5c,00,53,00,4f,00,46,00,54,00,57,00,41,00,52,00,45,00
 )";
 
 // Asked one after the other, of a plan and of a registry that is really changed: both must answer
 // alike, to these and to all that is there afterwards.
 constexpr const char* kSteps[] = {
+    "keys 32 HKLM\\SOFTWARE\\Loop\\Firm",
+    "open 64 HKLM\\SOFTWARE\\Loop\\Loop",
+    "set 64 HKLM\\SOFTWARE\\Loop\\Loop\\Firm > a=b",
+    "delete 64 HKLM\\SOFTWARE\\Loop\\Loop\\Firm",
     "drop 64 HKLM\\SOFTWARE\\Firm\\Tool > Name",
     "get 64 HKLM\\SOFTWARE\\Firm\\Tool > Name",
     "get 32 HKLM\\SOFTWARE\\Firm\\Tool > Name",
