@@ -12,12 +12,13 @@ _scrubwell_options() {
     clean) echo "$target $choice --kind --filter --all --select --dry-run --yes --until-clean
                  --backup --format --output" ;;
     undo) echo "$target --item --list --export --backup --format" ;;
-    recover) echo "$target --format" ;;
+    recover) echo "$target --backup --format" ;;
     sessions) echo "--keep --older-than --dry-run --yes --backup --format" ;;
     ignore) echo "$target --plugins --machine --reason --backup --format" ;;
     plugins) echo "--kinds" ;;
     '') echo "--version" ;;
   esac
+  case "$1" in plugins | '') ;; *) echo "--json-valid" ;; esac
   echo "--lang --help"
 }
 

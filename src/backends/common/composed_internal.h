@@ -108,6 +108,7 @@ class ComposedRegistry::Cache {
  public:
   static constexpr std::size_t kFirstSlots = 1U << 8;
   static constexpr std::size_t kMaxSlots = 1U << 10;
+  static constexpr std::size_t kLongestPath = 2048;
 
   struct Probe {
     std::uint64_t hash = 0;

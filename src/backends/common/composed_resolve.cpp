@@ -121,6 +121,8 @@ const ComposedRegistry::Place* ComposedRegistry::Cache::Find(const Probe& probe,
 }
 
 void ComposedRegistry::Cache::Store(const Probe& probe, UnicodeView path, const Place& place) {
+  // The system's own limit is far below. Longer ones would let a small hive take much memory here.
+  if (path.size() > kLongestPath) return;
   if (++stored_ > slots_.size() && slots_.size() < kMaxSlots) {
     slots_ = std::vector<Slot>(slots_.size() * 4);
     stored_ = 0;

@@ -273,11 +273,33 @@ std::string FormatJournal(const Journal& journal) {
   return text;
 }
 
-Journal LoadJournal(const std::string& folder) {
+namespace {
+
+Journal JournalOf(const std::string& folder) {
   Journal journal;
   journal.info.folder = folder;
   journal.info.name = NameOf(LocalPath(folder));
   journal.info.carriedOut = IsLocalFile(folder + std::string(kCarriedOutFile));
+  return journal;
+}
+
+}  // namespace
+
+Journal LoadJournalHead(const std::string& folder) {
+  constexpr std::size_t kLongest = std::size_t{1} << 20U;
+  Journal journal = JournalOf(folder);
+  Bytes bytes;
+  JsonValue line;
+  ReadLocalFile(folder + std::string(kJournalFile), bytes, kLongest);
+  if (!JsonLines(TextOf(bytes)).Next(line) || !line.Has("journal") || !TakeLine(line, journal)) {
+    journal.info.error = folder + ": the session's journal can't be read";
+  }
+  if (journal.live) journal.info.carriedOut = true;
+  return journal;
+}
+
+Journal LoadJournal(const std::string& folder) {
+  Journal journal = JournalOf(folder);
   Bytes bytes;
   if (!ReadLocalFile(folder + std::string(kJournalFile), bytes)) {
     journal.info.error = folder + ": the session's journal can't be read";

@@ -99,6 +99,9 @@ Journal LoadJournal(const std::string& folder);
 void PutAttributes(JsonLine& line, const FileAttributes& attributes);
 bool TakeAttributes(const JsonValue& json, FileAttributes& out);
 
+/// What its first line tells: whose it is, not what is in it.
+Journal LoadJournalHead(const std::string& folder);
+
 /// The file with the content that an entry's file had.
 std::string ContentFile(const std::string& folder, const JournalEntry& entry);
 

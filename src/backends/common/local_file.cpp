@@ -1,5 +1,6 @@
 #include "backends/common/local_file.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 
@@ -39,12 +40,16 @@ bool IsLocalFile(const std::string& path) {
 }
 
 bool ReadLocalFile(const std::string& path, Bytes& out) {
+  return ReadLocalFile(path, out, out.max_size());
+}
+
+bool ReadLocalFile(const std::string& path, Bytes& out, std::size_t most) {
   out.clear();
   if (!IsLocalFile(path)) return false;
   std::error_code error;
-  const std::uintmax_t size = fs::file_size(LocalPath(path), error);
+  const std::uintmax_t size = std::min<std::uintmax_t>(fs::file_size(LocalPath(path), error), most);
   std::ifstream file(LocalPath(path), std::ios::binary);
-  if (error || !file || size > out.max_size()) return false;
+  if (error || !file) return false;
   out.resize(static_cast<std::size_t>(size));
   file.read(reinterpret_cast<char*>(out.data()), static_cast<std::streamsize>(out.size()));
   return static_cast<std::uintmax_t>(file.gcount()) == size;

@@ -19,5 +19,7 @@ std::string NameOf(const std::filesystem::path& path);
 bool IsLocalFile(const std::string& path);
 /// False when it is no file or can't be read whole. Links are not followed.
 bool ReadLocalFile(const std::string& path, Bytes& out);
+/// The same, but of a longer file its first `most` bytes.
+bool ReadLocalFile(const std::string& path, Bytes& out, std::size_t most);
 
 }  // namespace scrubwell

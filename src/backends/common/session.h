@@ -146,7 +146,7 @@ std::string DefaultBackupFolder();
 /// All sessions of a backup folder (empty: the default one), the oldest first.
 std::vector<SessionInfo> ListSessions(const std::string& backupFolder);
 
-/// The newest clean of that Windows that was carried out; empty when there is none.
+/// The newest clean of that Windows (empty: of any) that was carried out; empty when there is none.
 std::string NewestSession(const std::string& backupFolder, UnicodeView identity);
 
 /// The bytes of all files in a session's folder.
@@ -164,6 +164,15 @@ std::vector<SessionInfo> SessionsToPrune(const std::vector<SessionInfo>& session
 /// Removes the session's folder with all that is in it: it can't be put back any more. Empty, or
 /// one sentence that says why not.
 std::string RemoveSession(const SessionInfo& session);
+
+/// The folder of a session, or of the newest clean that was carried out; empty, with one sentence,
+/// when there is none.
+std::string SessionFolder(const std::string& backupFolder, const std::string& session,
+                          std::string& error);
+
+/// What a session says of itself, without a look at its items; `error` when there is none, and then
+/// no name, or when it can't be read.
+SessionInfo SessionHead(const std::string& backupFolder, const std::string& session);
 
 /// One session; the empty name is the newest clean that was carried out. A journal that is cut or
 /// was tampered with is Unreadable.
@@ -183,8 +192,9 @@ struct UndoOptions {
   std::string session;  ///< empty: the newest clean that was carried out
   /// Ids of items or of problems (all their items); empty: everything.
   std::vector<std::string> items;
-  /// Is told before each item how many are done and how many there are; false stops. Offline
-  /// nothing is changed then; on the running system what was put back so far stays.
+  /// Is told before each item, and before what was put back is written, how many are done and how
+  /// many there are; false stops. Offline nothing is changed then; on the running system, where
+  /// each item is written at once, what was put back so far stays.
   std::function<bool(std::size_t done, std::size_t all)> progress = {};
 };
 

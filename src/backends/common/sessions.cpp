@@ -29,6 +29,23 @@ void AddTree(const JournalEntry& entry, std::vector<reg::KeyEntry>& out) {
   }
 }
 
+// The folders that hold a journal, the oldest first.
+std::vector<std::string> SessionNames(const std::string& folder) {
+  std::vector<std::string> names;
+  std::error_code error;
+  std::filesystem::directory_iterator entry(LocalPath(folder), error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    std::string name = NameOf(entry->path());
+    if (IsLocalFile(folder + "/" + name + std::string(kJournalFile))) names.push_back(name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool IsDoneClean(const SessionInfo& info) {
+  return info.carriedOut && info.undoes.empty() && info.error.empty();
+}
+
 std::string FolderOrDefault(const std::string& backupFolder) {
   return backupFolder.empty() ? DefaultBackupFolder() : backupFolder;
 }
@@ -49,41 +66,48 @@ std::string DefaultBackupFolder() {
 
 std::vector<SessionInfo> ListSessions(const std::string& backupFolder) {
   std::vector<SessionInfo> sessions;
-  std::error_code ignored;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(LocalPath(FolderOrDefault(backupFolder)), ignored)) {
-    const std::string folder = FolderOrDefault(backupFolder) + "/" + NameOf(entry.path());
-    if (!IsLocalFile(folder + std::string(kJournalFile))) continue;
-    sessions.push_back(LoadJournal(folder).info);
+  for (const std::string& name : SessionNames(FolderOrDefault(backupFolder))) {
+    sessions.push_back(LoadJournal(FolderOrDefault(backupFolder) + "/" + name).info);
   }
-  std::sort(sessions.begin(), sessions.end(),
-            [](const SessionInfo& a, const SessionInfo& b) { return a.name < b.name; });
   return sessions;
 }
 
 std::string NewestSession(const std::string& backupFolder, UnicodeView identity) {
-  const std::vector<SessionInfo> sessions = ListSessions(backupFolder);
-  for (auto info = sessions.rbegin(); info != sessions.rend(); ++info) {
-    if (!info->carriedOut || !info->undoes.empty() || !info->error.empty()) continue;
-    if (LoadJournal(info->folder).identity == identity) return info->name;
+  const std::string folder = FolderOrDefault(backupFolder);
+  const std::vector<std::string> names = SessionNames(folder);
+  for (auto name = names.rbegin(); name != names.rend(); ++name) {
+    const Journal journal = LoadJournalHead(folder + "/" + *name);
+    if (IsDoneClean(journal.info) && (identity.empty() || journal.identity == identity)) {
+      return *name;
+    }
   }
   return {};
 }
 
+std::string SessionFolder(const std::string& backupFolder, const std::string& session,
+                          std::string& error) {
+  const std::string all = FolderOrDefault(backupFolder);
+  const std::string name = session.empty() ? NewestSession(backupFolder, {}) : session;
+  const std::string folder = all + "/" + name;
+  if (!name.empty() && name.find_first_of("/\\") == std::string::npos &&
+      IsLocalFile(folder + std::string(kJournalFile))) {
+    return folder;
+  }
+  error = session.empty() ? all + ": there is no session" : folder + ": there is no such session";
+  return {};
+}
+
+SessionInfo SessionHead(const std::string& backupFolder, const std::string& session) {
+  SessionInfo info;
+  const std::string folder = SessionFolder(backupFolder, session, info.error);
+  return folder.empty() ? info : LoadJournalHead(folder).info;
+}
+
 SessionContent ReadSession(const std::string& backupFolder, const std::string& session) {
   SessionContent content;
-  std::string name = session;
-  if (name.empty()) {
-    for (const SessionInfo& info : ListSessions(backupFolder)) {
-      if (info.carriedOut && info.undoes.empty()) name = info.name;
-    }
-  }
-  const std::string folder = FolderOrDefault(backupFolder) + "/" + name;
-  if (name.empty() || name.find_first_of("/\\") != std::string::npos ||
-      !IsLocalFile(folder + std::string(kJournalFile))) {
+  const std::string folder = SessionFolder(backupFolder, session, content.error);
+  if (folder.empty()) {
     content.failure = CleanFailure::WrongUse;
-    content.error = session.empty() ? FolderOrDefault(backupFolder) + ": there is no session"
-                                    : folder + ": there is no such session";
     return content;
   }
   Journal journal = LoadJournal(folder);

@@ -204,7 +204,8 @@ CleanOpenResult CleanSession::Parts::ChooseBackupFolder() {
   const std::string wanted = isDefault ? DefaultBackupFolder() : options.backupFolder;
   if (wanted.empty()) return Failed(CleanFailure::WrongUse, "there is no folder for backups");
   std::error_code ignored;
-  backupFolder = fs::weakly_canonical(fs::absolute(wanted), ignored).string();
+  const fs::path whole = fs::absolute(wanted, ignored);
+  if (!ignored) backupFolder = fs::weakly_canonical(whole, ignored).string();
   if (ignored) {
     return Failed(CleanFailure::WrongUse, wanted + ": " + ignored.message());
   }
@@ -229,7 +230,9 @@ CleanOpenResult CleanSession::Parts::ChooseBackupFolder() {
 std::string CleanSession::Parts::OpenBackups() {
   if (backups.folder.Good()) return {};
   std::vector<fs::path> missing;
-  for (fs::path folder = backupFolder; !fs::exists(folder); folder = folder.parent_path()) {
+  std::error_code ignored;
+  for (fs::path folder = backupFolder; !fs::exists(folder, ignored);
+       folder = folder.parent_path()) {
     missing.push_back(folder);
   }
   for (auto folder = missing.rbegin(); folder != missing.rend(); ++folder) {

@@ -511,13 +511,13 @@ std::string WhyNotUndo(const Journal& journal, const UnicodeString& identity) {
 }  // namespace
 
 UndoResult Undo(const UndoOptions& options, offline::IDisk* disk) {
-  SessionContent content = ReadSession(options.backupFolder, options.session);
-  if (content.failure != CleanFailure::None) return Failed(content.failure, content.error);
+  std::string error;
+  const std::string named = SessionFolder(options.backupFolder, options.session, error);
+  if (named.empty()) return Failed(CleanFailure::WrongUse, error);
   std::error_code ignored;
-  const std::filesystem::path folder =
-      std::filesystem::weakly_canonical(content.info.folder, ignored);
-  content = {};
+  const std::filesystem::path folder = std::filesystem::weakly_canonical(named, ignored);
   const Journal journal = LoadJournal(folder.string());
+  if (!journal.info.error.empty()) return Failed(CleanFailure::Unreadable, journal.info.error);
   std::string unknown;
   const std::vector<const JournalEntry*> chosen = ChooseEntries(journal, options.items, unknown);
   if (!unknown.empty()) {
@@ -532,14 +532,17 @@ UndoResult Undo(const UndoOptions& options, offline::IDisk* disk) {
   if (!why.empty()) return Failed(CleanFailure::WrongUse, why);
   UndoResult result;
   result.session = journal.info.name;
+  const auto goesOn = [&] {
+    return !options.progress || options.progress(result.items.size(), chosen.size());
+  };
   for (const JournalEntry* entry : chosen) {
-    const std::size_t done = result.items.size();
-    if (options.progress && !options.progress(done, chosen.size())) {
-      return Failed(CleanFailure::Stopped, "stopped; nothing was changed");
-    }
+    if (!goesOn()) break;
     result.items.push_back(run.Restore(*entry));
   }
   run.Finish(result.items);
+  if (result.items.size() < chosen.size() || !goesOn()) {
+    return Failed(CleanFailure::Stopped, "stopped; nothing was changed");
+  }
   run.parts.journal.info.undoes = journal.info.name;
   why = AddUndoneMarks(journal, result.items, run.parts.backups, run.parts.furtherSteps);
   if (!why.empty()) return Failed(CleanFailure::NotWritten, why);

@@ -377,9 +377,11 @@ UndoResult UndoLive(const UndoOptions& options) {
 }
 
 UndoResult UndoLive(const UndoOptions& options, windows::ComFactories factories) {
-  const SessionContent content = ReadSession(options.backupFolder, options.session);
-  if (content.failure != CleanFailure::None) return Failed(content.failure, content.error);
-  const Journal journal = LoadJournal(content.info.folder);
+  std::string error;
+  const std::string folder = SessionFolder(options.backupFolder, options.session, error);
+  if (folder.empty()) return Failed(CleanFailure::WrongUse, error);
+  const Journal journal = LoadJournal(folder);
+  if (!journal.info.error.empty()) return Failed(CleanFailure::Unreadable, journal.info.error);
   std::string unknown;
   const auto chosen = ChooseEntries(journal, options.items, unknown);
   if (!unknown.empty())
@@ -392,7 +394,7 @@ UndoResult UndoLive(const UndoOptions& options, windows::ComFactories factories)
     return Failed(CleanFailure::Refused, "another Scrubwell is at work on this system");
   UndoResult result;
   result.session = journal.info.name;
-  const std::string backups = content.info.folder.substr(0, content.info.folder.rfind('/'));
+  const std::string backups = folder.substr(0, folder.rfind('/'));
   windows::LiveUndo undo(tools, journal, backups);
   bool isStopped = false;
   for (const JournalEntry* entry : chosen) {

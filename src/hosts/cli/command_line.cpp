@@ -10,6 +10,7 @@
 #include "hosts/cli/targets.h"
 #include "hosts/report/columns.h"
 #include "hosts/report/host_texts.h"
+#include "hosts/report/json_writer.h"
 #include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
 
@@ -57,6 +58,7 @@ struct RawOptions {
   std::string key;
   std::string keep;
   std::string olderThan;
+  bool jsonValid = false;
 };
 
 // Looked for before the line is understood, so that its errors speak the right language already.
@@ -166,6 +168,7 @@ void AddList(CLI::App& app, const char* name, std::vector<std::string>& list, co
 void AddFormat(CLI::App& app, RawOptions& raw, std::size_t formats = CommonFormats) {
   app.add_option("--format", raw.format, Say(texts::FormatOption))
       ->type_name(FormatList(formats, "|"));
+  app.add_flag("--json-valid", raw.jsonValid, Say(texts::JsonValidOption));
 }
 
 void AddBackup(CLI::App& app, RawOptions& raw) {
@@ -284,7 +287,7 @@ CLI::App* AddRecover(CLI::App& app, RawOptions& raw) {
   CLI::App* recover = AddCommand(app, raw, "recover", texts::RecoverCommand);
   AddPlace(*recover, raw);
   AddTarget(*recover, raw, texts::WindowsOption);
-  if (TargetIsRunningSystem()) AddBackup(*recover, raw);
+  AddBackup(*recover, raw);
   AddFormat(*recover, raw);
   return recover;
 }
@@ -686,6 +689,8 @@ ParsedCommand ParseCommandLine(int argc, const char* const* argv) {
   } catch (const CLI::ParseError& error) {
     return Complain(app, raw, error);
   }
+  WriteValidJsonText(raw.jsonValid);
+  raw.target.backupFolder = raw.backup;
   ScanOptions options;
   for (const auto& [command, finish, needsFolder] : commands) {
     if (!command->parsed()) continue;

@@ -56,7 +56,8 @@ int Greet() {
 int Fail(ExitCode code, std::string_view sentence) {
   // Some sentences come complete from where they arose.
   if (sentence.ends_with('.')) sentence.remove_suffix(1);
-  std::string whole = InReportLanguage(sentence);
+  // Names in it may come from the disk.
+  std::string whole = Printable(FromUtf8(InReportLanguage(sentence)));
   if (!whole.ends_with('?')) whole += '.';
   WriteTo(Stream::Error, "scrubwell: " + whole + '\n');
   return code;
@@ -67,6 +68,7 @@ ExitCode CodeOf(OpenFailure failure) {
 }
 
 ExitCode CodeOf(CleanFailure failure) {
+  if (failure == CleanFailure::Stopped) return Stopped;
   return failure == CleanFailure::WrongUse ? WrongUse : Unreadable;
 }
 

@@ -23,21 +23,34 @@ ProgressLine::~ProgressLine() {
 }
 
 void ProgressLine::Show(const RunProgress& progress) {
-  if (!terminal_) return;
-  const auto now = std::chrono::steady_clock::now();
-  if (shown_ && !progress.mustDisplay && now - last_ < Interval) return;
-  last_ = now;
-  shown_ = true;
+  if (!IsDue(progress.mustDisplay)) return;
   UnicodeString label = progress.plugin->Caption;
   label += u"  ";
   label += progress.item;
+  Write(progress.promille / 10, Printable(label));
+}
+
+void ProgressLine::Show(std::string_view what, std::size_t done, std::size_t all) {
+  if (all != 0 && IsDue(false)) Write(static_cast<int>(done * 100 / all), what);
+}
+
+bool ProgressLine::IsDue(bool must) {
+  if (!terminal_) return false;
+  const auto now = std::chrono::steady_clock::now();
+  if (shown_ && !must && now - last_ < Interval) return false;
+  last_ = now;
+  shown_ = true;
+  return true;
+}
+
+void ProgressLine::Write(int percent, std::string_view text) {
   // Room for the percentage and a free last column, where terminals begin a new line.
   const std::size_t width = TerminalWidth(Stream::Error, UsualWidth);
-  const std::string text = Printable(label);
-  std::array<char, 16> percent{};
-  std::snprintf(percent.data(), percent.size(), "%3d %%  ", progress.promille / 10);
-  RewriteLine(Stream::Error,
-              std::string(percent.data()).append(FirstColumns(text, width > 8 ? width - 8 : 0)));
+  std::array<char, 16> share{};
+  std::snprintf(share.data(), share.size(), "%3d %%  ", percent);
+  RewriteLine(
+      Stream::Error,
+      std::string(share.data()).append(FirstColumns(std::string(text), width > 8 ? width - 8 : 0)));
 }
 
 }  // namespace scrubwell::hosts

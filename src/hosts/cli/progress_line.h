@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <string_view>
 
 #include "hosts/driver/scan_driver.h"
 
@@ -17,8 +18,13 @@ class ProgressLine {
   ProgressLine& operator=(const ProgressLine&) = delete;
 
   void Show(const RunProgress& progress);
+  /// So many of all are done.
+  void Show(std::string_view what, std::size_t done, std::size_t all);
 
  private:
+  bool IsDue(bool must);
+  void Write(int percent, std::string_view text);
+
   bool terminal_ = false;
   bool shown_ = false;
   std::chrono::steady_clock::time_point last_;

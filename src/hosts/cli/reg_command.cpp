@@ -108,14 +108,8 @@ class Search {
         text_(UpperCase(FromUtf8(*command.find))),
         json_(command.format == ReportFormat::Json) {}
 
-  int Run(std::vector<KeyName> starts) {
-    std::vector<KeyName> open(std::make_move_iterator(starts.rbegin()),
-                              std::make_move_iterator(starts.rend()));
-    while (!open.empty() && !StopRequested() && error_ == 0) {
-      const KeyName key = std::move(open.back());
-      open.pop_back();
-      Visit(key, open);
-    }
+  int Run(const std::vector<KeyName>& starts) {
+    for (const KeyName& start : starts) Walk(start);
     if (error_ != 0) {
       return Fail(WrongUse,
                   Say(texts::CantWrite, {Say(texts::StandardOutput), SystemSentence(error_)}));
@@ -129,7 +123,31 @@ class Search {
   }
 
  private:
-  void Visit(const KeyName& key, std::vector<KeyName>& open) {
+  // The subkeys of one key on the way that are still to be visited, the last one next.
+  struct Level {
+    TStringList names;
+    std::size_t pathLength = 0;
+  };
+
+  // Only names wait to be visited, not their paths, which a small hive can make very long.
+  void Walk(KeyName key) {
+    std::vector<Level> levels;
+    Visit(key, levels);
+    while (!levels.empty() && !StopRequested() && error_ == 0) {
+      Level& level = levels.back();
+      if (level.names.empty()) {
+        levels.pop_back();
+        continue;
+      }
+      key.path.resize(level.pathLength);
+      if (!key.path.empty()) key.path += u'\\';
+      key.path += level.names.back();
+      level.names.pop_back();
+      if (!IsAlias(key)) Visit(key, levels);
+    }
+  }
+
+  void Visit(const KeyName& key, std::vector<Level>& levels) {
     const std::size_t slash = key.path.rfind(u'\\');
     const UnicodeView name =
         UnicodeView(key.path).substr(slash == UnicodeString::npos ? 0 : slash + 1);
@@ -145,20 +163,14 @@ class Search {
         Show(key, &value, "data");
       }
     }
-    if (static_cast<std::size_t>(std::count(key.path.begin(), key.path.end(), u'\\')) >= kDeepest) {
-      return;
-    }
-    if (registry_.EnumKeys(key.Ref(), names_) != Status::Ok) {
+    if (levels.size() >= kDeepest) return;
+    Level below{{}, key.path.size()};
+    if (registry_.EnumKeys(key.Ref(), below.names) != Status::Ok) {
       ++unread_;
       return;
     }
-    // The last one put on the pile is the next one to be visited.
-    std::for_each(names_.rbegin(), names_.rend(), [&](const UnicodeString& subkey) {
-      KeyName child{key.root, key.path, key.view};
-      if (!child.path.empty()) child.path += u'\\';
-      child.path += subkey;
-      if (!IsAlias(child)) open.push_back(std::move(child));
-    });
+    std::reverse(below.names.begin(), below.names.end());
+    levels.push_back(std::move(below));
   }
 
   // What lies there lies beside it under its own name.
@@ -189,7 +201,6 @@ class Search {
   UnicodeString text_;
   bool json_;
   std::vector<RegValue> values_;
-  TStringList names_;
   std::string line_;
   std::size_t hits_ = 0;
   std::size_t unread_ = 0;
@@ -222,7 +233,7 @@ int Run(const RegCommand& command) {
   if (keys.size() == 1 && registry.OpenKey(keys.front().Ref(), info) == Status::Absent) {
     return Fail(ProblemsFound, Say(texts::KeyAbsent, {HeadLine(keys.front())}));
   }
-  return Search(command, registry).Run(std::move(keys));
+  return Search(command, registry).Run(keys);
 }
 
 }  // namespace scrubwell::hosts

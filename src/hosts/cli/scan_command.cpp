@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 
 #include "backends/common/local_file.h"
@@ -65,6 +66,12 @@ std::optional<std::string> WriteReport(const ScanReport& report, const ScanComma
 
 // Nothing, or one sentence that says why the earlier report can't be used.
 std::optional<std::string> ReadPrevious(const std::string& path, PreviousScan& previous) {
+  std::error_code error;
+  const auto kind = std::filesystem::status(LocalPath(path), error).type();
+  // Opening a pipe would wait for somebody to write into it.
+  if (kind != std::filesystem::file_type::regular &&
+      std::filesystem::exists(LocalPath(path), error))
+    return Say(texts::NotAReport, {path});
   std::ifstream file(LocalPath(path), std::ios::binary);
   const auto unreadable = [&path] { return Say(texts::CantRead, {path, SystemSentence(errno)}); };
   if (!file) return unreadable();

@@ -1,13 +1,16 @@
 #include <algorithm>
+#include <optional>
 
 #include "hosts/cli/clean_report.h"
 #include "hosts/cli/commands.h"
 #include "hosts/cli/output_file.h"
+#include "hosts/cli/progress_line.h"
 #include "hosts/cli/stop_signals.h"
 #include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/json_writer.h"
 #include "hosts/report/language.h"
+#include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
 
@@ -34,10 +37,10 @@ std::optional<int> SettleSession(UndoOptions& options) {
   const bool isNamed = !options.session.empty();
   std::string newest;
   if (options.target.folder.empty() && !TargetIsRunningSystem()) {
-    const SessionContent content = ReadSession(options.backupFolder, options.session);
-    if (content.failure != CleanFailure::None) return Fail(CodeOf(content.failure), content.error);
-    options.target.folder = content.info.target;
-    newest = content.info.name;
+    const SessionInfo info = SessionHead(options.backupFolder, options.session);
+    if (!info.error.empty()) return Fail(info.name.empty() ? WrongUse : Unreadable, info.error);
+    options.target.folder = info.target;
+    newest = info.name;
   }
   if (isNamed) return std::nullopt;
   TargetOptions target = options.target;
@@ -68,8 +71,10 @@ std::string RecoverText(const RecoverResult& result) {
   std::string text = Say(texts::RecoverNothing);
   if (result.outcome == Outcome::Completed) text = Say(texts::RecoverCompleted);
   if (result.outcome == Outcome::RolledBack) text = Say(texts::RecoverRolledBack);
+  if (result.outcome == Outcome::SetAside) text = Say(texts::RecoverSetAside);
   text += '\n';
-  for (const std::string& note : result.notes) text += note + '\n';
+  // Their paths come from the disk.
+  for (const std::string& note : result.notes) text += Printable(FromUtf8(note)) + '\n';
   return text;
 }
 
@@ -81,6 +86,7 @@ std::string RecoverJson(const RecoverResult& result) {
   json.Key("scrubwell").Text(SCRUBWELL_VERSION);
   json.Key("outcome").Text(result.outcome == Outcome::Completed    ? "completed"
                            : result.outcome == Outcome::RolledBack ? "rolled_back"
+                           : result.outcome == Outcome::SetAside   ? "set_aside"
                                                                    : "nothing_to_do");
   json.Key("notes").BeginArray();
   for (const std::string& note : result.notes) json.Text(note);
@@ -100,7 +106,16 @@ int Run(const UndoCommand& command) {
   options.session = command.session;
   options.items = command.items;
   if (const auto code = SettleSession(options)) return *code;
-  const UnstoppableSection section;
+  ProgressLine line;
+  std::optional<UnstoppableSection> writing;
+  CatchStopSignals();
+  options.progress = [&](std::size_t done, std::size_t all) {
+    // A request that came in up to here still counts; what is then written is to be whole.
+    if (StopRequested()) return false;
+    if (done == all) writing.emplace();
+    line.Show(Say(texts::UndoProgress), done, all);
+    return true;
+  };
   const UndoResult result = UndoSession(options);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
   const bool json = command.format == ReportFormat::Json;

@@ -461,6 +461,16 @@ inline constexpr TText UndoTaken(u"belegt", u"taken");
 inline constexpr TText UndoFailed(u"fehlgeschlagen", u"failed");
 inline constexpr TText UndoSummary(u"Wiederhergestellt: %s. Schon da: %s. Nicht möglich: %s.",
                                    u"Put back: %s. Already there: %s. Not possible: %s.");
+inline constexpr TText RecoverSetAside(
+    u"Auf dem Datenträger liegt ein Vermerk, den keine Sitzung im Sicherungsordner kennt. Er ist "
+    u"zur "
+    u"Seite gelegt, ausgeführt ist nichts davon.",
+    u"The disk bears a record that no session in the backup folder knows. It was set aside, and "
+    u"nothing of it was carried out.");
+inline constexpr TText UndoProgress(u"Zurücknehmen", u"Putting back");
+inline constexpr TText JsonValidOption(
+    u"in JSON halbe Zeichen (einzelne Surrogate) durch U+FFFD ersetzen, für strenge Leser",
+    u"in JSON replace half characters (lone surrogates) by U+FFFD, for strict readers");
 inline constexpr TText RecoverNothing(u"Nichts war unterbrochen.", u"Nothing was interrupted.");
 inline constexpr TText RecoverCompleted(u"Die unterbrochene Änderung ist jetzt abgeschlossen.",
                                         u"The interrupted change was completed.");

@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <array>
 
+#include "hosts/report/problem_parts.h"
 #include "hosts/report/surrogates.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
 
 namespace {
+
+constexpr char16_t kReplacement = 0xFFFD;
+
+bool validText = false;
 
 void AppendEscape(std::string& out, char16_t unit) {
   constexpr std::string_view digits = "0123456789abcdef";
@@ -46,7 +51,7 @@ std::size_t AppendPlain(std::string& out, UnicodeView text) {
 }
 
 // Everything but plain ASCII goes the slow way.
-void AppendUnit(std::string& out, UnicodeView text, std::size_t& at) {
+void AppendUnit(std::string& out, UnicodeView text, std::size_t& at, bool valid) {
   const char16_t unit = text[at];
   switch (unit) {
     case u'"':
@@ -67,12 +72,13 @@ void AppendUnit(std::string& out, UnicodeView text, std::size_t& at) {
     default:
       break;
   }
-  if (unit < 0x20 || unit == 0x7F) {
+  if (IsUnsafe(unit)) {
+    // As they are they would act on the terminal that shows the report.
     AppendEscape(out, unit);
   } else if (IsHighSurrogate(unit) && at + 1 < text.size() && IsLowSurrogate(text[at + 1])) {
     out += ToUtf8(text.substr(at++, 2));
   } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
-    AppendEscape(out, unit);
+    AppendEscape(out, valid ? kReplacement : unit);
   } else if (unit < 0x800) {
     out += static_cast<char>(0xC0 | unit >> 6);
     out += static_cast<char>(0x80 | (unit & 0x3F));
@@ -82,6 +88,13 @@ void AppendUnit(std::string& out, UnicodeView text, std::size_t& at) {
 }
 
 }  // namespace
+
+void WriteValidJsonText(bool valid) {
+  validText = valid;
+}
+
+JsonWriter::JsonWriter(std::string& out, JsonLayout layout)
+    : out_(out), layout_(layout), valid_(validText || layout == JsonLayout::OneLine) {}
 
 JsonWriter& JsonWriter::Key(std::string_view name) {
   Text(name);
@@ -95,7 +108,7 @@ void JsonWriter::Text(UnicodeView text) {
   out_ += '"';
   for (std::size_t i = 0; i < text.size(); ++i) {
     i += AppendPlain(out_, text.substr(i));
-    if (i < text.size()) AppendUnit(out_, text, i);
+    if (i < text.size()) AppendUnit(out_, text, i, valid_);
   }
   out_ += '"';
 }

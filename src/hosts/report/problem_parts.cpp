@@ -33,14 +33,6 @@ constexpr std::array<Range, 11> kUnsafe{{{0x00, 0x1F},
                                          {0xFFF9, 0xFFFB},
                                          {0xFFFE, 0xFFFF}}};
 
-bool IsUnsafe(char16_t unit) {
-  if (unit >= 0x20 && unit < 0x7F) return false;
-  for (const Range& range : kUnsafe) {
-    if (unit >= range.first && unit <= range.last) return true;
-  }
-  return false;
-}
-
 bool IsBreak(char16_t unit) {
   return unit == u'\n' || unit == u'\r' || unit == u'\t';
 }
@@ -143,6 +135,14 @@ ProblemPlace PlaceOf(const TSweepError& problem) {
     }
   }
   return place;
+}
+
+bool IsUnsafe(char16_t unit) {
+  if (unit >= 0x20 && unit < 0x7F) return false;
+  for (const Range& range : kUnsafe) {
+    if (unit >= range.first && unit <= range.last) return true;
+  }
+  return false;
 }
 
 UnicodeString Harmless(UnicodeView text, bool keepBreaks) {

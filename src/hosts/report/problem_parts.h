@@ -40,6 +40,9 @@ struct DataItem {
 };
 DataItem SplitItem(UnicodeView item);
 
+/// Controls, and marks that turn the writing direction, join or hide.
+bool IsUnsafe(char16_t unit);
+
 /// Text for readers that show it as it comes: lone surrogates, control characters and marks that
 /// turn or hide writing become U+FFFD. With `keepBreaks` line breaks and tabs stay.
 UnicodeString Harmless(UnicodeView text, bool keepBreaks);
