@@ -29,8 +29,9 @@ class IRegistry {
   virtual Status SetValue(const KeyRef& key, const RegValue& value) = 0;
   /// Creates the key and its missing parents; Ok when it is there already.
   virtual Status CreateKey(const KeyRef& key) = 0;
-  /// Deletes the key with its subtree. In the classes root exactly one physical key goes: the
-  /// user's where there is one, else the machine's. With `force` the key's rights are overridden.
+  /// Deletes the key with its subtree, or nothing of it where the rights of any key in it forbid
+  /// that. In the classes root exactly one physical key goes: the user's where there is one, else
+  /// the machine's. With `force` the keys' rights are overridden.
   virtual Status DeleteKey(const KeyRef& key, bool force) = 0;
   virtual Status DeleteValue(const KeyRef& key, UnicodeView name) = 0;
   /// Ok when the user the scan runs for may delete or write the key on the running system.

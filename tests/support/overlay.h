@@ -60,10 +60,20 @@ class MemoryPlaces final : public IPhysicalKeys {
     const bool isUser = mount_.starts_with(u"HKU");
     const UnicodeString path = UnicodeString(place.substr(place.find(u'\\') + 1));
     const RootKey root = isUser ? RootKey::Users : RootKey::LocalMachine;
-    return backend_.Registry().CheckAccess({root, path, View::Bits64}, Access::Delete);
+    return MayDelete(root, path);
   }
 
  private:
+  Status MayDelete(RootKey root, const UnicodeString& path) {
+    const KeyRef key{root, path, View::Bits64};
+    Status status = backend_.Registry().CheckAccess(key, Access::Delete);
+    TStringList names;
+    if (status == Status::Ok) status = backend_.Registry().EnumKeys(key, names);
+    for (const UnicodeString& name : names) {
+      if (status == Status::Ok) status = MayDelete(root, path + u'\\' + name);
+    }
+    return status;
+  }
   // "HKLM\SOFTWARE\x" is hive and path.
   void HivePlaceOfPlace(UnicodeView place) {
     const std::size_t slash = std::min(place.find(u'\\', place.find(u'\\') + 1), place.size());

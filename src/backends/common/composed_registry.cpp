@@ -242,6 +242,24 @@ Status ComposedRegistry::Permit(const Node& node, Access access) {
   return judged.answer;
 }
 
+// A subtree goes as a whole or not at all: one key that may not go keeps all of it. A link goes
+// itself, so that its target is not asked.
+Status ComposedRegistry::PermitTree(const Node& node, int level) {
+  constexpr int kDeepest = 512;
+  if (const Status status = Permit(node, Access::Delete); status != Status::Ok) return status;
+  if (level > kDeepest) return Status::Unknown;
+  if (node.Hive().IsLink(node.key)) return Status::Ok;
+  std::vector<IHive::Subkey> subkeys;
+  Status status = node.Hive().Subkeys(node.key, subkeys);
+  for (const IHive::Subkey& subkey : subkeys) {
+    if (status != Status::Ok) break;
+    Node below = node;
+    below.key = subkey.key;
+    status = PermitTree(below, level + 1);
+  }
+  return status;
+}
+
 Status ComposedRegistry::CheckAccess(const KeyRef& key, Access access) {
   Place place;
   Status status = Resolve(key, place, nullptr, access != Access::Delete);
@@ -354,7 +372,7 @@ Status ComposedRegistry::DeleteKey(const KeyRef& key, bool force) {
   const UnicodeString& path = user ? trail.user : trail.machine;
   if (node.status != Status::Ok) return node.status;
   if (node.box != Node::Box::None || path.empty()) return Status::Denied;
-  Status status = force ? Status::Ok : Permit(node, Access::Delete);
+  Status status = force ? Status::Ok : PermitTree(node, 0);
   if (status != Status::Ok) return status;
   if (!Announce(
           {ChangeKind::DeleteKey, node.mount->place, path, {}, nullptr, &node.Hive(), node.key}))

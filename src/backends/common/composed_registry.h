@@ -128,6 +128,7 @@ class ComposedRegistry final : public IRegistry {
   Status Names(const Place& place, TStringList& out);
   void ApplyRules(const Place& place, bool bits32, TStringList& names);
   Status Permit(const Node& node, Access access);
+  Status PermitTree(const Node& node, int level);
   bool Announce(const RegistryChange& change);
   Status CreateAt(Node& node, const UnicodeString& path);
   Status WriteTarget(const KeyRef& key, bool create, Node& node, UnicodeString& path);

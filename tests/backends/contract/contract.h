@@ -19,6 +19,7 @@ struct ContractText {
   std::string registry;  ///< .reg form without its first line, physical paths (see HivePlaceOf)
   std::string files;     ///< one a line: "C:\a.txt | text=x", "C:\folder\" (see MemoryFiles::Add)
   std::u16string userSid = u"S-1-5-21-1-2-3-1001";
+  std::u16string guarded;  ///< a key of these that nobody may delete
 };
 
 class ContractWorld {

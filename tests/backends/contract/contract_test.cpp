@@ -21,6 +21,8 @@ const ContractText& Text() {
 "Empty"=""
 "Bytes"=hex:00,ff
 [HKEY_LOCAL_MACHINE\SOFTWARE\Firm\Tool\Sub]
+[HKEY_LOCAL_MACHINE\SOFTWARE\Firm\Kept\First]
+[HKEY_LOCAL_MACHINE\SOFTWARE\Firm\Kept\Second\Guarded]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Firm\Tool]
 "Name"="32"
 [HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows\CurrentVersion\App Paths\x.exe]
@@ -60,7 +62,8 @@ C:\Windows\SysWOW64\only32.dll
 C:\Windows\System32\drivers\etc\hosts | text=127.0.0.1
 C:\Data\Readme.TXT | text=hello
 C:\Data\Empty\
-)"};
+)",
+                                 .guarded = u"HKLM\\SOFTWARE\\Firm\\Kept\\Second\\Guarded"};
   return text;
 }
 
@@ -168,6 +171,11 @@ const Row kChanges[] = {
     {"open 64 HKLM\\SYSTEM\\ControlSet001\\Services\\Thing", "Absent"},
     {"delete 64 HKLM\\SOFTWARE", "Denied"},
     {"delete 64 HKCU\\", "Denied"},
+    // One key that may not go keeps all of them.
+    {"delete 64 HKLM\\SOFTWARE\\Firm\\Kept", "Denied"},
+    {"keys 64 HKLM\\SOFTWARE\\Firm\\Kept", "First,Second"},
+    {"force 64 HKLM\\SOFTWARE\\Firm\\Kept", "Ok"},
+    {"open 64 HKLM\\SOFTWARE\\Firm\\Kept", "Absent"},
 };
 
 const Row kFileChanges[] = {

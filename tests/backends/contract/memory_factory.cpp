@@ -10,6 +10,7 @@ class MemoryWorldOfText final : public ContractWorld {
   explicit MemoryWorldOfText(const ContractText& text) {
     EXPECT_EQ(backend_.AddRegistry(text.registry), "");
     EXPECT_EQ(backend_.AddFiles(text.files), "");
+    backend_.DenyDelete(text.guarded);
   }
   IRegistry& Registry() override { return backend_.Platform().registry; }
   IFiles& Files() override { return backend_.Files(); }

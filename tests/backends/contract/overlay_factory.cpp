@@ -12,6 +12,7 @@ class OverlayWorldOfText final : public ContractWorld {
   explicit OverlayWorldOfText(const ContractText& text) {
     EXPECT_EQ(base_.AddRegistry(text.registry), "");
     EXPECT_EQ(base_.AddFiles(text.files), "");
+    base_.DenyDelete(text.guarded);
     before_ = base_.DumpRegistry();
   }
   // Nothing of it reaches what is beneath.

@@ -1,5 +1,7 @@
 // The contract's world, laid out in the private Windows itself: what lies where, and which view
 // leads there, is the system's answer.
+#include <sddl.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -67,6 +69,21 @@ void MakeKey(const reg::KeyEntry& entry) {
   for (const auto& [value, remove] : entry.values)
     RegSetValueExW(key, Wide(value.name), 0, value.type, value.data.data(),
                    static_cast<DWORD>(value.data.size()));
+  RegCloseKey(key);
+}
+
+// Nobody may delete the key, or everybody may do everything with it.
+void Guard(const UnicodeString& place, bool isGuarded) {
+  const UnicodeString path = place.substr(place.find(u'\\') + 1);
+  HKEY key = nullptr;
+  constexpr REGSAM access = WRITE_DAC | KEY_WOW64_64KEY;
+  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(path), 0, access, &key) != ERROR_SUCCESS) return;
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  ConvertStringSecurityDescriptorToSecurityDescriptorW(
+      isGuarded ? L"D:(D;;SD;;;WD)(A;;KA;;;WD)" : L"D:(A;;KA;;;WD)", SDDL_REVISION_1, &descriptor,
+      nullptr);
+  EXPECT_EQ(RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, descriptor), ERROR_SUCCESS);
+  LocalFree(descriptor);
   RegCloseKey(key);
 }
 
@@ -151,7 +168,7 @@ void WriteFile(const std::string& path, const std::string& content) {
 
 class PrivateWindows final : public ContractWorld {
  public:
-  PrivateWindows(const ContractText& text, bool isPlanned) {
+  PrivateWindows(const ContractText& text, bool isPlanned) : guarded_(text.guarded) {
     // Nobody's own Windows is furnished and cleared like this.
     if (windows::SystemFunction<void()>(L"ntdll", "wine_get_version") == nullptr)
       throw std::runtime_error("for the tests' private Windows alone");
@@ -161,6 +178,7 @@ class PrivateWindows final : public ContractWorld {
     registry_ =
         std::make_unique<OursOnly>(platform_->registry, backend_.Target().userSid, text.userSid);
     for (const reg::KeyEntry& entry : reg::Parse(text.registry, {false}).keys) MakeKey(entry);
+    Guard(guarded_, true);
     // Wine's current control set may be a set of its own; elsewhere it is the link.
     if (windows::RegKey set; set.Open(HKEY_LOCAL_MACHINE, kControlSet, kRead, true) != Status::Ok)
       MakeLink(HKEY_LOCAL_MACHINE, Wide(kControlSet),
@@ -194,6 +212,7 @@ class PrivateWindows final : public ContractWorld {
     }
   }
   void Clear() {
+    Guard(guarded_, false);
     windows::RegKey set;
     RegValue target;
     if (set.Open(HKEY_LOCAL_MACHINE, kControlSet, kRead, true) == Status::Ok &&
@@ -205,6 +224,7 @@ class PrivateWindows final : public ContractWorld {
     std::filesystem::remove_all("C:\\Data");
   }
 
+  UnicodeString guarded_;
   std::string hosts_;
   std::vector<std::string> files_;
   WindowsBackend backend_{MayChange()};

@@ -1,6 +1,12 @@
 #include <gtest/gtest.h>
 
+#include "formats/regf/editor.h"
 #include "formats/regf/hive_samples.h"
+
+#ifndef _WIN32
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace scrubwell::regf {
 namespace {
@@ -280,6 +286,48 @@ const RefusalRow Refusals[] = {
 };
 
 // The search over leaves turns by their first names, and an empty one has none.
+#ifndef _WIN32
+// The end of the file is not given any more, as by a disk with bad blocks.
+TEST(HiveReader, WhatTheDiskDoesNotGiveIsCorruptAndTheRestIsThere) {
+  HiveBuilder builder;
+  const auto early = builder.CreatePath(builder.Root(), u"Early");
+  builder.SetText(early, u"v", u"text");
+  for (int i = 0; i < 40; ++i) {
+    const auto key = builder.Create(builder.Root(), u"Late" + IntToStr(i));
+    builder.SetValue(key, {u"big", REGT_BINARY, Bytes(3000, 7)});
+  }
+  const Bytes image = builder.Build();
+  const test::TempFolder folder;
+  const std::string path = folder.Store("hive", image).string();
+  std::size_t lost = 0;
+  for (std::size_t end = BaseBlockSize + 8192; end < image.size(); end += 8192 + 512) {
+    ASSERT_EQ(folder.Store("hive", image), path);
+    const int file = ::open(path.c_str(), O_RDWR);
+    FileImage content;
+    std::string error;
+    ASSERT_TRUE(content.Reserve(file, image.size(), error)) << error;
+    ASSERT_EQ(::ftruncate(file, static_cast<off_t>(end)), 0);
+    EXPECT_FALSE(content.Load(file, 0, image.size()));
+    ::close(file);
+    const OpenedHive opened = Hive::FromFile(std::move(content), "hive", {});
+    ASSERT_TRUE(opened.hive) << opened.error;
+    EXPECT_EQ(opened.hive->Facts().unreadable, image.size() - end);
+    const OpenedEditor editor = Editor::Open(*opened.hive, "hive", [] { return 1U; });
+    EXPECT_NE(editor.error.find("can't be read from the disk"), std::string::npos);
+    opened.hive->Walk(opened.hive->Root(), [&](const Subkey& subkey, int) {
+      std::vector<RegValue> values;
+      const Status status = opened.hive->Values(subkey.key, values);
+      lost += status != Status::Ok;
+      // Never zeros in place of what stood there.
+      for (const RegValue& value : values) {
+        EXPECT_TRUE(value.name == u"v" || value.data == Bytes(3000, 7));
+      }
+    });
+  }
+  EXPECT_GT(lost, 0U);
+}
+#endif
+
 TEST(HiveReader, FindsChildrenBesideAnEmptyLeaf) {
   HiveBuilder builder({.leafEntries = 7});
   for (std::size_t i = 0; i < 70; ++i) builder.Create(builder.Root(), ChildName(i));
