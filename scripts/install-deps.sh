@@ -11,7 +11,7 @@ case "${1:-}" in
     # ccache shortens later builds; hivexml, reglookup and regfexport are the tests' independent
     # readers of hives, lnkinfo of shortcuts, msiecfexport of address files.
     packages="$packages ccache libgtest-dev libhivex-bin liblnk-utils libmsiecf-utils \
-      libregf-utils python3 reglookup xz-utils" ;;
+      libregf-utils ntfs-3g python3 reglookup xz-utils" ;;
   --fuzz) packages="$packages ccache clang libclang-rt-14-dev xz-utils" ;;
   --windows)
     "$(dirname -- "$0")/wine-install.sh"

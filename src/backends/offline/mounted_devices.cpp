@@ -83,6 +83,15 @@ std::string WithoutEscapes(std::string_view text) {
   return out;
 }
 
+// Reads on to the kind of file system, which stands behind a lone dash. What Windows calls a drive
+// of its own has its own file system; any other is this machine's.
+bool IsNtfs(std::istringstream& fields) {
+  std::string field;
+  while (fields >> field && field != "-") continue;
+  fields >> field;
+  return field == "ntfs" || field == "ntfs3" || field == "fuseblk" || field == "ufsd";
+}
+
 }  // namespace
 
 std::string MountFolderOf(const Bytes& identity, const std::string& machine) {
@@ -100,7 +109,7 @@ std::string MountFolderOf(const Bytes& identity, const std::string& machine) {
     std::string folder;
     fields >> id >> parent >> mounted >> root >> folder;
     // A mount of a part of the volume is not the drive.
-    if (mounted == number && root == "/") return WithoutEscapes(folder);
+    if (mounted == number && root == "/" && IsNtfs(fields)) return WithoutEscapes(folder);
   }
   return {};
 }

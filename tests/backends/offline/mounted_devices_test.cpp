@@ -13,10 +13,12 @@ struct Machine : test::Disk {
     Partition("01234567-89ab-cdef-0123-456789abcdef", "sda2", "8:2", "2048");
     Partition("cafe0001-01", "sdb1", "8:17", "63");
     Partition("cafe0001-02", "sdb2", "8:18", "4096");
+    Partition("cafe0001-03", "sdb3", "8:19", "8192");
     Add("proc/self/mountinfo",
         "20 1 8:2 / /mnt/data\\040disk rw - ntfs3 /dev/sda2 rw\n"
         "21 1 8:17 / /mnt/old ro - fuseblk /dev/sdb1 ro\n"
-        "22 1 8:18 /sub /mnt/part rw - ext4 /dev/sdb2 rw\n");
+        "22 1 8:18 /sub /mnt/part rw - ntfs3 /dev/sdb2 rw\n"
+        "23 1 8:19 / /home rw,nosuid shared:1 - ext4 /dev/sdb3 rw\n");
   }
   void Partition(const std::string& id, const std::string& device, const std::string& number,
                  const std::string& start) {
@@ -53,6 +55,7 @@ TEST(MountedDevices, FindsTheFolderOfAPartition) {
       {"by signature and offset", signature(63), "/mnt/old"},
       {"same disk, no such offset", signature(64), ""},
       {"only a part of it is mounted", signature(4096), ""},
+      {"a file system of this machine's own", signature(8192), ""},
       {"a device with media", Bytes(40, 'x'), ""},
       {"24 bytes without the mark", Bytes(24, 0), ""},
       {"nothing", {}, ""},

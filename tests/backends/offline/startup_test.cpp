@@ -3,8 +3,8 @@
 
 #include <set>
 
-#include "backends/memory/memory_backend.h"
 #include "backends/common/ini_profiles.h"
+#include "backends/memory/memory_backend.h"
 #include "backends/offline/offline_tasks.h"
 #include "backends/offline/text_services.h"
 #include "registry/Stringhelper.h"
