@@ -38,19 +38,12 @@ TEST(AppPaths, FindsAndCleans) {
                    Key("d.exe", R"(@="D:\\gone.exe")") + Key("bare.exe", R"(@="gone.exe")"),
        .files = files + "\ndrive D: removable",
        .options = kBits32},
-      {.name = "the whole key when nothing else is in it",
-       .registry = Key("a.exe", kGone),
-       .problems = {Problem("1", "a.exe", kGonePath)},
-       .journal = wholeKey,
-       .options = kBits32},
-      {.name = "no data",
-       .registry = Key("a.exe", ""),
-       .problems = {Problem("2", "a.exe")},
-       .journal = wholeKey,
-       .options = kBits32},
-      {.name = "the exception in other letter case",
-       .registry = Key("tb85.exe", kGone),
-       .problems = {Problem("1", "tb85.exe", kGonePath)},
+      {.name = "the whole key when nothing else is in it; an exception in other letter case",
+       .registry = Key("a.exe", kGone) + Key("b.exe", "") + Key("tb85.exe", kGone),
+       .problems = {Problem("1", "a.exe", kGonePath), Problem("2", "b.exe"),
+                    Problem("1", "tb85.exe", kGonePath)},
+       .journal = Lines{wholeKey[0], "delete key " + kPlace + "b.exe",
+                        "delete key " + kPlace + "tb85.exe"},
        .options = kBits32},
       {.name = "both views see one shared key",
        .registry = Key("a.exe", kGone),
@@ -73,7 +66,7 @@ TEST(AppPaths, FindsAndCleans) {
            }},
   };
   CheckCases<TRCPAppPaths>(rows);
-  CheckFaults<TRCPAppPaths>(rows[5]);
+  CheckFaults<TRCPAppPaths>(rows[3]);
 }
 
 // What becomes of the other values of a key whose program is gone.
