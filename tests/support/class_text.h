@@ -7,6 +7,7 @@
 #include <string>
 
 #include "framework/Rc_common.h"
+#include "registry/Stringhelper.h"
 #include "registry/Zmregistry.h"
 #include "support/world.h"
 
@@ -20,7 +21,7 @@ inline std::string ReplaceAll(std::string text, const std::string& from, const s
 
 /// One key or value a line: "path", "path = default value", "path : name = text". A path beginning
 /// with "W\" lies in the 32-bit view, with "U\" in the user's classes, with "HKEY" anywhere, and
-/// else in the machine's classes. A text beginning with "dword:" is a number.
+/// else in the machine's classes. "dword:" and "hex:" begin data that is no text.
 inline std::string Classes(const std::string& lines) {
   const std::string machine = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\";
   std::istringstream in(lines);
@@ -32,7 +33,7 @@ inline std::string Classes(const std::string& lines) {
     std::string path = line.substr(0, equals);
     std::string name = "@";
     if (const std::size_t colon = path.find(" : "); colon != std::string::npos) {
-      name = "\"" + path.substr(colon + 3) + "\"";
+      name = "\"" + ReplaceAll(path.substr(colon + 3), "\\", "\\\\") + "\"";
       path.resize(colon);
     }
     if (path.starts_with("W\\")) path = machine + "Wow6432Node" + path.substr(1);
@@ -40,14 +41,80 @@ inline std::string Classes(const std::string& lines) {
     if (!path.starts_with("HKEY")) path = machine + path;
     out += "[" + path + "]\n";
     if (equals == line.size()) continue;
-    if (line.compare(equals + 3, 6, "dword:") == 0) {
-      out += name + "=" + line.substr(equals + 3) + "\n";
+    if (const std::string data = line.substr(equals + 3);
+        data.starts_with("dword:") || data.starts_with("hex:")) {
+      out += name + "=" + data + "\n";
       continue;
     }
     const std::string text = ReplaceAll(line.substr(equals + 3), "\\", "\\\\");
     out += name + "=\"" + ReplaceAll(text, "\"", "\\\"") + "\"\n";
   }
   return out;
+}
+
+using Abbreviations = std::vector<std::pair<std::string, std::string>>;
+
+/// Cases written as text. A line "# name" begins one; those below it are "+" files, "?" problems,
+/// "!" changes, "=" problems that are left, several of them with " ; " in between, "&" conditions
+/// ("32-bit", "deny-write KEY", "deny-delete KEY") or else what Classes takes. Besides the given
+/// abbreviations there are "{}" for nothing and those of the machine's software: its key in a
+/// world, in a problem (by view), in a change.
+inline std::vector<Case> ReadCases(std::string text, const Abbreviations& abbreviations) {
+  static const Abbreviations kSoftware = {
+      {"{}", ""},
+      {"{LM}", "HKEY_LOCAL_MACHINE\\SOFTWARE\\"},
+      {"{W}", "HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node\\"},
+      {"{32}", "|existingkey:32:HKEY_LOCAL_MACHINE\\Software\\"},
+      {"{64}", "|existingkey:64:HKEY_LOCAL_MACHINE\\Software\\"},
+      {"{v}", "|existingvalue:"},
+      {"{f}", "|missingfile:"},
+      {"{-v}", "delete value HKLM\\SOFTWARE\\"},
+      {"{-Wv}", "delete value HKLM\\SOFTWARE\\Wow6432Node\\"},
+      {"{-k}", "delete key HKLM\\SOFTWARE\\"},
+      {"{-Wk}", "delete key HKLM\\SOFTWARE\\Wow6432Node\\"}};
+  for (const Abbreviations* list : {&abbreviations, &kSoftware})
+    for (const auto& [from, to] : *list) text = ReplaceAll(text, from, to);
+  std::istringstream in(text);
+  std::vector<Case> cases;
+  for (std::string line; std::getline(in, line);) {
+    line.erase(0, line.find_first_not_of(' '));
+    if (line.empty()) continue;
+    if (line[0] == '#') cases.push_back({.name = line.substr(2)});
+    Case& row = cases.back();
+    const std::string lists = "+?!=";
+    if (line == "& 32-bit") {
+      row.options.is64Bit = false;
+    } else if (line[0] == '&') {
+      row.setup = [key = FromUtf8(line.substr(line.find("HK"))),
+                   write = line.find("write") != line.npos](World& world) {
+        write ? world.Backend().DenyWrite(key) : world.Backend().DenyDelete(key);
+      };
+    } else if (lists.find(line[0]) == lists.npos) {
+      if (line[0] != '#') row.registry += Classes(line);
+    } else {
+      for (std::size_t at = 2; at < line.size();) {
+        const std::size_t end = std::min(line.find(" ; ", at), line.size());
+        const std::string item = line.substr(at, end - at);
+        at = end + 3;
+        if (line[0] == '+') row.files += item + "\n";
+        if (line[0] == '?') row.problems.push_back(item);
+        if (line[0] == '=') row.left.push_back(item);
+        if (line[0] != '!') continue;
+        if (!row.journal) row.journal.emplace();
+        row.journal->push_back(item);
+      }
+    }
+  }
+  return cases;
+}
+
+/// Runs cases written as text. In none of them may a call of the platform that fails make a
+/// problem.
+template <class Plugin>
+void CheckText(const std::string& text, const Abbreviations& abbreviations) {
+  const std::vector<Case> cases = ReadCases(text, abbreviations);
+  CheckCases<Plugin>(cases);
+  for (const Case& row : cases) CheckFaults<Plugin>(row);
 }
 
 /// Expected lines with "HKCR", " W\" and " C\" written out.
