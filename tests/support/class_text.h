@@ -85,8 +85,9 @@ inline std::vector<Case> ReadCases(std::string text, const Abbreviations& abbrev
     if (line == "& 32-bit") {
       row.options.is64Bit = false;
     } else if (line[0] == '&') {
-      row.setup = [key = FromUtf8(line.substr(line.find("HK"))),
+      row.setup = [before = row.setup, key = FromUtf8(line.substr(line.find("HK"))),
                    write = line.find("write") != line.npos](World& world) {
+        if (before) before(world);
         write ? world.Backend().DenyWrite(key) : world.Backend().DenyDelete(key);
       };
     } else if (lists.find(line[0]) == lists.npos) {
@@ -117,44 +118,23 @@ void CheckText(const std::string& text, const Abbreviations& abbreviations) {
   for (const Case& row : cases) CheckFaults<Plugin>(row);
 }
 
-/// Expected lines with "HKCR", " W\" and " C\" written out.
-inline Lines Full(Lines lines) {
-  for (std::string& line : lines) {
-    line = ReplaceAll(line, "HKCR", "HKEY_CLASSES_ROOT");
-    line = ReplaceAll(line, " W\\", " HKLM\\SOFTWARE\\Classes\\Wow6432Node\\");
-    line = ReplaceAll(line, " C\\", " HKLM\\SOFTWARE\\Classes\\");
-  }
-  return lines;
-}
+/// Keys below the classes root, in a problem (by view) and in a change (by the machine's view).
+inline const Abbreviations kClassNames = {
+    {"{k32}", "|existingkey:32:HKEY_CLASSES_ROOT\\"},
+    {"{k64}", "|existingkey:64:HKEY_CLASSES_ROOT\\"},
+    {"{m}", "|missingkey:HKEY_CLASSES_ROOT\\"},
+    {"{m32}", "|missingkey:32:HKEY_CLASSES_ROOT\\"},
+    {"{c}", "|caption:"},
+    {"{-W}", "delete key HKLM\\SOFTWARE\\Classes\\Wow6432Node\\"},
+    {"{-C}", "delete key HKLM\\SOFTWARE\\Classes\\"}};
 
-/// A case below the classes root, as lines for Classes and Full.
-struct ClassRow {
-  const char* name;
-  std::string classes;
-  Lines problems{};
-  Lines journal{};
-  Lines left{};
-  const char* files = nullptr;  ///< instead of those of all rows
-  MemoryOptions options{};
-  std::function<void(World&)> setup{};
-};
-
-inline Case AsCase(const ClassRow& row, const char* files) {
-  return {.name = row.name,
-          .registry = Classes(row.classes),
-          .files = row.files != nullptr ? row.files : files,
-          .problems = Full(row.problems),
-          .journal = Full(row.journal),
-          .left = Full(row.left),
-          .options = row.options,
-          .setup = row.setup};
-}
-
-/// Runs the rows; those whose name ends with "(!)" must advise a new scan after the cleaning.
+/// Runs cases below the classes root, cleaning all of them. Those whose name ends with "(!)" must
+/// advise a new scan after that, the others not.
 template <class Plugin>
-void CheckClasses(std::span<const ClassRow> rows, const char* files) {
-  std::vector<Case> cases;
-  for (const ClassRow& row : rows) cases.push_back(AsCase(row, files));
+void CheckClasses(const std::string& text, Abbreviations abbreviations = {}) {
+  abbreviations.insert(abbreviations.end(), kClassNames.begin(), kClassNames.end());
+  std::vector<Case> cases = ReadCases(text, abbreviations);
+  for (Case& row : cases) row.journal = row.journal.value_or(Lines());
   CheckCases<Plugin>(cases);
   for (const Case& row : cases) {
     World world(row.registry, row.files, row.options);
@@ -162,7 +142,7 @@ void CheckClasses(std::span<const ClassRow> rows, const char* files) {
     world.Run<Plugin>();
     world.CleanAll();
     EXPECT_FALSE(ForceRegDelete);
-    EXPECT_EQ(ShouldReSearch, std::string_view(row.name).ends_with("(!)")) << row.name;
+    EXPECT_EQ(ShouldReSearch, row.name.ends_with("(!)")) << row.name;
   }
 }
 
