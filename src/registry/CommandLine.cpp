@@ -9,7 +9,8 @@ namespace scrubwell::paths {
 namespace {
 
 constexpr int kDeepestNesting = 4;
-constexpr std::size_t kMostPrefixes = 512;
+constexpr std::size_t kMostPrefixes = 192;
+constexpr int kMostLibraries = 16;
 constexpr std::size_t kLongestPart = 255;  // of a path, in every file system there is
 
 Lookup ResolveNested(UnicodeView command, Want want, int depth);
@@ -195,7 +196,10 @@ Status Libraries(UnicodeView text, const Split& /*program*/, int /*depth*/) {
   UnicodeView rest = names;
   if (!rest.starts_with(u'"')) return ProbeArgument(rest, true);
   Verdict verdict;
-  while (!rest.empty()) verdict.Add(ProbeArgument(TakeWord(rest), true));
+  for (int count = 0; !rest.empty(); ++count) {
+    if (count == kMostLibraries) return Status::Unknown;
+    verdict.Add(ProbeArgument(TakeWord(rest), true));
+  }
   return verdict.Get();
 }
 

@@ -176,10 +176,11 @@ Status ProbeAsItStands(UnicodeView name, Want want, UnicodeString& found) {
 
 TStringList Expansions(UnicodeView text) {
   TStringList out;
+  bool allResolved = true;
   const auto add = [&](View view) {
     bool resolved = true;
     UnicodeString expanded = ExpandEnvironment(text, view, resolved);
-    if (!resolved) return;
+    allResolved = allResolved && resolved;
     if (std::find(out.begin(), out.end(), expanded) == out.end()) {
       out.push_back(std::move(expanded));
     }
@@ -189,6 +190,8 @@ TStringList Expansions(UnicodeView text) {
     add(View::Bits32);
     add(View::Bits64);
   }
+  // A view that gives the text no meaning may hold what the others lack.
+  if (!allResolved) out.clear();
   if (g_trace != nullptr) g_trace->Expanded(text, out);
   return out;
 }

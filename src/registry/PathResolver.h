@@ -45,7 +45,7 @@ class Verdict {
 };
 
 /// The text with its variables expanded as each view sees them, without doubles; empty when a
-/// variable is not known.
+/// variable is not known in one of them.
 TStringList Expansions(UnicodeView text);
 
 /// Takes the system's own prefixes off ("\??\C:\x" becomes "C:\x", "\SystemRoot\x" lies in the

@@ -160,28 +160,6 @@ TEST(Ignorelist, LoadsTheMachinesAndTheUsers) {
   EXPECT_EQ(IgnoredProblems->Count(), 0U);
 }
 
-TEST(Exclusions, HoldExactlyTheirEntries) {
-  const World world;
-  const struct {
-    THashList* table;
-    std::size_t count;
-    UnicodeView entry;
-  } rows[] = {
-      {IgnoredCLSIDs, 72, u"{DCD53C71-6Fa1-11D3-83B7-00805F4B2398}"},
-      {IgnoredInterfaces, 15, u"{640f2578-c31b-4ff3-9891-042fa87bc781}"},
-      {IgnoredLinkedCLSIDs, 3, u"{0000000c-0000-0000-C000-000000000046}"},
-      {IgnoredTypeLibs, 52, u"{D1CCE400-78C2-4b5f-8EB7-D9C9381FAC0F}"},
-      {IgnoredAppIds, 7, u"{887839A0-0624-4af0-B9A5-E3FE3B831E20}"},
-      {IgnoredSystemProtectedKeys, 11,
-       u"HKEY_LOCAL_MACHINE\\Software\\ODBC\\ODBC.INI\\brw2008_nds_nw"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.table->Count(), row.count) << ToUtf8(row.entry);
-    EXPECT_TRUE(row.table->Contains(UpperCase(row.entry))) << ToUtf8(row.entry);
-    EXPECT_FALSE(row.table->Contains(u"")) << ToUtf8(row.entry);
-  }
-}
-
 TEST(Progress, RoundsEachShareHalfToEven) {
   struct Item {
     UnicodeView name;

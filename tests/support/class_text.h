@@ -7,6 +7,7 @@
 #include <string>
 
 #include "framework/Rc_common.h"
+#include "registry/Stringhelper.h"
 #include "registry/Zmregistry.h"
 #include "support/world.h"
 
@@ -20,7 +21,7 @@ inline std::string ReplaceAll(std::string text, const std::string& from, const s
 
 /// One key or value a line: "path", "path = default value", "path : name = text". A path beginning
 /// with "W\" lies in the 32-bit view, with "U\" in the user's classes, with "HKEY" anywhere, and
-/// else in the machine's classes. A text beginning with "dword:" is a number.
+/// else in the machine's classes. "dword:" and "hex:" begin data that is no text.
 inline std::string Classes(const std::string& lines) {
   const std::string machine = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\";
   std::istringstream in(lines);
@@ -32,7 +33,7 @@ inline std::string Classes(const std::string& lines) {
     std::string path = line.substr(0, equals);
     std::string name = "@";
     if (const std::size_t colon = path.find(" : "); colon != std::string::npos) {
-      name = "\"" + path.substr(colon + 3) + "\"";
+      name = "\"" + ReplaceAll(path.substr(colon + 3), "\\", "\\\\") + "\"";
       path.resize(colon);
     }
     if (path.starts_with("W\\")) path = machine + "Wow6432Node" + path.substr(1);
@@ -40,8 +41,9 @@ inline std::string Classes(const std::string& lines) {
     if (!path.starts_with("HKEY")) path = machine + path;
     out += "[" + path + "]\n";
     if (equals == line.size()) continue;
-    if (line.compare(equals + 3, 6, "dword:") == 0) {
-      out += name + "=" + line.substr(equals + 3) + "\n";
+    if (const std::string data = line.substr(equals + 3);
+        data.starts_with("dword:") || data.starts_with("hex:")) {
+      out += name + "=" + data + "\n";
       continue;
     }
     const std::string text = ReplaceAll(line.substr(equals + 3), "\\", "\\\\");
@@ -50,44 +52,89 @@ inline std::string Classes(const std::string& lines) {
   return out;
 }
 
-/// Expected lines with "HKCR", " W\" and " C\" written out.
-inline Lines Full(Lines lines) {
-  for (std::string& line : lines) {
-    line = ReplaceAll(line, "HKCR", "HKEY_CLASSES_ROOT");
-    line = ReplaceAll(line, " W\\", " HKLM\\SOFTWARE\\Classes\\Wow6432Node\\");
-    line = ReplaceAll(line, " C\\", " HKLM\\SOFTWARE\\Classes\\");
-  }
-  return lines;
-}
+using Abbreviations = std::vector<std::pair<std::string, std::string>>;
 
-/// A case below the classes root, as lines for Classes and Full.
-struct ClassRow {
-  const char* name;
-  std::string classes;
-  Lines problems{};
-  Lines journal{};
-  Lines left{};
-  const char* files = nullptr;  ///< instead of those of all rows
-  MemoryOptions options{};
-  std::function<void(World&)> setup{};
-};
-
-inline Case AsCase(const ClassRow& row, const char* files) {
-  return {.name = row.name,
-          .registry = Classes(row.classes),
-          .files = row.files != nullptr ? row.files : files,
-          .problems = Full(row.problems),
-          .journal = Full(row.journal),
-          .left = Full(row.left),
-          .options = row.options,
-          .setup = row.setup};
-}
-
-/// Runs the rows; those whose name ends with "(!)" must advise a new scan after the cleaning.
-template <class Plugin>
-void CheckClasses(std::span<const ClassRow> rows, const char* files) {
+/// Cases written as text. A line "# name" begins one; those below it are "+" files, "?" problems,
+/// "!" changes, "=" problems that are left, several of them with " ; " in between, "&" conditions
+/// ("32-bit", "deny-write KEY", "deny-delete KEY") or else what Classes takes. Besides the given
+/// abbreviations there are "{}" for nothing and those of the machine's software: its key in a
+/// world, in a problem (by view), in a change.
+inline std::vector<Case> ReadCases(std::string text, const Abbreviations& abbreviations) {
+  static const Abbreviations kSoftware = {
+      {"{}", ""},
+      {"{LM}", "HKEY_LOCAL_MACHINE\\SOFTWARE\\"},
+      {"{W}", "HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node\\"},
+      {"{32}", "|existingkey:32:HKEY_LOCAL_MACHINE\\Software\\"},
+      {"{64}", "|existingkey:64:HKEY_LOCAL_MACHINE\\Software\\"},
+      {"{v}", "|existingvalue:"},
+      {"{f}", "|missingfile:"},
+      {"{-v}", "delete value HKLM\\SOFTWARE\\"},
+      {"{-Wv}", "delete value HKLM\\SOFTWARE\\Wow6432Node\\"},
+      {"{-k}", "delete key HKLM\\SOFTWARE\\"},
+      {"{-Wk}", "delete key HKLM\\SOFTWARE\\Wow6432Node\\"}};
+  for (const Abbreviations* list : {&abbreviations, &kSoftware})
+    for (const auto& [from, to] : *list) text = ReplaceAll(text, from, to);
+  std::istringstream in(text);
   std::vector<Case> cases;
-  for (const ClassRow& row : rows) cases.push_back(AsCase(row, files));
+  for (std::string line; std::getline(in, line);) {
+    line.erase(0, line.find_first_not_of(' '));
+    if (line.empty()) continue;
+    if (line[0] == '#') cases.push_back({.name = line.substr(2)});
+    Case& row = cases.back();
+    const std::string lists = "+?!=";
+    if (line == "& 32-bit") {
+      row.options.is64Bit = false;
+    } else if (line[0] == '&') {
+      row.setup = [before = row.setup, key = FromUtf8(line.substr(line.find("HK"))),
+                   write = line.find("write") != line.npos](World& world) {
+        if (before) before(world);
+        write ? world.Backend().DenyWrite(key) : world.Backend().DenyDelete(key);
+      };
+    } else if (lists.find(line[0]) == lists.npos) {
+      if (line[0] != '#') row.registry += Classes(line);
+    } else {
+      for (std::size_t at = 2; at < line.size();) {
+        const std::size_t end = std::min(line.find(" ; ", at), line.size());
+        const std::string item = line.substr(at, end - at);
+        at = end + 3;
+        if (line[0] == '+') row.files += item + "\n";
+        if (line[0] == '?') row.problems.push_back(item);
+        if (line[0] == '=') row.left.push_back(item);
+        if (line[0] != '!') continue;
+        if (!row.journal) row.journal.emplace();
+        row.journal->push_back(item);
+      }
+    }
+  }
+  return cases;
+}
+
+/// Runs cases written as text. In none of them may a call of the platform that fails make a
+/// problem.
+template <class Plugin>
+void CheckText(const std::string& text, const Abbreviations& abbreviations) {
+  const std::vector<Case> cases = ReadCases(text, abbreviations);
+  CheckCases<Plugin>(cases);
+  for (const Case& row : cases) CheckFaults<Plugin>(row);
+}
+
+/// Keys below the classes root, in a problem (by view) and in a change (by the machine's view).
+inline const Abbreviations kClassNames = {
+    {"{k32}", "|existingkey:32:HKEY_CLASSES_ROOT\\"},
+    {"{k64}", "|existingkey:64:HKEY_CLASSES_ROOT\\"},
+    {"{m}", "|missingkey:HKEY_CLASSES_ROOT\\"},
+    {"{m32}", "|missingkey:32:HKEY_CLASSES_ROOT\\"},
+    {"{c}", "|caption:"},
+    {"{-W}", "delete key HKLM\\SOFTWARE\\Classes\\Wow6432Node\\"},
+    {"{-C}", "delete key HKLM\\SOFTWARE\\Classes\\"}};
+
+/// Runs cases below the classes root, cleaning all of them. Those whose name ends with "(!)" must
+/// advise a new scan after that, the others not.
+template <class Plugin>
+void CheckClasses(const std::string& text, Abbreviations abbreviations = {}) {
+  abbreviations.insert(abbreviations.end(), kClassNames.begin(), kClassNames.end());
+  std::vector<Case> cases = ReadCases(text, abbreviations);
+  for (Case& row : cases) row.journal = row.journal.value_or(Lines());
   CheckCases<Plugin>(cases);
   for (const Case& row : cases) {
     World world(row.registry, row.files, row.options);
@@ -95,7 +142,7 @@ void CheckClasses(std::span<const ClassRow> rows, const char* files) {
     world.Run<Plugin>();
     world.CleanAll();
     EXPECT_FALSE(ForceRegDelete);
-    EXPECT_EQ(ShouldReSearch, std::string_view(row.name).ends_with("(!)")) << row.name;
+    EXPECT_EQ(ShouldReSearch, row.name.ends_with("(!)")) << row.name;
   }
 }
 

@@ -78,7 +78,7 @@ class World {
 /// One row: a world, and all that a plugin must find in it. With `journal` given everything found
 /// is cleaned, and those must be all changes. `setup` furnishes what text can't say.
 struct Case {
-  const char* name = "";
+  std::string name{};
   std::string registry{};
   std::string files{};
   Lines problems{};

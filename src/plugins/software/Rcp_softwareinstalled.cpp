@@ -155,12 +155,13 @@ UnicodeView WithoutArguments(UnicodeView path) {
   return path;
 }
 
-// Whether the text as a whole leads to something: a separator may be part of a name.
-bool IsFound(UnicodeView path) {
-  UnicodeString found;
-  UnicodeString arguments;
-  FindFileOrDir(path, found, arguments);
-  return !found.empty();
+// As much of the text as can be a name: commas and the like may be part of one. What is filled in
+// later, behind a separator, is not.
+UnicodeView LongestName(UnicodeView path) {
+  std::size_t end = path.find_first_of(u"|\t*?<>");
+  const std::size_t separator = path.find_first_of(u",@");
+  if (separator != UnicodeView::npos) end = std::min(end, path.find(u'%', separator));
+  return path.substr(0, end);
 }
 
 }  // namespace
@@ -268,7 +269,7 @@ void TRCPSoftwareInstalled::Check_Value(UnicodeView entry) {
     data.resize(kLongestIndirectText);
   if (!FileIsOnFixedDrive(data, true)) return;
   const UnicodeView path = WithoutArguments(data);
-  if (FindFileOrDir(path) || IsFound(data)) return;
+  if (FindFileOrDir(path) || FindFileOrDir(LongestName(data))) return;
   AddError(kMissingPath, {u"existingkey:" + RegKeyToStr(root, key, false),
                           UnicodeString(u"existingvalue:").append(name),
                           UnicodeString(u"missingfile:").append(path)});

@@ -10,175 +10,159 @@ namespace {
 const char* const kFiles = "C:\\x\\here.exe";
 
 TEST(FileTypes, ExtensionsAndTypes) {
-  const std::string gone =
-      "1|caption:Text (*.txt)|existingkey:32:HKCR\\txtfile\\shell\\open"
-      "\\command|missingfile:C:\\gone.exe %1";
-  const ClassRow rows[] = {
-      {"healthy", R"(.txt = txtfile
-         .log = TXTFILE
-         txtfile = Text
-         txtfile\shell\a\command = "C:\x\here.exe" "%1"
-         txtfile\shell\e\DropTarget
-         txtfile\shell\f\command : DelegateExecute = {G}
-         txtfile\shell\f\ddeexec = [open]
-         txtfile\shell\g\command = D:\x.exe
-         txtfile\DefaultIcon = "C:\x\here.exe",-3
-         .number = dword:1
-         AppX1\ShellEx\IconHandler = dword:1
-         Big\DefaultIcon = dword:1
-         Big\CLSID = dword:1
-         AppX1\DefaultIcon = @{App_1.0?ms-resource://App/Files/x.png}
-         AppX1\shell\open\command : DelegateExecute = {G}
-         .a = AppX1
-         .own = gone
-         .own\CLSID = {G}
-         .que
-         .x = autocad.gone
-         .named : PerceivedType = text
-         NTI-Anything
-         Wrong\DefaultIcon = %1
-         Type\CLSID = {GONE}
-         Big\ShellEx\{F9DB5320-233e-11D1-9F84-707F02C10627}
-         Big\ShellEx\ContextMenuHandlers\{G}
-         Big\ShellEx\ExtShellFolderViews\{V}
-         HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Microsoft\Windows\CurrentVersion\ExtShellViews\{V}
-         CLSID\{G}\x)"},
-      {"missing type; the extension goes",
-       ".xyz = no.such.type",
-       {"2|existingkey:32:HKCR\\.xyz|missingkey:32:HKCR\\no.such.type|caption:.XYZ-Datei (*.xyz)"},
-       {"delete key C\\.xyz"}},
-      {"empty keys (!)",
-       ".e\n.e2 = \nEmptyType\nNamed : x = y",
-       {"8|existingkey:32:HKCR\\.e|caption:.E-Datei (*.e)",
-        "8|existingkey:32:HKCR\\.e2|caption:.E2-Datei (*.e2)",
-        "8|existingkey:32:HKCR\\EmptyType|caption:EmptyType"},
-       {"delete key C\\.e", "delete key C\\.e2", "delete key C\\EmptyType"}},
-      {"a type of two extensions is checked once, and goes when its verb was all (!)",
-       ".tx1 = TxtFile\n.txt = txtfile\ntxtfile\\shell\\open\\command = C:\\gone.exe %1",
-       {"1|caption:TxtFile (*.tx1)|existingkey:32:HKCR\\TxtFile\\shell\\open\\command"
-        "|missingfile:C:\\gone.exe %1"},
-       {"delete key C\\TxtFile\\shell\\open\\command", "delete key C\\TxtFile\\shell\\open",
-        "delete key C\\TxtFile\\shell", "delete key C\\TxtFile"},
-       {"2|existingkey:32:HKCR\\.tx1|missingkey:32:HKCR\\TxtFile|caption:.TX1-Datei (*.tx1)",
-        "2|existingkey:32:HKCR\\.txt|missingkey:32:HKCR\\txtfile|caption:.TXT-Datei (*.txt)"}},
-      {"a type that holds more stays",
-       ".txt = txtfile\ntxtfile =  Text \ntxtfile\\shell\\open\\command = C:\\gone.exe %1",
-       {gone},
-       {"delete key C\\txtfile\\shell\\open\\command", "delete key C\\txtfile\\shell\\open",
-        "delete key C\\txtfile\\shell"}},
-      {"parts of an extension's own key",
-       R"(.p\shell
-         .p\ShellEx\MayChangeDefaultMenu = 
-         .p\ShellEx\{GONE}
-         .p\ShellEx\PropertySheetHandlers\word
-         .p\ShellEx\ExtShellFolderViews\{GONE}
-         .p\DefaultIcon =  
-         .q\shell\open
-         .q\DefaultIcon = noicon,1)",
-       {"10|existingkey:32:HKCR\\.p\\shell|caption:.p",
-        "3|existingkey:32:HKCR\\.p\\ShellEx\\ExtShellFolderViews\\{GONE}|caption:.P-Datei (*.p)"
-        "|missingkey:32:HKCR\\CLSID\\{GONE}",
-        "6|existingkey:32:HKCR\\.p\\ShellEx\\MayChangeDefaultMenu|caption:.P-Datei (*.p)",
-        "6|existingkey:32:HKCR\\.p\\ShellEx\\PropertySheetHandlers\\word|caption:.P-Datei (*.p)",
-        "3|existingkey:32:HKCR\\.p\\ShellEx\\{GONE}|caption:.P-Datei (*.p)"
-        "|missingkey:32:HKCR\\CLSID\\{GONE}",
-        "5|existingkey:32:HKCR\\.q\\shell\\open|caption:.Q-Datei (*.q)",
-        "4|existingkey:32:HKCR\\.q\\DefaultIcon|caption:.Q-Datei (*.q)|missingfile:noicon,1"},
-       {"delete key C\\.p\\shell", "delete key C\\.p\\ShellEx\\ExtShellFolderViews\\{GONE}",
-        "delete key C\\.p\\ShellEx\\ExtShellFolderViews",
-        "delete key C\\.p\\ShellEx\\MayChangeDefaultMenu",
-        "delete key C\\.p\\ShellEx\\PropertySheetHandlers\\word",
-        "delete key C\\.p\\ShellEx\\PropertySheetHandlers", "delete key C\\.p\\ShellEx\\{GONE}",
-        "delete key C\\.p\\ShellEx", "delete key C\\.q\\shell\\open", "delete key C\\.q\\shell",
-        "delete key C\\.q\\DefaultIcon", "delete key C\\.q"}},
-      {"a single handler, an icon, a user's class take their types along (!)",
-       "A\\ShellEx\\IconHandler = {GONE}\nB\\DefaultIcon\nU\\C\\CLSID = word",
-       {"3|existingkey:32:HKCR\\A\\ShellEx\\IconHandler|caption:A|missingkey:32:HKCR\\CLSID\\{"
-        "GONE}",
-        "7|existingkey:32:HKCR\\B\\DefaultIcon|caption:B",
-        "3|existingkey:32:HKCR\\C\\CLSID|caption:C|missingkey:32:HKCR\\CLSID\\word"},
-       {"delete key C\\A\\ShellEx\\IconHandler", "delete key C\\A\\ShellEx", "delete key C\\A",
-        "delete key C\\B\\DefaultIcon", "delete key C\\B",
-        "delete key HKCU\\Software\\Classes\\C\\CLSID", "delete key HKCU\\Software\\Classes\\C"}},
-  };
-  CheckClasses<TRCPFileTypes>(rows, kFiles);
+  CheckClasses<TRCPFileTypes>(R"(
+      # healthy
+      .txt = txtfile
+      .log = TXTFILE
+      txtfile = Text
+      txtfile\shell\a\command = "C:\x\here.exe" "%1"
+      txtfile\shell\e\DropTarget
+      txtfile\shell\f\command : DelegateExecute = {G}
+      txtfile\shell\f\ddeexec = [open]
+      txtfile\shell\g\command = D:\x.exe
+      txtfile\DefaultIcon = "C:\x\here.exe",-3
+      .number = dword:1
+      AppX1\ShellEx\IconHandler = dword:1
+      Big\DefaultIcon = dword:1
+      Big\CLSID = dword:1
+      AppX1\DefaultIcon = @{App_1.0?ms-resource://App/Files/x.png}
+      AppX1\shell\open\command : DelegateExecute = {G}
+      .a = AppX1
+      .own = gone
+      .own\CLSID = {G}
+      .que
+      .x = autocad.gone
+      .named : PerceivedType = text
+      NTI-Anything
+      Wrong\DefaultIcon = %1
+      Type\CLSID = {GONE}
+      Big\ShellEx\{F9DB5320-233e-11D1-9F84-707F02C10627}
+      Big\ShellEx\ContextMenuHandlers\{G}
+      Big\ShellEx\ExtShellFolderViews\{V}
+      HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Microsoft\Windows\CurrentVersion\ExtShellViews\{V}
+      CLSID\{G}\x
+      + C:\x\here.exe
+      # missing type; the extension goes
+      .xyz = no.such.type
+      ? 2{k32}.xyz{m32}no.such.type{c}.XYZ-Datei (*.xyz)
+      ! {-C}.xyz
+      # empty keys (!)
+      .e
+      .e2 = {}
+      EmptyType
+      Named : x = y
+      ? 8{k32}.e{c}.E-Datei (*.e) ; 8{k32}.e2{c}.E2-Datei (*.e2) ; 8{k32}EmptyType{c}EmptyType
+      ! {-C}.e ; {-C}.e2 ; {-C}EmptyType
+      # a type of two extensions is checked once, and goes when its verb was all (!)
+      .tx1 = TxtFile
+      .txt = txtfile
+      txtfile\shell\open\command = C:\gone.exe %1
+      ? 1{c}TxtFile (*.tx1){k32}TxtFile\shell\open\command{f}C:\gone.exe %1
+      ! {-C}TxtFile\shell\open\command ; {-C}TxtFile\shell\open ; {-C}TxtFile\shell ; {-C}TxtFile
+      = 2{k32}.tx1{m32}TxtFile{c}.TX1-Datei (*.tx1) ; 2{k32}.txt{m32}txtfile{c}.TXT-Datei (*.txt)
+      # a type that holds more stays
+      .txt = txtfile
+      txtfile =  Text {}
+      txtfile\shell\open\command = C:\gone.exe %1
+      ? 1{c}Text (*.txt){k32}txtfile\shell\open\command{f}C:\gone.exe %1
+      ! {-C}txtfile\shell\open\command ; {-C}txtfile\shell\open ; {-C}txtfile\shell
+      # parts of an extension's own key
+      .p\shell
+      .p\ShellEx\MayChangeDefaultMenu = {}
+      .p\ShellEx\{GONE}
+      .p\ShellEx\PropertySheetHandlers\word
+      .p\ShellEx\ExtShellFolderViews\{GONE}
+      .p\DefaultIcon =  {}
+      .q\shell\open
+      .q\DefaultIcon = noicon,1
+      ? 10{k32}.p\shell{c}.p
+      ? 3{k32}.p\ShellEx\ExtShellFolderViews\{GONE}{c}.P-Datei (*.p){m32}CLSID\{GONE}
+      ? 6{k32}.p\ShellEx\MayChangeDefaultMenu{c}.P-Datei (*.p)
+      ? 6{k32}.p\ShellEx\PropertySheetHandlers\word{c}.P-Datei (*.p)
+      ? 3{k32}.p\ShellEx\{GONE}{c}.P-Datei (*.p){m32}CLSID\{GONE}
+      ? 5{k32}.q\shell\open{c}.Q-Datei (*.q) ; 4{k32}.q\DefaultIcon{c}.Q-Datei (*.q){f}noicon,1
+      ! {-C}.p\shell ; {-C}.p\ShellEx\ExtShellFolderViews\{GONE}
+      ! {-C}.p\ShellEx\ExtShellFolderViews ; {-C}.p\ShellEx\MayChangeDefaultMenu
+      ! {-C}.p\ShellEx\PropertySheetHandlers\word ; {-C}.p\ShellEx\PropertySheetHandlers
+      ! {-C}.p\ShellEx\{GONE} ; {-C}.p\ShellEx ; {-C}.q\shell\open ; {-C}.q\shell
+      ! {-C}.q\DefaultIcon ; {-C}.q
+      # a single handler, an icon, a user's class take their types along (!)
+      A\ShellEx\IconHandler = {GONE}
+      B\DefaultIcon
+      U\C\CLSID = word
+      ? 3{k32}A\ShellEx\IconHandler{c}A{m32}CLSID\{GONE} ; 7{k32}B\DefaultIcon{c}B
+      ? 3{k32}C\CLSID{c}C{m32}CLSID\word
+      ! {-C}A\ShellEx\IconHandler ; {-C}A\ShellEx ; {-C}A ; {-C}B\DefaultIcon ; {-C}B
+      ! delete key HKCU\Software\Classes\C\CLSID ; delete key HKCU\Software\Classes\C)");
 }
 
 TEST(FileTypes, OtherPlaces) {
-  const std::string exts =
-      "HKEY_USERS\\S-1-5-21-1-2-3-1001\\Software\\Microsoft\\Windows"
-      "\\CurrentVersion\\Explorer\\FileExts\\";
-  const std::string shown = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\FileExts\\";
-  const auto empty = [&](const std::string& name) {
-    return "12|existingkey:32:HKEY_CURRENT_USER\\" + shown + name + "|caption:" + shown + name;
-  };
-  const ClassRow rows[] = {
-      {"an application's missing program: the command alone goes, and the verb is next",
-       "Applications\\x.exe\\shell\\open\\command = C:\\gone.exe\n"
-       "Applications\\y.exe\\shell\nApplications\\z.exe\\shell\\a\n"
-       "Applications\\z.exe\\DefaultIcon = C:\\gone.ico",
-       {"1|caption:x.exe|existingkey:32:HKCR\\Applications\\x.exe\\shell\\open\\command"
-        "|missingfile:C:\\gone.exe",
-        "10|existingkey:32:HKCR\\Applications\\y.exe\\shell|caption:Applications\\y.exe",
-        "5|existingkey:32:HKCR\\Applications\\z.exe\\shell\\a|caption:z.exe"},
-       {"delete key C\\Applications\\x.exe\\shell\\open\\command",
-        "delete key C\\Applications\\y.exe\\shell", "delete key C\\Applications\\z.exe\\shell\\a"},
-       {"5|existingkey:32:HKCR\\Applications\\x.exe\\shell\\open|caption:x.exe",
-        "10|existingkey:32:HKCR\\Applications\\z.exe\\shell|caption:Applications\\z.exe"}},
-      {"associations with a default value at most",
-       "SystemFileAssociations\\.x = d\nSystemFileAssociations\\.y : a = b\n"
-       "SystemFileAssociations\\.z\\shell",
-       {"12|existingkey:32:HKCR\\SystemFileAssociations\\.x|caption:SystemFileAssociations\\.x"},
-       {"delete key C\\SystemFileAssociations\\.x"}},
-      {"Explorer's extensions, two levels deep",
-       exts + ".a\n" + exts + ".b = d\n" + exts + ".c\\OpenWithList\\deep : x = y\n" + exts +
-           ".d\\OpenWithList : a = x.exe\n" + exts + ".e : Application = x\n" + exts + "word",
-       {empty(".a"), empty(".b"), empty(".c")},
-       {"delete key HKCU\\" + shown + ".a", "delete key HKCU\\" + shown + ".b",
-        "delete key HKCU\\" + shown + ".c"}},
-      {"deletion overrides rights where no check asks for them (!)",
-       "EmptyType",
-       {"8|existingkey:32:HKCR\\.no|caption:.NO-Datei (*.no)",
-        "8|existingkey:32:HKCR\\EmptyType|caption:EmptyType"},
-       {"delete key C\\.no", "delete key C\\EmptyType"},
-       {},
-       {},
-       {},
-       [](World& world) {
-         world.Backend().DenyWrite(u"HKLM\\SOFTWARE\\Classes\\.no");
-         world.Backend().DenyDelete(u"HKLM\\SOFTWARE\\Classes\\.skip");
-         world.Backend().DenyDelete(u"HKLM\\SOFTWARE\\Classes\\EmptyType");
-       }},
-      {"one view on a 32-bit system",
-       "Type\\CLSID = {GONE}\nU\\Mine\\ShellEx\\IconHandler = {G}\nCLSID\\{G}\\x",
-       {},
-       {},
-       {},
-       {},
-       {.is64Bit = false}},
-  };
-  CheckClasses<TRCPFileTypes>(rows, kFiles);
+  CheckClasses<TRCPFileTypes>(
+      R"(
+      # an application's missing program: the command alone goes, and the verb is next
+      Applications\x.exe\shell\open\command = C:\gone.exe
+      Applications\y.exe\shell
+      Applications\z.exe\shell\a
+      Applications\z.exe\DefaultIcon = C:\gone.ico
+      ? 1{c}x.exe{k32}Applications\x.exe\shell\open\command{f}C:\gone.exe
+      ? 10{k32}Applications\y.exe\shell{c}Applications\y.exe
+      ? 5{k32}Applications\z.exe\shell\a{c}z.exe
+      ! {-C}Applications\x.exe\shell\open\command ; {-C}Applications\y.exe\shell
+      ! {-C}Applications\z.exe\shell\a
+      = 5{k32}Applications\x.exe\shell\open{c}x.exe
+      = 10{k32}Applications\z.exe\shell{c}Applications\z.exe
+      # associations with a default value at most
+      SystemFileAssociations\.x = d
+      SystemFileAssociations\.y : a = b
+      SystemFileAssociations\.z\shell
+      ? 12{k32}SystemFileAssociations\.x{c}SystemFileAssociations\.x
+      ! {-C}SystemFileAssociations\.x
+      # Explorer's extensions, two levels deep
+      {X}.a
+      {X}.b = d
+      {X}.c\OpenWithList\deep : x = y
+      {X}.d\OpenWithList : a = x.exe
+      {X}.e : Application = x
+      {X}word
+      ? 12|existingkey:32:HKEY_CURRENT_USER\{x}.a{c}{x}.a
+      ? 12|existingkey:32:HKEY_CURRENT_USER\{x}.b{c}{x}.b
+      ? 12|existingkey:32:HKEY_CURRENT_USER\{x}.c{c}{x}.c
+      ! delete key HKCU\{x}.a ; delete key HKCU\{x}.b ; delete key HKCU\{x}.c
+      # deletion overrides rights where no check asks for them (!)
+      & deny-write HKLM\SOFTWARE\Classes\.no
+      & deny-delete HKLM\SOFTWARE\Classes\.skip
+      & deny-delete HKLM\SOFTWARE\Classes\EmptyType
+      EmptyType
+      ? 8{k32}.no{c}.NO-Datei (*.no) ; 8{k32}EmptyType{c}EmptyType
+      ! {-C}.no ; {-C}EmptyType
+      # one view on a 32-bit system
+      & 32-bit
+      Type\CLSID = {GONE}
+      U\Mine\ShellEx\IconHandler = {G}
+      CLSID\{G}\x)",
+      {{"{X}", "HKEY_USERS\\S-1-5-21-1-2-3-1001\\{x}"},
+       {"{x}", "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\FileExts\\"}});
 }
 
 TEST(FileTypes, Faults) {
-  ClassRow row{"faults",
-               R"(.txt = txtfile
-    txtfile\shell\open\command = C:\x\here.exe
-    txtfile\ShellEx\IconHandler = {G}
-    txtfile\ShellEx\ContextMenuHandlers\{G}
-    txtfile\DefaultIcon = C:\x\here.exe,1
-    U\mine\CLSID = {G}
-    .n : x = y
-    .g = goner
-    Applications\x.exe\shell\open\command = C:\gone.exe
-    SystemFileAssociations\.z\shell
-    SystemFileAssociations\.y : a = b
-    CLSID\{G}\x
-    HKEY_USERS\S-1-5-21-1-2-3-1001\Software\Microsoft\Windows\CurrentVersion\Explorer\FileExts\.d\x : a = b)",
-               {"1|caption:x.exe|existingkey:32:HKCR\\Applications\\x.exe\\shell\\open\\command"
-                "|missingfile:C:\\gone.exe",
-                "2|existingkey:32:HKCR\\.g|missingkey:32:HKCR\\goner|caption:.G-Datei (*.g)"}};
-  CheckFaults<TRCPFileTypes>(AsCase(row, kFiles));
+  CheckFaults<TRCPFileTypes>(ReadCases(R"(# faults
+      .txt = txtfile
+      txtfile\shell\open\command = C:\x\here.exe
+      txtfile\ShellEx\IconHandler = {G}
+      txtfile\ShellEx\ContextMenuHandlers\{G}
+      txtfile\DefaultIcon = C:\x\here.exe,1
+      U\mine\CLSID = {G}
+      .n : x = y
+      .g = goner
+      Applications\x.exe\shell\open\command = C:\gone.exe
+      SystemFileAssociations\.z\shell
+      SystemFileAssociations\.y : a = b
+      CLSID\{G}\x
+      HKEY_USERS\S-1-5-21-1-2-3-1001\Software\Microsoft\Windows\CurrentVersion\Explorer\FileExts\.d\x : a = b
+      + C:\x\here.exe
+      ? 1{c}x.exe{k32}Applications\x.exe\shell\open\command{f}C:\gone.exe
+      ? 2{k32}.g{m32}goner{c}.G-Datei (*.g))",
+                                       kClassNames)[0]);
 }
 
 TEST(FileTypes, Captions) {
@@ -220,9 +204,10 @@ TEST(FileTypes, ChecksThatNoScanMakes) {
     plugin.Check_Extension(key, caption);
     plugin.Check_CLSID({key, caption, {}}, false);
   }
-  EXPECT_EQ(world.Problems(), Full({"11|existingkey:32:HKCR\\b|caption:C",
-                                    "3|existingkey:32:HKCR\\b\\CLSID|caption:C|missingkey:32:"
-                                    "HKCR\\CLSID\\{GONE}"}));
+  EXPECT_EQ(world.Problems(), ReadCases(R"(# both
+      ? 11{k32}b{c}C ; 3{k32}b\CLSID{c}C{m32}CLSID\{GONE})",
+                                        kClassNames)[0]
+                                  .problems);
 }
 
 // "C" is the classes root, "U" the user's.
@@ -258,8 +243,9 @@ TEST(FileTypes, CleansByShape) {
     const std::string root = row.key[0] == 'C' ? "HKEY_CLASSES_ROOT" : "HKEY_CURRENT_USER";
     error.Data = {FromUtf8("existingkey:32:" + root + row.key.substr(1))};
     EXPECT_TRUE(world.Create<TRCPFileTypes>().CleanError(error));
-    const std::string shown = ReplaceAll("delete key " + row.deleted, " U", " HKCU");
-    EXPECT_EQ(world.Journal(), row.deleted.empty() ? Lines() : Full({shown})) << row.kind;
+    const std::string place = row.key[0] == 'C' ? "HKLM\\SOFTWARE\\Classes" : "HKCU";
+    const Lines deleted = {"delete key " + place + row.deleted.substr(row.deleted.empty() ? 0 : 1)};
+    EXPECT_EQ(world.Journal(), row.deleted.empty() ? Lines() : deleted) << row.kind;
     EXPECT_FALSE(ShouldReSearch || ForceRegDelete);
   }
 }

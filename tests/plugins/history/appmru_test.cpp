@@ -7,78 +7,63 @@
 namespace scrubwell::test {
 namespace {
 
-const std::string kUser = "HKEY_CURRENT_USER\\Software\\";
-const std::string kExplorer = kUser + "Microsoft\\Windows\\CurrentVersion\\Explorer\\";
-const std::string kDialogs = kExplorer + "ComDlg32\\OpenSaveMRU";
-
-// Lines as for classes; "D" stands for the dialogs' key, "E\" for Explorer's, "S\" for software.
-std::string Keys(const std::string& lines) {
-  std::string text = ReplaceAll(ReplaceAll(lines, "E\\", kExplorer), "S\\", kUser);
-  text = ReplaceAll(text, "D :", kDialogs + " :");
-  return Classes(ReplaceAll(text, "D\\x", kDialogs + "\\x"));
-}
-std::string Problem(const std::string& key, const std::string& value, const std::string& file) {
-  return "1|existingkey:" + key + "|existingvalue:" + value + "|missingfile:" + file;
-}
-std::string Change(const std::string& what, const std::string& key, const std::string& rest) {
-  return what + " value " + ReplaceAll(key, "HKEY_CURRENT_USER", "HKCU") + " \"" + rest;
-}
+const Abbreviations kShort = {{"{E}", "{S}{Explorer}"},
+                              {"{-E}", "{-S}{Explorer}"},
+                              {"{=E}", "{=S}{Explorer}"},
+                              {"{-kE}", "delete key HKCU\\Software\\{Explorer}"},
+                              {"{Explorer}", "Microsoft\\Windows\\CurrentVersion\\Explorer\\"},
+                              {"{S}", "HKEY_CURRENT_USER\\Software\\"},
+                              {"{-S}", "delete value HKCU\\Software\\"},
+                              {"{=S}", "set value HKCU\\Software\\"},
+                              {"{k}", "|existingkey:"}};
 
 TEST(AppMRU, FindsAndCleans) {
-  const std::string excel = kUser + "Microsoft\\Office\\12.0\\Excel\\Recent Files";
-  const std::string access = kUser + "Microsoft\\Office\\9.0\\Access\\Settings";
-  const std::string zip = kUser + "Nico Mak Computing\\WinZip\\extract";
-  const Case rows[] = {
-      {.name = "nothing"},
-      {.name = "healthy, or not to be told",
-       .registry = Keys(R"(D : a = C:\here.txt
-           D : b = C:\Windows
-           D : MRULIST = C:\gone.txt
-           D\x : MruList = C:\gone.txt
-           D\x : a = D:\gone.txt
-           D\x : c =
-           D\x : d = C:\here.txt\inner\x.txt
-           D\x : e = dword:1
-           E\FileExts\.txt\OpenWithList : a = x
-           S\Microsoft\Office\12.0\Excel\Recent Files : File1 = C:\here.txt
-           S\Microsoft\Office\12.0\Excel\Recent Files : File = C:\gone.txt
-           S\Microsoft\Office\12.0\Excel\Recent Files : FileX = C:\gone.txt
-           S\Microsoft\Office\13.0\Excel\Recent Files : File1 = C:\gone.txt
-           S\Microsoft\Office\12.0\Access\Settings : MRUFlags1 = C:\gone.txt)"),
-       .files = "C:\\here.txt\ndrive D: network"},
-      {.name = "the order loses the letter and keeps the others",
-       .registry = Keys(R"(D : c = C:\gone.txt
-           D : MRUList = cab
-           D\x : a = C:\gone.x)"),
-       .problems = {Problem(kDialogs, "c", "C:\\gone.txt"),
-                    Problem(kDialogs + "\\x", "a", "C:\\gone.x")},
-       .journal =
-           Lines{Change("delete", kDialogs, "c\""), Change("set", kDialogs, "MRUList\"=\"ab\""),
-                 Change("delete", kDialogs + "\\x", "a\"")}},
-      {.name = "lists of programs",
-       .registry = Keys(R"(S\Microsoft\Office\12.0\Excel\Recent Files : File2 = C:\gone.xls
-           S\Microsoft\Office\12.0\Excel\Recent Files : File3 = C:\here.xls
-           S\Microsoft\Office\9.0\Access\Settings : mru10 = C:\gone.mdb
-           S\Nico Mak Computing\WinZip\extract : extract0 = C:\gone)"),
-       .files = "C:\\here.xls",
-       .problems = {Problem(access, "mru10", "C:\\gone.mdb"),
-                    Problem(excel, "File2", "C:\\gone.xls"), Problem(zip, "extract0", "C:\\gone")},
-       .journal = Lines{Change("delete", access, "mru10\""), Change("delete", excel, "File2\""),
-                        Change("delete", zip, "extract0\""),
-                        Change("set", excel, "File1\"=\"C:\\\\here.xls\""),
-                        Change("delete", excel, "File3\"")}},
-      {.name = "open-with keys",
-       .registry = Keys("E\\FileExts\\.a\nE\\FileExts\\.b\\OpenWithList\nE\\FileExts\\.c\\Other"),
-       .problems = {"2|existingkey:" + kExplorer + "FileExts\\.a",
-                    "2|existingkey:" + kExplorer + "FileExts\\.b"},
-       .journal = Lines{"delete key " + ReplaceAll(kExplorer, "HKEY_CURRENT_USER", "HKCU") +
-                            "FileExts\\.a",
-                        "delete key " + ReplaceAll(kExplorer, "HKEY_CURRENT_USER", "HKCU") +
-                            "FileExts\\.b"}},
-  };
-  CheckCases<TRCPAppMRU>(rows);
-  CheckFaults<TRCPAppMRU>(rows[3]);
-  CheckFaults<TRCPAppMRU>(rows[4]);
+  CheckText<TRCPAppMRU>(R"(
+      # healthy, or not to be told
+      {E}ComDlg32\OpenSaveMRU : a = C:\here.txt
+      {E}ComDlg32\OpenSaveMRU : b = C:\Windows
+      {E}ComDlg32\OpenSaveMRU : MRULIST = C:\gone.txt
+      {E}ComDlg32\OpenSaveMRU\x : MruList = C:\gone.txt
+      {E}ComDlg32\OpenSaveMRU\x : a = D:\gone.txt
+      {E}ComDlg32\OpenSaveMRU\x
+      {E}ComDlg32\OpenSaveMRU\x : d = C:\here.txt\inner\x.txt
+      {E}ComDlg32\OpenSaveMRU\x : e = dword:1
+      {E}FileExts\.txt\OpenWithList : a = x
+      {S}Microsoft\Office\12.0\Excel\Recent Files : File1 = C:\here.txt
+      {S}Microsoft\Office\12.0\Excel\Recent Files : File = C:\gone.txt
+      {S}Microsoft\Office\12.0\Excel\Recent Files : FileX = C:\gone.txt
+      {S}Microsoft\Office\13.0\Excel\Recent Files : File1 = C:\gone.txt
+      {S}Microsoft\Office\12.0\Access\Settings : MRUFlags1 = C:\gone.txt
+      + C:\here.txt ; drive D: network
+      # the order loses the letter and keeps the others
+      {E}ComDlg32\OpenSaveMRU : c = C:\gone.txt
+      {E}ComDlg32\OpenSaveMRU : MRUList = cab
+      {E}ComDlg32\OpenSaveMRU\x : a = C:\gone.x
+      ? 1{k}{E}ComDlg32\OpenSaveMRU{v}c{f}C:\gone.txt
+      ? 1{k}{E}ComDlg32\OpenSaveMRU\x{v}a{f}C:\gone.x
+      ! {-E}ComDlg32\OpenSaveMRU "c" ; {=E}ComDlg32\OpenSaveMRU "MRUList"="ab"
+      ! {-E}ComDlg32\OpenSaveMRU\x "a"
+      # lists of programs
+      {S}Microsoft\Office\12.0\Excel\Recent Files : File2 = C:\gone.xls
+      {S}Microsoft\Office\12.0\Excel\Recent Files : File3 = C:\here.xls
+      {S}Microsoft\Office\9.0\Access\Settings : mru10 = C:\gone.mdb
+      {S}Nico Mak Computing\WinZip\extract : extract0 = C:\gone
+      + C:\here.xls
+      ? 1{k}{S}Microsoft\Office\9.0\Access\Settings{v}mru10{f}C:\gone.mdb
+      ? 1{k}{S}Microsoft\Office\12.0\Excel\Recent Files{v}File2{f}C:\gone.xls
+      ? 1{k}{S}Nico Mak Computing\WinZip\extract{v}extract0{f}C:\gone
+      ! {-S}Microsoft\Office\9.0\Access\Settings "mru10"
+      ! {-S}Microsoft\Office\12.0\Excel\Recent Files "File2"
+      ! {-S}Nico Mak Computing\WinZip\extract "extract0"
+      ! {=S}Microsoft\Office\12.0\Excel\Recent Files "File1"="C:\\here.xls"
+      ! {-S}Microsoft\Office\12.0\Excel\Recent Files "File3"
+      # open-with keys
+      {E}FileExts\.a
+      {E}FileExts\.b\OpenWithList
+      {E}FileExts\.c\Other
+      ? 2{k}{E}FileExts\.a ; 2{k}{E}FileExts\.b
+      ! {-kE}FileExts\.a ; {-kE}FileExts\.b)",
+                        kShort);
 }
 
 TEST(AppMRU, Addresses) {
@@ -109,10 +94,18 @@ TEST(AppMRU, Addresses) {
 }
 
 TEST(AppMRU, LeavesAnEntryThatChanged) {
-  World world(Keys("D : a = C:\\x\\gone.txt\nD : b = C:\\gone2.txt"));
+  const Case row = ReadCases(R"(# two entries
+      {E}ComDlg32\OpenSaveMRU : a = C:\x\gone.txt
+      {E}ComDlg32\OpenSaveMRU : b = C:\gone2.txt
+      ! {-E}ComDlg32\OpenSaveMRU "a")",
+                             kShort)[0];
+  World world(row.registry);
   world.Run<TRCPAppMRU>();
-  SetRegStringValue(HKEY_CURRENT_USER, FromUtf8(kDialogs.substr(18)), u"b", u"C:\\other", {});
-  EXPECT_EQ(world.CleanAll(), Lines{Change("delete", kDialogs, "a\"")});
+  SetRegStringValue(
+      HKEY_CURRENT_USER,
+      u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\ComDlg32\\OpenSaveMRU", u"b",
+      u"C:\\other", {});
+  EXPECT_EQ(world.CleanAll(), *row.journal);
 }
 
 }  // namespace

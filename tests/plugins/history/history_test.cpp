@@ -7,198 +7,162 @@
 namespace scrubwell::test {
 namespace {
 
-const std::string kUser = "HKEY_CURRENT_USER\\Software\\";
-const std::string kExplorer = kUser + "Microsoft\\Windows\\CurrentVersion\\Explorer\\";
 const std::string kHome = "C:\\Users\\tester\\AppData\\Roaming\\";
 const std::string kRecent = kHome + "Microsoft\\Windows\\Recent\\";
-const std::string kMenu = kHome + "Microsoft\\Windows\\Start Menu\\Programs\\";
 
-// Lines as for classes; "E\" stands for Explorer's key, "S\" for the user's software.
-std::string Keys(const std::string& lines) {
-  return Classes(ReplaceAll(ReplaceAll(lines, "E\\", kExplorer), "S\\", kUser));
-}
-
-std::string Trace(int kind, const std::string& key, const std::string& value,
-                  const std::string& file, const std::string& rest) {
-  return std::to_string(kind) + "|existingkey:" + ReplaceAll(key, "E\\", kExplorer) +
-         "|existingvalue:" + value + "|missingfile:" + file + "|" + rest;
-}
-
-int Reference(std::string_view application) {
+std::string Fix(std::string_view application) {
   const TTracePluginList& plugins = TracePlugins();
-  for (std::int32_t i = 0; i < plugins.Count(); ++i) {
-    if (ToUtf8(plugins.Get(i)->ApplicationName()) == application) {
-      return plugins.ReferenceOf(*plugins.Get(i));
-    }
-  }
-  return 0;
+  std::int32_t i = 0;
+  while (ToUtf8(plugins.Get(i)->ApplicationName()) != application) ++i;
+  return "|fixhistory:" + std::to_string(plugins.ReferenceOf(*plugins.Get(i))) + "|cleanmode:1";
 }
 
-std::string Fix(std::string_view application, int mode) {
-  return "fixhistory:" + std::to_string(Reference(application)) +
-         "|cleanmode:" + std::to_string(mode);
-}
-
-std::string Short(std::string key) {
-  return ReplaceAll(ReplaceAll(std::move(key), "E\\", kExplorer), "HKEY_CURRENT_USER", "HKCU");
-}
-std::string Deleted(const std::string& key, const std::string& value) {
-  return "delete value " + Short(key) + " \"" + value + "\"";
-}
-std::string Set(const std::string& key, const std::string& value, const std::string& text) {
-  return "set value " + Short(key) + " \"" + value + "\"=\"" + text + "\"";
-}
+const Abbreviations kShort = {{"{Windows}", Fix("Windows")},
+                              {"{Excel}", Fix("Microsoft Excel") + "|traceapp:Microsoft Excel"},
+                              {"{WinRAR}", Fix("WinRAR") + "|traceapp:WinRAR"},
+                              {"{nil}", "|nil:nil|cleanmode:1"},
+                              {"{U}", "{E}UserAssist\\{UA}"},
+                              {"{-U}", "{-E}UserAssist\\{UA}"},
+                              {"{UA}", "{75048700-EF1F-11D0-9888-006097DEACF9}\\Count"},
+                              {"{E}", "{S}{Explorer}"},
+                              {"{-E}", "{-S}{Explorer}"},
+                              {"{=E}", "{=S}{Explorer}"},
+                              {"{-kE}", "delete key HKCU\\Software\\{Explorer}"},
+                              {"{Explorer}", "Microsoft\\Windows\\CurrentVersion\\Explorer\\"},
+                              {"{S}", "HKEY_CURRENT_USER\\Software\\"},
+                              {"{-S}", "delete value HKCU\\Software\\"},
+                              {"{=S}", "set value HKCU\\Software\\"},
+                              {"{k}", "|existingkey:"},
+                              {"{R}", kRecent},
+                              {"{H}", kHome}};
 
 TEST(History, OpenWithKeys) {
-  const auto problem = [](const std::string& extension, const std::string& caption) {
-    return "2|existingkey:" + kExplorer + "FileExts\\" + extension + "|caption:" + caption;
-  };
-  const auto removal = [](const std::string& extension) {
-    return "delete key " + Short("E\\FileExts\\" + extension);
-  };
-  const Case rows[] = {
-      {.name = "nothing"},
-      {.name = "keys that hold something", .registry = Keys(R"(E\FileExts\.val : Application = x
-           E\FileExts\.def = x
-           E\FileExts\.list\OpenWithList : a = x
-           E\FileExts\.deep\OpenWithList\x
-           E\FileExts\.other\OpenWithList
-           E\FileExts\.other\OpenWithProgids)")},
-      {.name = "keys that hold nothing, and their names",
-       .registry = Keys(R"(E\FileExts\.a
-           E\FileExts\.b\OPENWITHLIST
-           E\FileExts\.c
-           E\FileExts\.d
-           .b = btype
-           btype = B document
-           .c = ctype
-           ctype
-           .d = gone)"),
-       .problems = {problem(".a", ".A-Datei (*.a)"), problem(".b", "B document (*.b)"),
-                    problem(".c", "ctype (*.c)"), problem(".d", ".D-Datei (*.d)")},
-       .journal = Lines{removal(".a"), removal(".b"), removal(".c"), removal(".d")}},
-  };
+  const std::vector<Case> rows = ReadCases(R"(
+      # keys that hold something
+      {E}FileExts\.val : Application = x
+      {E}FileExts\.def = x
+      {E}FileExts\.list\OpenWithList : a = x
+      {E}FileExts\.deep\OpenWithList\x
+      {E}FileExts\.other\OpenWithList
+      {E}FileExts\.other\OpenWithProgids
+      # keys that hold nothing, and their names
+      {E}FileExts\.a
+      {E}FileExts\.b\OPENWITHLIST
+      {E}FileExts\.c
+      {E}FileExts\.d
+      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.b = btype
+      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\btype = B document
+      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.c = ctype
+      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\ctype
+      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.d = gone
+      ? 2{k}{E}FileExts\.a|caption:.A-Datei (*.a) ; 2{k}{E}FileExts\.b|caption:B document (*.b)
+      ? 2{k}{E}FileExts\.c|caption:ctype (*.c) ; 2{k}{E}FileExts\.d|caption:.D-Datei (*.d)
+      ! {-kE}FileExts\.a ; {-kE}FileExts\.b ; {-kE}FileExts\.c ; {-kE}FileExts\.d)",
+                                           kShort);
   CheckCases<TRCPHistory>(rows);
 }
 
 TEST(History, ListsOfTheRegistry) {
-  const std::string dialogs = "E\\ComDlg32\\OpenSaveMRU";
-  const std::string run = "E\\RunMRU";
-  const std::string excel = kUser + "Microsoft\\Office\\16.0\\Excel\\File MRU";
-  const std::string item = "[F00000000][T01D0000000000000][O00000000]*";
-  const std::string usage = "E\\UserAssist\\{75048700-EF1F-11D0-9888-006097DEACF9}\\Count";
-  const Case rows[] = {
-      {.name = "dialogs: the order loses the letter",
-       .registry = Keys(R"(E\ComDlg32\OpenSaveMRU : a = C:\here.txt
-           E\ComDlg32\OpenSaveMRU : b = C:\gone.txt
-           E\ComDlg32\OpenSaveMRU : mrulist = ba
-           E\ComDlg32\OpenSaveMRU\txt : c = C:\gone.txt
-           E\ComDlg32\OpenSaveMRU\txt : d = D:\gone.txt
-           E\ComDlg32\OpenSaveMRU\txt : e = \\server\gone.txt
-           E\ComDlg32\OpenSaveMRU\txt : f = C:\here.txt\inner
-           E\ComDlg32\OpenSaveMRU\txt : MRUList = cde
-           E\ComDlg32\OpenSaveMRU\zip : a = C:\gone.zip)"),
-       .files = "C:\\here.txt\ndrive D: removable",
-       .problems = {Trace(1, dialogs, "b", "C:\\gone.txt", "nil:nil|cleanmode:1"),
-                    Trace(1, dialogs + "\\txt", "c", "C:\\gone.txt", "nil:nil|cleanmode:1"),
-                    Trace(1, dialogs + "\\zip", "a", "C:\\gone.zip", "nil:nil|cleanmode:1")},
-       .journal = Lines{Deleted(dialogs, "b"), Set(dialogs, "MRUList", "a"),
-                        Deleted(dialogs + "\\txt", "c"), Set(dialogs + "\\txt", "MRUList", "de"),
-                        Deleted(dialogs + "\\zip", "a")}},
-      {.name = "commands: only programs that are surely gone, one repair",
-       .registry = Keys(R"(E\RunMRU : a = C:\gone\x.exe -a /b\1
-           E\RunMRU : b = notepad\1
-           E\RunMRU : c = "C:\gone dir\y.exe" z\1
-           E\RunMRU : d = %windir%\here.exe /q\1
-           E\RunMRU : e = http://x/\1
-           E\RunMRU : f = \\server\x\1
-           E\RunMRU : g = C:\gone dir\z.exe C:\here.txt\1
-           E\RunMRU : h = C:\gone\my.doc D:\x\1
-           E\RunMRU : i = C:\Windows\System32\rundll32 C:\gone.dll,Entry\1
-           E\RunMRU : j = dword:1
-           E\RunMRU : MRUList = cabdefghij)"),
-       .files = "C:\\Windows\\here.exe\nC:\\Windows\\System32\\rundll32.exe",
-       .problems = {Trace(5, run, "a", "C:\\gone\\x.exe", Fix("Windows", 1)),
-                    Trace(5, run, "c", "C:\\gone dir\\y.exe", Fix("Windows", 1)),
-                    Trace(5, run, "g", "C:\\gone dir\\z.exe", Fix("Windows", 1)),
-                    Trace(5, run, "h", "C:\\gone\\my.doc", Fix("Windows", 1))},
-       .journal = Lines{Deleted(run, "a"), Deleted(run, "c"), Deleted(run, "g"), Deleted(run, "h"),
-                        Set(run, "MRUList", "bdefij")}},
-      {.name = "numbered lists close up, with what is kept beside them",
-       .registry = Keys(R"(E\TypedPaths : url1 = C:\gone
-           E\TypedPaths : url2 = C:\Windows
-           S\Microsoft\Internet Explorer\TypedURLs : url1 = http://a/
-           S\Microsoft\Internet Explorer\TypedURLs : url2 = file:///C:/gone%20x.htm
-           S\Microsoft\Internet Explorer\TypedURLs : url3 = http://c/
-           S\Microsoft\Internet Explorer\TypedURLsTime : url2 = t2
-           S\Microsoft\Internet Explorer\TypedURLsTime : url3 = t3)"),
-       .problems = {Trace(5, "E\\TypedPaths", "url1", "C:\\gone", Fix("Windows", 1)),
-                    Trace(5, kUser + "Microsoft\\Internet Explorer\\TypedURLs", "url2",
-                          "C:\\gone x.htm", Fix("Windows", 1))},
-       .journal =
-           Lines{Deleted("E\\TypedPaths", "url1"),
-                 Deleted(kUser + "Microsoft\\Internet Explorer\\TypedURLs", "url2"),
-                 Set("E\\TypedPaths", "url1", "C:\\\\Windows"), Deleted("E\\TypedPaths", "url2"),
-                 Set(kUser + "Microsoft\\Internet Explorer\\TypedURLs", "url2", "http://c/"),
-                 Deleted(kUser + "Microsoft\\Internet Explorer\\TypedURLs", "url3"),
-                 Set(kUser + "Microsoft\\Internet Explorer\\TypedURLsTime", "url2", "t3"),
-                 Deleted(kUser + "Microsoft\\Internet Explorer\\TypedURLsTime", "url3")}},
-      {.name = "programs: files, folders, other texts",
-       .registry = Keys(
-           "S\\Microsoft\\Office\\16.0\\Excel\\File MRU : Item 1 = " + item + "C:\\here.xls\n" +
-           "S\\Microsoft\\Office\\16.0\\Excel\\File MRU : Item 2 = " + item + "C:\\gone.xls\n" +
-           "S\\Microsoft\\Office\\16.0\\Excel\\File MRU : Item 3 = C:\\no mark.xls\n" +
-           "S\\Microsoft\\Office\\16.0\\Excel\\File MRU : Item = " + item + "C:\\gone.xls\n" +
-           R"(S\WinRAR\ArcHistory : 0 = C:\gone.rar
-           S\WinRAR\ArcHistory : 1 = C:\here.xls
-           S\WinRAR\DialogEditHistory\ExtrPath : 0 = C:\gone dir
-           S\WinRAR\DialogEditHistory\ExtrPath : 1 = C:\here.xls\inner\
-           S\Microsoft\Windows\CurrentVersion\Applets\Regedit : LastKey = C:\gone)"),
-       .files = "C:\\here.xls",
-       .problems = {Trace(4, excel, "Item 2", "C:\\gone.xls",
-                          Fix("Microsoft Excel", 1) + "|traceapp:Microsoft Excel"),
-                    Trace(4, kUser + "WinRAR\\ArcHistory", "0", "C:\\gone.rar",
-                          Fix("WinRAR", 1) + "|traceapp:WinRAR"),
-                    Trace(8, kUser + "WinRAR\\DialogEditHistory\\ExtrPath", "0", "C:\\gone dir",
-                          Fix("WinRAR", 1) + "|traceapp:WinRAR")},
-       .journal = Lines{Deleted(excel, "Item 2"), Deleted(kUser + "WinRAR\\ArcHistory", "0"),
-                        Deleted(kUser + "WinRAR\\DialogEditHistory\\ExtrPath", "0"),
-                        Set(excel, "Item 2", "C:\\\\no mark.xls"), Deleted(excel, "Item 3"),
-                        Set(kUser + "WinRAR\\ArcHistory", "0", "C:\\\\here.xls"),
-                        Deleted(kUser + "WinRAR\\ArcHistory", "1"),
-                        Set(kUser + "WinRAR\\DialogEditHistory\\ExtrPath", "0",
-                            "C:\\\\here.xls\\\\inner\\\\"),
-                        Deleted(kUser + "WinRAR\\DialogEditHistory\\ExtrPath", "1")}},
-      {.name = "usage counters: Start menu, full paths, names of no place",
-       .registry = Keys(ReplaceAll(R"(C : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x
-           C : HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax = x
-           C : HRZR_EHACVQY:%pfvqy2%\Tbar Qve = x
-           C : HRZR_EHACVQY:%pfvqy2%\Urer.yax = x
-           C : HRZR_EHACNGU:P:\tbar.rkr = x
-           C : HRZR_EHACNGU = x
-           C : {S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr = x
-           C : Zvpebfbsg.Jvaqbjf.Rkcybere = x)",
-                                   "C :", usage + " :")),
-       .files = "C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Here.lnk",
-       .problems =
-           {Trace(9, usage, "HRZR_EHACVQY:%pfvqy2%\\Tbar.yax", "Gone.lnk", "nil:nil|cleanmode:1"),
-            Trace(6, usage, "HRZR_EHACVQY:%pfvqy23%\\Qve\\Tbar.yax", "Dir\\Gone.lnk",
-                  "nil:nil|cleanmode:1"),
-            Trace(7, usage, "HRZR_EHACVQY:%pfvqy2%\\Tbar Qve", "Gone Dir", "nil:nil|cleanmode:1"),
-            Trace(5, usage, "HRZR_EHACNGU:P:\\tbar.rkr", "C:\\gone.exe", "nil:nil|cleanmode:1"),
-            Trace(5, usage, "{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\\tbar.rkr",
-                  "%windir%\\gone.exe", "nil:nil|cleanmode:1")},
-       .journal = Lines{Deleted(usage, "HRZR_EHACVQY:%pfvqy2%\\Tbar.yax"),
-                        Deleted(usage, "HRZR_EHACVQY:%pfvqy23%\\Qve\\Tbar.yax"),
-                        Deleted(usage, "HRZR_EHACVQY:%pfvqy2%\\Tbar Qve"),
-                        Deleted(usage, "HRZR_EHACNGU:P:\\tbar.rkr"),
-                        Deleted(usage, "{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\\tbar.rkr")}},
-      {.name = "a Start menu folder that is not known proves nothing",
-       .registry = Keys(usage + " : HRZR_EHACVQY:%pfvqy2%\\Tbar.yax = x"),
-       .setup = [](World& world) { world.Windows().shell.folders.erase(22); }},
-  };
+  std::vector<Case> rows = ReadCases(R"(
+      # dialogs: the order loses the letter
+      {E}ComDlg32\OpenSaveMRU : a = C:\here.txt
+      {E}ComDlg32\OpenSaveMRU : b = C:\gone.txt
+      {E}ComDlg32\OpenSaveMRU : mrulist = ba
+      {E}ComDlg32\OpenSaveMRU\txt : c = C:\gone.txt
+      {E}ComDlg32\OpenSaveMRU\txt : d = D:\gone.txt
+      {E}ComDlg32\OpenSaveMRU\txt : e = \\server\gone.txt
+      {E}ComDlg32\OpenSaveMRU\txt : f = C:\here.txt\inner
+      {E}ComDlg32\OpenSaveMRU\txt : MRUList = cde
+      {E}ComDlg32\OpenSaveMRU\zip : a = C:\gone.zip
+      + C:\here.txt ; drive D: removable
+      ? 1{k}{E}ComDlg32\OpenSaveMRU{v}b{f}C:\gone.txt{nil}
+      ? 1{k}{E}ComDlg32\OpenSaveMRU\txt{v}c{f}C:\gone.txt{nil}
+      ? 1{k}{E}ComDlg32\OpenSaveMRU\zip{v}a{f}C:\gone.zip{nil}
+      ! {-E}ComDlg32\OpenSaveMRU "b" ; {=E}ComDlg32\OpenSaveMRU "MRUList"="a"
+      ! {-E}ComDlg32\OpenSaveMRU\txt "c" ; {=E}ComDlg32\OpenSaveMRU\txt "MRUList"="de"
+      ! {-E}ComDlg32\OpenSaveMRU\zip "a"
+      # commands: only programs that are surely gone, one repair
+      {E}RunMRU : a = C:\gone\x.exe -a /b\1
+      {E}RunMRU : b = notepad\1
+      {E}RunMRU : c = "C:\gone dir\y.exe" z\1
+      {E}RunMRU : d = %windir%\here.exe /q\1
+      {E}RunMRU : e = http://x/\1
+      {E}RunMRU : f = \\server\x\1
+      {E}RunMRU : g = C:\gone dir\z.exe C:\here.txt\1
+      {E}RunMRU : h = C:\gone\my.doc D:\x\1
+      {E}RunMRU : i = C:\Windows\System32\rundll32 C:\gone.dll,Entry\1
+      {E}RunMRU : j = dword:1
+      {E}RunMRU : MRUList = cabdefghij
+      + C:\Windows\here.exe ; C:\Windows\System32\rundll32.exe
+      ? 5{k}{E}RunMRU{v}a{f}C:\gone\x.exe{Windows}
+      ? 5{k}{E}RunMRU{v}c{f}C:\gone dir\y.exe{Windows}
+      ? 5{k}{E}RunMRU{v}g{f}C:\gone dir\z.exe{Windows}
+      ? 5{k}{E}RunMRU{v}h{f}C:\gone\my.doc{Windows}
+      ! {-E}RunMRU "a" ; {-E}RunMRU "c" ; {-E}RunMRU "g" ; {-E}RunMRU "h"
+      ! {=E}RunMRU "MRUList"="bdefij"
+      # numbered lists close up, with what is kept beside them
+      {E}TypedPaths : url1 = C:\gone
+      {E}TypedPaths : url2 = C:\Windows
+      {S}Microsoft\Internet Explorer\TypedURLs : url1 = http://a/
+      {S}Microsoft\Internet Explorer\TypedURLs : url2 = file:///C:/gone%20x.htm
+      {S}Microsoft\Internet Explorer\TypedURLs : url3 = http://c/
+      {S}Microsoft\Internet Explorer\TypedURLsTime : url2 = t2
+      {S}Microsoft\Internet Explorer\TypedURLsTime : url3 = t3
+      ? 5{k}{E}TypedPaths{v}url1{f}C:\gone{Windows}
+      ? 5{k}{S}Microsoft\Internet Explorer\TypedURLs{v}url2{f}C:\gone x.htm{Windows}
+      ! {-E}TypedPaths "url1" ; {-S}Microsoft\Internet Explorer\TypedURLs "url2"
+      ! {=E}TypedPaths "url1"="C:\\Windows" ; {-E}TypedPaths "url2"
+      ! {=S}Microsoft\Internet Explorer\TypedURLs "url2"="http://c/"
+      ! {-S}Microsoft\Internet Explorer\TypedURLs "url3"
+      ! {=S}Microsoft\Internet Explorer\TypedURLsTime "url2"="t3"
+      ! {-S}Microsoft\Internet Explorer\TypedURLsTime "url3"
+      # programs: files, folders, other texts
+      {S}Microsoft\Office\16.0\Excel\File MRU : Item 1 = [F00000000][T01D0000000000000][O00000000]*C:\here.xls
+      {S}Microsoft\Office\16.0\Excel\File MRU : Item 2 = [F00000000][T01D0000000000000][O00000000]*C:\gone.xls
+      {S}Microsoft\Office\16.0\Excel\File MRU : Item 3 = C:\no mark.xls
+      {S}Microsoft\Office\16.0\Excel\File MRU : Item = [F00000000][T01D0000000000000][O00000000]*C:\gone.xls
+      {S}WinRAR\ArcHistory : 0 = C:\gone.rar
+      {S}WinRAR\ArcHistory : 1 = C:\here.xls
+      {S}WinRAR\DialogEditHistory\ExtrPath : 0 = C:\gone dir
+      {S}WinRAR\DialogEditHistory\ExtrPath : 1 = C:\here.xls\inner\
+      {S}Microsoft\Windows\CurrentVersion\Applets\Regedit : LastKey = C:\gone
+      + C:\here.xls
+      ? 4{k}{S}Microsoft\Office\16.0\Excel\File MRU{v}Item 2{f}C:\gone.xls{Excel}
+      ? 4{k}{S}WinRAR\ArcHistory{v}0{f}C:\gone.rar{WinRAR}
+      ? 8{k}{S}WinRAR\DialogEditHistory\ExtrPath{v}0{f}C:\gone dir{WinRAR}
+      ! {-S}Microsoft\Office\16.0\Excel\File MRU "Item 2" ; {-S}WinRAR\ArcHistory "0"
+      ! {-S}WinRAR\DialogEditHistory\ExtrPath "0"
+      ! {=S}Microsoft\Office\16.0\Excel\File MRU "Item 2"="C:\\no mark.xls"
+      ! {-S}Microsoft\Office\16.0\Excel\File MRU "Item 3"
+      ! {=S}WinRAR\ArcHistory "0"="C:\\here.xls" ; {-S}WinRAR\ArcHistory "1"
+      ! {=S}WinRAR\DialogEditHistory\ExtrPath "0"="C:\\here.xls\\inner\\"
+      ! {-S}WinRAR\DialogEditHistory\ExtrPath "1"
+      # usage counters: Start menu, full paths, names of no place
+      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x
+      {U} : HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax = x
+      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar Qve = x
+      {U} : HRZR_EHACVQY:%pfvqy2%\Urer.yax = x
+      {U} : HRZR_EHACNGU:P:\tbar.rkr = x
+      {U} : HRZR_EHACNGU = x
+      {U} : {S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr = x
+      {U} : Zvpebfbsg.Jvaqbjf.Rkcybere = x
+      + C:\ProgramData\Microsoft\Windows\Start Menu\Here.lnk
+      ? 9{k}{U}{v}HRZR_EHACVQY:%pfvqy2%\Tbar.yax{f}Gone.lnk{nil}
+      ? 6{k}{U}{v}HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax{f}Dir\Gone.lnk{nil}
+      ? 7{k}{U}{v}HRZR_EHACVQY:%pfvqy2%\Tbar Qve{f}Gone Dir{nil}
+      ? 5{k}{U}{v}HRZR_EHACNGU:P:\tbar.rkr{f}C:\gone.exe{nil}
+      ? 5{k}{U}{v}{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr{f}%windir%\gone.exe{nil}
+      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar.yax"
+      ! {-U} "HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax"
+      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar Qve"
+      ! {-U} "HRZR_EHACNGU:P:\tbar.rkr"
+      ! {-U} "{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr"
+      # a Start menu folder that is not known proves nothing
+      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x)",
+                                     kShort);
+  rows.back().setup = [](World& world) { world.Windows().shell.folders.erase(22); };
   CheckCases<TRCPHistory>(rows);
-  CheckFaults<TRCPHistory>(rows[3]);
+  for (const Case& row : rows) CheckFaults<TRCPHistory>(row);
 }
 
 TEST(History, RecentDocuments) {
@@ -214,41 +178,39 @@ TEST(History, RecentDocuments) {
         u"C:\\gone.xls";
     world.Windows().resources.versions[u"C:\\Office\\winword.exe"] = {14, 0, 1, 2};
   };
-  const std::string office = kHome + "Microsoft\\Office\\Zuletzt\\gone.lnk";
-  const std::string names[] = {"here.lnk", "gone.LNK", "net.lnk",   "virtual.lnk",
-                               "gone.pif", "gone.url", "broken.lnk"};
-  std::string files =
-      "C:\\here.doc\nC:\\Office\\winword.exe\n" + kHome + "keep.txt\n" + office + "\n";
-  for (const std::string& name : names) files += kRecent + name + "\n";
-  const Case rows[] = {
-      {.name = "links of both folders",
-       .registry =
-           Keys("S\\Microsoft\\Office\\14.0\\Common\\General : RecentFiles = Zuletzt") +
-           Classes("HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\"
-                   "WINWORD.EXE = C:\\Office\\winword.exe"),
-       .files = files,
-       .problems = {"10|existingfile:" + kRecent + "gone.LNK|missingfile:C:\\gone.doc|caption:gone",
-                    "11|existingfile:" + office + "|missingfile:C:\\gone.xls|caption:gone"},
-       .journal = Lines{"backup " + kRecent + "gone.LNK", "erase file " + kRecent + "gone.LNK",
-                        "backup " + office, "erase file " + office,
-                        "erase folder " + kHome + "Microsoft\\Office\\Zuletzt",
-                        "erase folder " + kHome + "Microsoft\\Office"},
-       .setup = setLinks},
-      {.name = "a folder is spared only in the form that is compared",
-       .registry = Keys("E\\Shell Folders : Start Menu = c:\\users\\tester\\appdata\\roaming\\"
-                        "microsoft\\windows\\recent\\\n"
-                        "E\\Shell Folders : AppData = " +
-                        kHome),
-       .files = kRecent + "gone.LNK",
-       .problems = {"10|existingfile:" + kRecent +
-                    "gone.LNK|missingfile:C:\\gone.doc|caption:gone"},
-       .journal = Lines{"backup " + kRecent + "gone.LNK", "erase file " + kRecent + "gone.LNK"},
-       .setup = setLinks},
-      {.name = "damaged, or not to be told; no version to look for a folder with",
-       .registry = Keys("S\\Microsoft\\Office\\Common\\General : RecentFiles = Zuletzt"),
-       .files = office + "\n" + kRecent + "broken.lnk\n" + kRecent + "other.lnk | size=0"},
-  };
+  std::vector<Case> rows = ReadCases(R"(
+      # links of both folders
+      {S}Microsoft\Office\14.0\Common\General : RecentFiles = Zuletzt
+      HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows\CurrentVersion\App Paths\WINWORD.EXE = C:\Office\winword.exe
+      + C:\here.doc ; C:\Office\winword.exe ; {H}keep.txt
+      + {H}Microsoft\Office\Zuletzt\gone.lnk
+      + {R}here.lnk
+      + {R}gone.LNK
+      + {R}net.lnk
+      + {R}virtual.lnk
+      + {R}gone.pif
+      + {R}gone.url
+      + {R}broken.lnk
+      ? 10|existingfile:{R}gone.LNK{f}C:\gone.doc|caption:gone
+      ? 11|existingfile:{H}Microsoft\Office\Zuletzt\gone.lnk{f}C:\gone.xls|caption:gone
+      ! backup {R}gone.LNK ; erase file {R}gone.LNK ; backup {H}Microsoft\Office\Zuletzt\gone.lnk
+      ! erase file {H}Microsoft\Office\Zuletzt\gone.lnk ; erase folder {H}Microsoft\Office\Zuletzt
+      ! erase folder {H}Microsoft\Office
+      # a folder is spared only in the form that is compared
+      {E}Shell Folders : Start Menu = c:\users\tester\appdata\roaming\microsoft\windows\recent\
+      {E}Shell Folders : AppData = {H}
+      + {R}gone.LNK
+      ? 10|existingfile:{R}gone.LNK{f}C:\gone.doc|caption:gone
+      ! backup {R}gone.LNK ; erase file {R}gone.LNK
+      # damaged, or not to be told; no version to look for a folder with
+      {S}Microsoft\Office\Common\General : RecentFiles = Zuletzt
+      + {H}Microsoft\Office\Zuletzt\gone.lnk
+      + {R}broken.lnk
+      + {R}other.lnk | size=0)",
+                                     kShort);
+  rows[0].setup = rows[1].setup = setLinks;
   CheckCases<TRCPHistory>(rows);
+  for (const Case& row : rows) CheckFaults<TRCPHistory>(row);
 }
 
 TEST(History, Addresses) {
@@ -291,23 +253,27 @@ TEST(History, Addresses) {
 }
 
 TEST(History, CleansWhatIsStillThere) {
-  const std::string key = kUser + "WinRAR\\ArcHistory";
-  World world(Keys(R"(S\WinRAR\ArcHistory : 0 = C:\gone0.rar
-      S\WinRAR\ArcHistory : 1 = C:\gone1.rar
-      S\WinRAR\ArcHistory : 2 = C:\here.rar)"),
-              "C:\\here.rar");
+  const Case row = ReadCases(R"(# three archives
+      {S}WinRAR\ArcHistory : 0 = C:\gone0.rar
+      {S}WinRAR\ArcHistory : 1 = C:\gone1.rar
+      {S}WinRAR\ArcHistory : 2 = C:\here.rar
+      + C:\here.rar
+      ? 4{k}{S}WinRAR\ArcHistory{v}0{f}C:\gone1.rar{WinRAR})",
+                             kShort)[0];
+  World world(row.registry, row.files);
   ASSERT_EQ(world.Run<TRCPHistory>().size(), 2U);
   (*SweepErrors)[1].Selected = false;
   EXPECT_EQ(world.CleanAll().size(), 4U);
   // The second one is number 0 by now, and what is number 1 now must stay.
   (*SweepErrors)[1].Selected = true;
   EXPECT_EQ(world.CleanAll(), Lines());
-  const Lines left = {Trace(4, key, "0", "C:\\gone1.rar", Fix("WinRAR", 1) + "|traceapp:WinRAR")};
-  EXPECT_EQ(world.Scan(), left);
+  EXPECT_EQ(world.Scan(), row.problems);
 }
 
 TEST(History, AStopAmongTheLastItemsIsNoWholeScan) {
-  World world(Keys("E\\TypedPaths : url1 = C:\\gone\nE\\TypedPaths : url2 = C:\\gone2"));
+  World world(ReadCases("# two\n{E}TypedPaths : url1 = C:\\gone\n{E}TypedPaths : url2 = C:\\gone2",
+                        kShort)[0]
+                  .registry);
   auto& plugin = world.Create<TRCPHistory>();
   plugin.OnScanProgress = [](TRCPlugin&, std::int32_t, UnicodeView, bool) { StopSearch = true; };
   EXPECT_EQ(world.Scan().size(), 1U);

@@ -1,119 +1,111 @@
-#include <gtest/gtest.h>
-
 #include "plugins/software/Rcp_odbc.h"
-#include "support/world.h"
+#include "support/class_text.h"
 
 namespace scrubwell::test {
 namespace {
 
-const std::string kDrivers = R"(HKEY_LOCAL_MACHINE\Software\ODBC\ODBCINST.INI\)";
-const std::string kSources = R"(HKEY_LOCAL_MACHINE\Software\ODBC\ODBC.INI\)";
-const std::string kListing = R"(HKLM\Software\ODBC\ODBC.INI\ODBC Data Sources)";
-const std::string kNode = R"(HKLM\SOFTWARE\ODBC\)";
-
-std::string Driver(const std::string& name, const std::string& file) {
-  return "[" + kDrivers + name + "]\n\"Driver\"=\"" + file + "\"\n";
-}
-std::string Source(const std::string& name, const std::string& values = {}) {
-  return "[" + kSources + name + "]\n" + values + "\n";
-}
-std::string Listing(const std::string& values) {
-  return Source("ODBC Data Sources", values);
-}
-std::string OfListing(const std::string& kind, const std::string& name, const std::string& driver) {
-  return kind + "|existingkey:" + kListing + "|existingvalue:" + name + "|missingdrv:" + driver;
-}
-std::string DriverMissing(const std::string& name, const std::string& file) {
-  return "1|existingkey:" + kDrivers + name + "|existingvalue:Driver|missingfile:" + file +
-         "|missingdrv:" + name;
-}
-std::string Unlisted(const std::string& name) {
-  return "delete value " + kNode + "ODBC.INI\\ODBC Data Sources \"" + name + "\"";
-}
-
-const std::string kGone = "C:\\\\x\\\\gone.dll";
-const std::string kGoneDriver = "\"Driver\"=\"" + kGone + "\"";
-const MemoryOptions kBits32{.is64Bit = false};
+const Abbreviations kShort = {
+    {"{listed}", "|existingkey:HKLM\\Software\\ODBC\\ODBC.INI\\ODBC Data Sources{v}"},
+    {"{driver}", "|existingkey:HKEY_LOCAL_MACHINE\\Software\\ODBC\\ODBCINST.INI\\"},
+    {"{source}", "|existingkey:HKEY_LOCAL_MACHINE\\Software\\ODBC\\ODBC.INI\\"},
+    {"{gone}", "{v}Driver{f}C:\\x\\gone.dll|missingdrv:"},
+    {"{D}", "{LM}ODBC\\ODBCINST.INI\\"},
+    {"{S}", "{LM}ODBC\\ODBC.INI\\"},
+    {"{L}", "{LM}ODBC\\ODBC.INI\\ODBC Data Sources"},
+    {"{-L}", "{-v}ODBC\\ODBC.INI\\ODBC Data Sources"}};
 
 TEST(ODBC, FindsAndCleans) {
-  const Case rows[] = {
-      {.name = "nothing registered", .options = kBits32},
-      {.name = "healthy, or not to be told",
-       .registry = Driver("Here", "C:\\\\x\\\\here.dll") + Driver("Bare", "sys.dll") +
-                   Driver("Away", "D:\\\\gone.dll") + Driver("Empty", "") +
-                   Driver("Vague", "%NoSuch%\\\\gone.dll") + "[" + kDrivers +
-                   "ODBC Drivers]\n\"Gone\"=\"Installed\"\n" +
-                   Source("own", R"("Driver"="sys.dll")") + Source("other") + Source("number") +
-                   Listing(R"("own"="Bare"
-"other"="here"
-"number"=dword:1
-"a\\b"="Here"
-@="Gone"
-)") + "[" + kSources.substr(0, kSources.size() - 1) +
-                   "]\n" + kGoneDriver + "\n",
-       .files = "C:\\x\\here.dll\nC:\\Windows\\System32\\sys.dll\ndrive D: removable",
-       .options = kBits32},
-      {.name = "an invalid driver and those who use it",
-       .registry = Driver("Bad", kGone) + Driver("Bare", "gone.dll") + Source("a") + Source("b") +
-                   Source("c") + Listing("\"a\"=\"Bad\"\n\"b\"=\"Bad\"\n\"c\"=\"bad\""),
-       .problems = {DriverMissing("Bad", "C:\\x\\gone.dll"), DriverMissing("Bare", "gone.dll"),
-                    OfListing("5", "a", "Bad"), OfListing("5", "b", "Bad")},
-       .journal = Lines{"delete key " + kNode + "ODBCINST.INI\\Bad",
-                        "delete key " + kNode + "ODBCINST.INI\\Bare"},
-       // They count as repaired; without their driver they are another problem.
-       .left = {OfListing("4", "a", "Bad"), OfListing("4", "b", "Bad"), OfListing("4", "c", "bad")},
-       .options = kBits32},
-      {.name = "listed without a key, and with one but no driver",
-       .registry = Driver("Here", "C:\\\\x\\\\here.dll") + Source("b") +
-                   Listing("\"a\"=\"None\"\n\"b\"=\"None\""),
-       .files = "C:\\x\\here.dll",
-       .problems = {"2|existingkey:" + kListing + "|existingvalue:a", OfListing("4", "b", "None")},
-       .journal = Lines{Unlisted("a"), Unlisted("b")},
-       .options = kBits32},
-      {.name = "a data source's own driver comes first",
-       .registry = Driver("Bad", kGone) + Source("a", kGoneDriver) + Source("b", kGoneDriver) +
-                   Listing("\"a\"=\"Bad\"\n\"b\"=\"None\""),
-       .problems = {DriverMissing("Bad", "C:\\x\\gone.dll"),
-                    "3|existingkey:" + kSources +
-                        "a|existingvalue:Driver|missingds:a|missingfile:C:\\x\\gone.dll",
-                    "3|existingkey:" + kSources +
-                        "b|existingvalue:Driver|missingds:b|missingfile:C:\\x\\gone.dll"},
-       .journal =
-           Lines{"delete key " + kNode + "ODBCINST.INI\\Bad", "delete key " + kNode + "ODBC.INI\\a",
-                 Unlisted("a"), "delete key " + kNode + "ODBC.INI\\b", Unlisted("b")},
-       .options = kBits32},
-      {.name = "a protected data source",
-       .registry = Source("BRW2008_NDS_NW", kGoneDriver) + Listing("\"BRW2008_NDS_NW\"=\"X\""),
-       .options = kBits32},
-      {.name = "a network drive; a driver that is no text",
-       .registry = Driver("Bad", "N:\\\\gone.dll") + "[" + kDrivers + "No]\n\"Driver\"=dword:1\n",
-       .files = "drive N: network",
-       .problems = {DriverMissing("Bad", "N:\\gone.dll")},
-       .options = kBits32},
-      {.name = "the process's own view alone",
-       .registry = Driver("Bad", kGone) + Listing("\"a\"=\"None\"")},
-  };
+  std::vector<Case> rows = ReadCases(R"(
+      # healthy, or not to be told
+      & 32-bit
+      {D}Here : Driver = C:\x\here.dll
+      {D}Bare : Driver = sys.dll
+      {D}Away : Driver = D:\gone.dll
+      {D}Empty : Driver = {}
+      {D}ODBC Drivers : Gone = Installed
+      {S}own : Driver = sys.dll
+      {S}other
+      {S}number
+      {L} : own = Bare
+      {L} : other = here
+      {L} : number = dword:1
+      {L} : a\b = Here
+      {L} = Gone
+      {LM}ODBC\ODBC.INI : Driver = C:\x\gone.dll
+      + C:\x\here.dll ; C:\Windows\System32\sys.dll ; drive D: removable
+      # an invalid driver and those who use it; without it they are another problem
+      & 32-bit
+      {D}Bad : Driver = C:\x\gone.dll
+      {D}Bare : Driver = gone.dll
+      {S}a
+      {S}b
+      {S}c
+      {L} : a = Bad
+      {L} : b = Bad
+      {L} : c = bad
+      ? 1{driver}Bad{gone}Bad ; 1{driver}Bare{v}Driver{f}gone.dll|missingdrv:Bare
+      ? 5{listed}a|missingdrv:Bad ; 5{listed}b|missingdrv:Bad
+      ! {-k}ODBC\ODBCINST.INI\Bad ; {-k}ODBC\ODBCINST.INI\Bare
+      = 4{listed}a|missingdrv:Bad ; 4{listed}b|missingdrv:Bad ; 4{listed}c|missingdrv:bad
+      # listed without a key, and with one but no driver
+      & 32-bit
+      {D}Here : Driver = C:\x\here.dll
+      {S}b
+      {L} : a = None
+      {L} : b = None
+      + C:\x\here.dll
+      ? 2{listed}a ; 4{listed}b|missingdrv:None
+      ! {-L} "a" ; {-L} "b"
+      # a data source's own driver comes first
+      & 32-bit
+      {D}Bad : Driver = C:\x\gone.dll
+      {S}a : Driver = C:\x\gone.dll
+      {S}b : Driver = C:\x\gone.dll
+      {L} : a = Bad
+      {L} : b = None
+      ? 1{driver}Bad{gone}Bad
+      ? 3{source}a{v}Driver|missingds:a{f}C:\x\gone.dll
+      ? 3{source}b{v}Driver|missingds:b{f}C:\x\gone.dll
+      ! {-k}ODBC\ODBCINST.INI\Bad ; {-k}ODBC\ODBC.INI\a ; {-L} "a" ; {-k}ODBC\ODBC.INI\b ; {-L} "b"
+      # a protected data source, a network drive, a driver that is no text
+      & 32-bit
+      {S}BRW2008_NDS_NW : Driver = C:\x\gone.dll
+      {L} : BRW2008_NDS_NW = X
+      {D}Bad : Driver = N:\gone.dll
+      {D}No : Driver = dword:1
+      + drive N: network
+      ? 1{driver}Bad{v}Driver{f}N:\gone.dll|missingdrv:Bad
+      # the process's own view alone
+      {D}Bad : Driver = C:\x\gone.dll
+      {L} : a = None)",
+                                     kShort);
   CheckCases<TRCPODBC>(rows);
   // Where a data source's own key or driver can't be told, its listing still can.
-  for (const std::size_t row : {2U, 3U, 4U}) {
-    Case fault = rows[row];
-    fault.problems.push_back(OfListing("4", row == 3 ? "a" : "b", "None"));
-    fault.problems.push_back(OfListing("5", "a", "Bad"));
-    CheckFaults<TRCPODBC>(fault);
+  const std::string listed = rows[2].problems[0].substr(1, rows[2].problems[0].size() - 2);
+  for (const std::size_t row : {1U, 2U, 3U}) {
+    for (const char* open : {"a|missingdrv:None", "b|missingdrv:None"})
+      rows[row].problems.push_back("4" + listed + open);
+    rows[row].problems.push_back("5" + listed + "a|missingdrv:Bad");
+    CheckFaults<TRCPODBC>(rows[row]);
   }
 }
 
 TEST(ODBC, AnnouncesNothingAndStopsAfterTheFirstOfEachPass) {
-  World world(Driver("A", kGone) + Driver("B", kGone) + Listing("\"a\"=\"A\"\n\"b\"=\"B\""), {},
-              kBits32);
+  const Case row = ReadCases(R"(# two of each
+      {D}A : Driver = C:\x\gone.dll
+      {D}B : Driver = C:\x\gone.dll
+      {L} : a = A
+      {L} : b = B
+      ? 1{driver}A{gone}A ; 2{listed}a)",
+                             kShort)[0];
+  World world(row.registry, {}, {.is64Bit = false});
   auto& plugin = world.Create<TRCPODBC>();
   plugin.OnScanProgress = [](TRCPlugin&, std::int32_t, UnicodeView, bool) { ADD_FAILURE(); };
   plugin.Init();
   EXPECT_EQ(plugin.FScanItemCount, 4);
   StopSearch = true;
   plugin.Scan();
-  EXPECT_EQ(world.Problems(), (Lines{DriverMissing("A", "C:\\x\\gone.dll"),
-                                     "2|existingkey:" + kListing + "|existingvalue:a"}));
+  EXPECT_EQ(world.Problems(), row.problems);
   EXPECT_EQ(plugin.FState, rcpScanned);
 }
 

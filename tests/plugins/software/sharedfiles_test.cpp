@@ -1,66 +1,44 @@
-#include <gtest/gtest.h>
-
 #include "plugins/software/Rcp_sharedfiles.h"
-#include "support/world.h"
+#include "support/class_text.h"
 
 namespace scrubwell::test {
 namespace {
 
 const std::string kShared = R"(Microsoft\Windows\CurrentVersion\SharedDLLs)";
-const std::string kKey32 = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node\\" + kShared + "]\n";
-const std::string kKey64 = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\" + kShared + "]\n";
-
-std::string Problem(const std::string& view, const std::string& file) {
-  return "1|existingkey:" + view + ":HKEY_LOCAL_MACHINE\\Software\\" + kShared +
-         "|existingvalue:" + file + "|missingfile:" + file;
-}
-
-std::string Removal(const std::string& node, const std::string& file) {
-  return "delete value HKLM\\SOFTWARE\\" + node + kShared + " \"" + file + "\"";
-}
 
 TEST(SharedFiles, FindsAndCleans) {
-  const std::string gone = "\"C:\\\\x\\\\gone.dll\"=dword:1\n";
-  const MemoryOptions bits32{.is64Bit = false};
-  const Case rows[] = {
-      {.name = "no list"},
-      {.name = "both views, each its own problem",
-       .registry = kKey32 + gone + "\"C:\\\\x\\\\here.dll\"=dword:0\n" + kKey64 + gone,
-       .files = "C:\\x\\here.dll",
-       .problems = {Problem("32", "C:\\x\\gone.dll"), Problem("64", "C:\\x\\gone.dll")},
-       .journal =
-           Lines{Removal("Wow6432Node\\", "C:\\x\\gone.dll"), Removal("", "C:\\x\\gone.dll")}},
-      {.name = "one view on a 32-bit system",
-       .registry = kKey64 + gone,
-       .problems = {Problem("32", "C:\\x\\gone.dll")},
-       .journal = Lines{Removal("", "C:\\x\\gone.dll")},
-       .options = bits32},
-      {.name = "drives that prove nothing, texts that are no path",
-       .registry = kKey32 + R"("D:\\gone.dll"=dword:1
-@="C:\\gone.dll"
-)",
-       .files = "drive D: removable"},
-      {.name = "variable, and a file that only one system folder holds",
-       .registry = kKey32 + R"("%SystemRoot%\\gone.dll"=dword:1
-"C:\\Windows\\System32\\only32.dll"=dword:1
-)",
-       .files = "C:\\Windows\\SysWOW64\\only32.dll",
-       .problems = {Problem("32", "%SystemRoot%\\gone.dll")}},
-      {.name = "a list that can't be written",
-       .registry = kKey32 + gone + kKey64 + gone,
-       .problems = {Problem("64", "C:\\x\\gone.dll")},
-       .setup =
-           [](World& world) {
-             world.Backend().DenyWrite(
-                 u"HKLM\\SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\SharedDLLs");
-           }},
-  };
-  CheckCases<TRCPSharedFiles>(rows);
-  CheckFaults<TRCPSharedFiles>(rows[1]);
+  CheckText<TRCPSharedFiles>(R"(
+      # both views, each its own problem
+      {W}{K} : C:\x\gone.dll = dword:1
+      {W}{K} : C:\x\here.dll = dword:0
+      {LM}{K} : C:\x\gone.dll = dword:1
+      + C:\x\here.dll
+      ? 1{32}{K}{v}C:\x\gone.dll{f}C:\x\gone.dll ; 1{64}{K}{v}C:\x\gone.dll{f}C:\x\gone.dll
+      ! {-Wv}{K} "C:\x\gone.dll" ; {-v}{K} "C:\x\gone.dll"
+      # one view on a 32-bit system
+      & 32-bit
+      {LM}{K} : C:\x\gone.dll = dword:1
+      ? 1{32}{K}{v}C:\x\gone.dll{f}C:\x\gone.dll
+      ! {-v}{K} "C:\x\gone.dll"
+      # a drive that proves nothing, and a text that is no path
+      {W}{K} : D:\gone.dll = dword:1
+      {W}{K} = C:\gone.dll
+      + drive D: removable
+      # a variable, and a file that only one system folder holds
+      {W}{K} : %SystemRoot%\gone.dll = dword:1
+      {W}{K} : C:\Windows\System32\only32.dll = dword:1
+      + C:\Windows\SysWOW64\only32.dll
+      ? 1{32}{K}{v}%SystemRoot%\gone.dll{f}%SystemRoot%\gone.dll
+      # a list that can't be written
+      & deny-write HKLM\SOFTWARE\Wow6432Node\{K}
+      {W}{K} : C:\x\gone.dll = dword:1
+      {LM}{K} : C:\x\gone.dll = dword:1
+      ? 1{64}{K}{v}C:\x\gone.dll{f}C:\x\gone.dll)",
+                             {{"{K}", kShared}});
 }
 
 TEST(SharedFiles, Texts) {
-  World world(kKey64 + "\"C:\\\\x\\\\gone.dll\"=dword:1\n");
+  World world(Classes("HKEY_LOCAL_MACHINE\\SOFTWARE\\" + kShared + " : C:\\x\\gone.dll = dword:1"));
   world.Run<TRCPSharedFiles>();
   EXPECT_EQ(world.Texts(),
             (Lines{"Fehlende gemeinsam genutzte Datei \"gone.dll\"|Die Datei konnte im angegebenen "

@@ -1,7 +1,5 @@
-#include <gtest/gtest.h>
-
 #include "plugins/software/Rcp_softwareinstalled.h"
-#include "support/world.h"
+#include "support/class_text.h"
 
 namespace scrubwell::test {
 namespace {
@@ -12,76 +10,69 @@ const std::string kMachine = R"(HKEY_LOCAL_MACHINE\Software\)";
 std::string Key(const std::string& key, const std::string& values) {
   return "[" + key + "]\n" + values + "\n";
 }
-std::string Problem(const std::string& key, const std::string& value, const std::string& path) {
-  return "1|existingkey:" + key + "|existingvalue:" + value + "|missingfile:" + path;
-}
-std::string Removal(const std::string& key, const std::string& value) {
-  return "delete value " + key + " \"" + value + "\"";
-}
-
+const Abbreviations kShort = {{"{U}", kUser},
+                              {"{k}", "1|existingkey:HKEY_"},
+                              {"{p}", "{v}Path{f}C:\\gone"},
+                              {"{-U}", "delete value HKCU\\Software\\"}};
 const std::string kGone = "\"Path\"=\"C:\\\\gone\"\n";
 const MemoryOptions kBits32{.is64Bit = false};
 
 TEST(SoftwareInstalled, FindsAndCleans) {
-  const std::string area = kUser + "WinRar";
-  const Case rows[] = {
-      {.name = "no areas"},
-      {.name = "healthy, or not to be told",
-       .registry = Key(area, R"("Path"="C:\\x y"
-"My File"="C:\\x y\\a.exe,0"
-"Icon"="C:\\x, z\\b@c.ico,-3"
-"Plugins"="C:\\x y;C:\\no z"
-"Temp"="%ProgramFiles%\\wide"
-"Root"="D:\\gone"
-"Logo"="@C:\\gone.dll,-1"
-"Default"="gone.exe"
-"Download"=""
-"Components"=dword:7
-"Installed"="C:\\gone"
-"PathTo"="C:\\gone"
-)") + Key(kMachine + "MozillaPlugins\\@v.com/plugin", kGone) +
-                   Key(kMachine + "Microsoft\\Other", kGone) + Key(kUser + "P2P Networking", kGone),
-       .files = "C:\\x y\\a.exe\nC:\\x, z\\b@c.ico\nC:\\Program Files\\wide\\\ndrive D: removable",
-       .options = kBits32},
-      {.name = "names and separators",
-       .registry = Key(area, R"("Path"="C:\\gone dir\\a.exe,0"
-"Icon File"="C:\\gone|x,y"
-"i N S t A l l D i r"="C:\\gone\\	x"
-"MyDataFile"="\"C:\\gone\\a b.exe\""
-"source"="C:\\gone\\a@b|c"
-"UninstallCommand"="C:\\gone dir\\u.exe /x"
-"TempPath"="C:\\no z;C:\\no w"
-"a/Path"="C:\\gone\\f"
-)"),
-       .problems = {Problem(area, "Path", "C:\\gone dir\\a.exe"),
-                    Problem(area, "Icon File", "C:\\gone"),
-                    Problem(area, "i N S t A l l D i r", "C:\\gone\\"),
-                    Problem(area, "MyDataFile", "\"C:\\gone\\a b.exe\""),
-                    Problem(area, "source", "C:\\gone\\a"),
-                    Problem(area, "UninstallCommand", "C:\\gone dir\\u.exe /x"),
-                    Problem(area, "TempPath", "C:\\no z;C:\\no w"),
-                    Problem(area, "a/Path", "C:\\gone\\f")},
-       .options = kBits32},
-      {.name = "every depth, a key after its subkeys, areas in their order",
-       .registry = Key(kUser + "Update\\b", kGone) + Key(kUser + "Update\\a\\deep\\deeper", kGone) +
-                   Key(kUser + "Update", kGone) + Key(kMachine + "Update\\x", kGone),
-       .problems = {Problem(kMachine + "Update\\x", "Path", "C:\\gone"),
-                    Problem(kUser + "Update\\a\\deep\\deeper", "Path", "C:\\gone"),
-                    Problem(kUser + "Update\\b", "Path", "C:\\gone"),
-                    Problem(kUser + "Update", "Path", "C:\\gone")},
-       .journal = Lines{Removal("HKLM\\SOFTWARE\\Update\\x", "Path"),
-                        Removal("HKCU\\Software\\Update\\a\\deep\\deeper", "Path"),
-                        Removal("HKCU\\Software\\Update\\b", "Path"),
-                        Removal("HKCU\\Software\\Update", "Path")},
-       .options = kBits32},
-      {.name = "the process's own view alone",
-       .registry = Key(kMachine + "JavaSoft\\wide", kGone) +
-                   Key(kMachine + "Wow6432Node\\JavaSoft\\narrow", kGone),
-       .problems = {Problem(kMachine + "JavaSoft\\narrow", "Path", "C:\\gone")},
-       .journal = Lines{Removal("HKLM\\SOFTWARE\\Wow6432Node\\JavaSoft\\narrow", "Path")}},
-  };
-  CheckCases<TRCPSoftwareInstalled>(rows);
-  CheckFaults<TRCPSoftwareInstalled>(rows[3]);
+  CheckText<TRCPSoftwareInstalled>(R"(
+      # healthy, or not to be told
+      & 32-bit
+      {U}WinRar : Path = C:\x y
+      {U}WinRar : My File = C:\x y\a.exe,0
+      {U}WinRar : Icon = C:\x, z\b@c.ico,-3
+      {U}WinRar : Plugins = C:\x y;C:\no z
+      {U}WinRar : Temp = %ProgramFiles%\wide
+      {U}WinRar : Root = D:\gone
+      {U}WinRar : Logo = @C:\gone.dll,-1
+      {U}WinRar : Default = gone.exe
+      {U}WinRar : Download = {}
+      {U}WinRar : Components = dword:7
+      {U}WinRar : Installed = C:\gone
+      {U}WinRar : PathTo = C:\gone
+      {LM}MozillaPlugins\@v.com/plugin : Path = C:\gone
+      {LM}Microsoft\Other : Path = C:\gone
+      {U}P2P Networking : Path = C:\gone
+      + C:\x y\a.exe ; C:\x, z\b@c.ico ; C:\Program Files\wide\ ; drive D: removable
+      # names and separators
+      & 32-bit
+      {U}WinRar : Path = C:\gone dir\a.exe,0
+      {U}WinRar : Icon File = C:\gone|x,y
+      {U}WinRar : i N S t A l l D i r = C:\gone\	x
+      {U}WinRar : MyDataFile = "C:\gone\a b.exe"
+      {U}WinRar : source = C:\gone\a@b|c
+      {U}WinRar : UninstallCommand = C:\gone dir\u.exe /x
+      {U}WinRar : TempPath = C:\no z;C:\no w
+      {U}WinRar : a/Path = C:\gone\f
+      {U}WinRar : Uninstall = C:\gone\u.exe,%1
+      ? {k}CURRENT_USER\Software\WinRar{v}Path{f}C:\gone dir\a.exe
+      ? {k}CURRENT_USER\Software\WinRar{v}Icon File{f}C:\gone
+      ? {k}CURRENT_USER\Software\WinRar{v}i N S t A l l D i r{f}C:\gone\
+      ? {k}CURRENT_USER\Software\WinRar{v}MyDataFile{f}"C:\gone\a b.exe"
+      ? {k}CURRENT_USER\Software\WinRar{v}source{f}C:\gone\a
+      ? {k}CURRENT_USER\Software\WinRar{v}UninstallCommand{f}C:\gone dir\u.exe /x
+      ? {k}CURRENT_USER\Software\WinRar{v}TempPath{f}C:\no z;C:\no w
+      ? {k}CURRENT_USER\Software\WinRar{v}a/Path{f}C:\gone\f
+      ? {k}CURRENT_USER\Software\WinRar{v}Uninstall{f}C:\gone\u.exe
+      # every depth, a key after its subkeys, areas in their order
+      & 32-bit
+      {U}Update\b : Path = C:\gone
+      {U}Update\a\deep\deeper : Path = C:\gone
+      {U}Update : Path = C:\gone
+      {LM}Update\x : Path = C:\gone
+      ? {k}LOCAL_MACHINE\Software\Update\x{p} ; {k}CURRENT_USER\Software\Update\a\deep\deeper{p}
+      ? {k}CURRENT_USER\Software\Update\b{p} ; {k}CURRENT_USER\Software\Update{p}
+      ! {-v}Update\x "Path" ; {-U}Update\a\deep\deeper "Path"
+      ! {-U}Update\b "Path" ; {-U}Update "Path"
+      # the process's own view alone
+      {LM}JavaSoft\wide : Path = C:\gone
+      {W}JavaSoft\narrow : Path = C:\gone
+      ? {k}LOCAL_MACHINE\Software\JavaSoft\narrow{p}
+      ! {-Wv}JavaSoft\narrow "Path")",
+                                   kShort);
 }
 
 // Every area is searched, and every name of the table asked for.
@@ -107,7 +98,8 @@ TEST(SoftwareInstalled, StopsInEachPhaseAfterItsFirstStep) {
   plugin.OnScanProgress = [](TRCPlugin& self, std::int32_t, UnicodeView, bool) {
     StopSearch = StopSearch || self.FScanItemsDone == 2;
   };
-  EXPECT_EQ(world.Scan(), Lines{Problem(kUser + "Update\\a", "Path", "C:\\gone")});
+  EXPECT_EQ(world.Scan(),
+            Lines{"1|existingkey:" + kUser + "Update\\a|existingvalue:Path|missingfile:C:\\gone"});
   EXPECT_EQ(plugin.FState, rcpScanned);
   EXPECT_EQ(plugin.FScanItemsDone, 2);
 }

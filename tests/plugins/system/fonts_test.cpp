@@ -1,96 +1,83 @@
-#include <gtest/gtest.h>
-
 #include "plugins/system/Rcp_fonts.h"
-#include "support/world.h"
+#include "support/class_text.h"
 
 namespace scrubwell::test {
 namespace {
 
-const std::string kFonts = R"(Microsoft\Windows NT\CurrentVersion\Fonts)";
-const std::string kKey = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\" + kFonts + "]\n";
-const std::string kShell = R"(Software\Microsoft\Windows\CurrentVersion\Explorer\Shell Folders)";
-
-std::string Problem(const std::string& kind, const std::string& view, const std::string& name,
-                    const std::string& file, const std::string& fonts = kFonts) {
-  return kind + "|existingkey:" + view + ":HKEY_LOCAL_MACHINE\\Software\\" + fonts +
-         "|existingvalue:" + name + "|caption:" + name +
-         (kind == "1" ? "|missingfile:" : "|existingfile:") + file;
-}
-
-std::string Removal(const std::string& name, const std::string& fonts = kFonts) {
-  return "delete value HKLM\\SOFTWARE\\" + fonts + " \"" + name + "\"";
-}
+const Abbreviations kShort = {
+    {"{Gone}", "{K}{v}Gone|caption:Gone{f}gone.ttf"},
+    {"{K}", "Microsoft\\Windows NT\\CurrentVersion\\Fonts"},
+    {"{9}", "Microsoft\\Windows\\CurrentVersion\\Fonts"},
+    {"{shell}", "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders : Fonts"}};
 
 TEST(Fonts, FindsAndCleans) {
-  const MemoryOptions bits32{.is64Bit = false};
-  const std::string gone = kKey + "\"Gone\"=\"gone.ttf\"\n";
-  const std::string windows9x = R"(Microsoft\Windows\CurrentVersion\Fonts)";
-  const Case rows[] = {
-      {.name = "no list"},
-      {.name = "healthy, or not to be told",
-       .registry = kKey + R"(@="gone.ttf"
-"Arial"="arial.ttf"
-"Old"="VGAOEM.FON"
-"Local"="C:\\Users\\tester\\AppData\\Local\\Microsoft\\Windows\\Fonts\\own.otf"
-"Variable"="%windir%\\Fonts\\arial.ttf"
-"Stick"="D:\\gone.ttf"
-"Number"=dword:1
-)",
-       .files =
-           "C:\\Windows\\Fonts\\arial.ttf\nC:\\Windows\\Fonts\\vgaoem.fon\ndrive D: removable\n"
-           "C:\\Users\\tester\\AppData\\Local\\Microsoft\\Windows\\Fonts\\own.otf"},
-      {.name = "missing and empty, bare and with a folder; a share is looked for in the folder",
-       .registry = kKey + R"("A"="gone.ttf"
-"B"="nil.fon"
-"C"="C:\\x\\gone.ttc"
-"D"="C:\\x\\nil.ttf"
-"E"="\\\\server\\fonts\\gone.ttf"
-"F"="%windir%\\gone.ttf"
-)",
-       .files = "C:\\Windows\\Fonts\\nil.fon | size=0\nC:\\x\\nil.ttf | size=0",
-       .problems = {Problem("1", "32", "A", "gone.ttf"), Problem("2", "32", "B", "nil.fon"),
-                    Problem("1", "32", "C", "C:\\x\\gone.ttc"),
-                    Problem("2", "32", "D", "C:\\x\\nil.ttf"),
-                    Problem("1", "32", "E", "\\\\server\\fonts\\gone.ttf"),
-                    Problem("1", "32", "F", "%windir%\\gone.ttf")},
-       .journal = Lines{Removal("A"), Removal("B"), Removal("C"), Removal("D"), Removal("E"),
-                        Removal("F")},
-       .options = bits32},
-      {.name = "the list that both views share",
-       .registry = gone,
-       .problems = {Problem("1", "32", "Gone", "gone.ttf"), Problem("1", "64", "Gone", "gone.ttf")},
-       .journal = Lines{Removal("Gone")}},
-      {.name = "the default profile's folder comes second",
-       .registry = kKey + "\"A\"=\"a.ttf\"\n\"B\"=\"b.ttf\"\n\"Gone\"=\"gone.ttf\"\n" +
-                   "[HKEY_USERS\\.DEFAULT\\" + kShell + "]\n\"Fonts\"=\"C:\\\\Default\"\n",
-       .files = "C:\\Default\\a.ttf\nC:\\Default\\b.ttf | size=0\nC:\\Windows\\Fonts\\b.ttf",
-       .problems = {Problem("1", "32", "Gone", "gone.ttf")},
-       .options = bits32},
-      {.name = "the user's folder where the shell knows none",
-       .registry = gone + "\"A\"=\"a.ttf\"\n[HKEY_CURRENT_USER\\" + kShell +
-                   "]\n\"Fonts\"=\"C:\\\\Mine\\\\\"\n",
-       .files = "C:\\Mine\\a.ttf",
-       .problems = {Problem("1", "32", "Gone", "gone.ttf")},
-       .options = bits32,
-       .setup = [](World& world) { world.Windows().shell.folders.erase(20); }},
-      {.name = "no folder is known",
-       .registry = gone,
-       .setup = [](World& world) { world.Windows().shell.folders.erase(20); }},
-      {.name = "before Windows NT",
-       .registry = gone + "[HKEY_LOCAL_MACHINE\\SOFTWARE\\" + windows9x + "]\n\"Nine\"=\"g.ttf\"\n",
-       .problems = {Problem("1", "32", "Nine", "g.ttf", windows9x)},
-       .journal = Lines{Removal("Nine", windows9x)},
-       .options = {.is64Bit = false, .version = OsVersion::WinME}},
-      {.name = "a list that can't be written",
-       .registry = gone,
-       .setup =
-           [](World& world) {
-             world.Backend().DenyWrite(
-                 u"HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Fonts");
-           }},
-  };
-  CheckCases<TRCPFonts>(rows);
-  for (const std::size_t row : {2U, 4U}) CheckFaults<TRCPFonts>(rows[row]);
+  CheckText<TRCPFonts>(R"(
+      # healthy, or not to be told
+      {LM}{K} = gone.ttf
+      {LM}{K} : Arial = arial.ttf
+      {LM}{K} : Old = VGAOEM.FON
+      {LM}{K} : Local = C:\Users\tester\AppData\Local\Microsoft\Windows\Fonts\own.otf
+      {LM}{K} : Variable = %windir%\Fonts\arial.ttf
+      {LM}{K} : Stick = D:\gone.ttf
+      {LM}{K} : Number = dword:1
+      + C:\Windows\Fonts\arial.ttf ; C:\Windows\Fonts\vgaoem.fon ; drive D: removable
+      + C:\Users\tester\AppData\Local\Microsoft\Windows\Fonts\own.otf
+      # missing and empty, bare and with a folder; a share is looked for in the folder
+      & 32-bit
+      {LM}{K} : A = gone.ttf
+      {LM}{K} : B = nil.fon
+      {LM}{K} : C = C:\x\gone.ttc
+      {LM}{K} : D = C:\x\nil.ttf
+      {LM}{K} : E = \\server\fonts\gone.ttf
+      {LM}{K} : F = %windir%\gone.ttf
+      + C:\Windows\Fonts\nil.fon | size=0 ; C:\x\nil.ttf | size=0
+      ? 1{32}{K}{v}A|caption:A{f}gone.ttf ; 2{32}{K}{v}B|caption:B|existingfile:nil.fon
+      ? 1{32}{K}{v}C|caption:C{f}C:\x\gone.ttc ; 2{32}{K}{v}D|caption:D|existingfile:C:\x\nil.ttf
+      ? 1{32}{K}{v}E|caption:E{f}\\server\fonts\gone.ttf
+      ? 1{32}{K}{v}F|caption:F{f}%windir%\gone.ttf
+      ! {-v}{K} "A" ; {-v}{K} "B" ; {-v}{K} "C" ; {-v}{K} "D" ; {-v}{K} "E" ; {-v}{K} "F"
+      # the list that both views share
+      {LM}{K} : Gone = gone.ttf
+      ? 1{32}{Gone} ; 1{64}{Gone}
+      ! {-v}{K} "Gone"
+      # the default profile's folder comes second
+      & 32-bit
+      {LM}{K} : A = a.ttf
+      {LM}{K} : B = b.ttf
+      {LM}{K} : Gone = gone.ttf
+      HKEY_USERS\.DEFAULT\{shell} = C:\Default
+      + C:\Default\a.ttf ; C:\Default\b.ttf | size=0 ; C:\Windows\Fonts\b.ttf
+      ? 1{32}{Gone}
+      # a list that can't be written
+      & deny-write HKLM\SOFTWARE\{K}
+      {LM}{K} : Gone = gone.ttf)",
+                       kShort);
+}
+
+// Of the two fonts one is found in the user's folder, and none where no folder is known.
+TEST(Fonts, AsksTheUserForAFolderThatTheShellDoesNotKnow) {
+  for (const bool known : {true, false}) {
+    Case row = ReadCases(std::string(R"(# the user's folder
+        & 32-bit
+        {LM}{K} : Gone = gone.ttf
+        {LM}{K} : A = a.ttf
+        + C:\Mine\a.ttf
+        )") + (known ? "HKEY_CURRENT_USER\\{shell} = C:\\Mine\\\n? 1{32}{Gone}" : ""),
+                         kShort)[0];
+    row.setup = [](World& world) { world.Windows().shell.folders.erase(20); };
+    CheckCases<TRCPFonts>({&row, 1});
+  }
+}
+
+TEST(Fonts, LieElsewhereBeforeWindowsNT) {
+  Case row = ReadCases(R"(# an older list
+      {LM}{K} : Gone = gone.ttf
+      {LM}{9} : Nine = g.ttf
+      ? 1{32}{9}{v}Nine|caption:Nine{f}g.ttf
+      ! {-v}{9} "Nine")",
+                       kShort)[0];
+  row.options = {.is64Bit = false, .version = OsVersion::WinME};
+  CheckCases<TRCPFonts>({&row, 1});
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 namespace scrubwell::test {
 namespace {
 
-const std::string kDrivers = R"(Microsoft\Windows NT\CurrentVersion\Drivers32)";
 const std::string kHelpers = R"(Microsoft\Windows\CurrentVersion\Explorer\Browser Helper Objects)";
 const std::string kWow = "Wow6432Node\\";
 constexpr UnicodeView kSettings = u"Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Settings\\";
@@ -16,52 +15,45 @@ std::string Key(const std::string& key, const std::string& values = {}) {
   return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\" + key + "]\n" + values + "\n";
 }
 
-std::string Codec(const std::string& view, const std::string& name, const std::string& file) {
-  return "1|existingkey:" + view + ":HKEY_LOCAL_MACHINE\\Software\\" + kDrivers +
-         "|existingvalue:" + name + "|missingfile:" + file;
-}
-
-std::string Helper(const std::string& view, const std::string& clsid, int item) {
-  return "2|caption:" + clsid + "|existingkey:" + view + ":HKEY_LOCAL_MACHINE\\Software\\" +
-         kHelpers + "\\" + clsid + "|missingkey:" + view + ":HKEY_CLASSES_ROOT\\CLSID\\" + clsid +
-         "|item:" + std::to_string(item);
-}
-
 TEST(SystemAddOn, FindsAndCleans) {
-  const MemoryOptions bits32{.is64Bit = false};
-  const std::string deleteKey = "delete key HKLM\\SOFTWARE\\";
-  const std::string deleteValue = "delete value HKLM\\SOFTWARE\\";
-  const Case rows[] = {
-      {.name = "nothing registered"},
-      {.name = "codecs healthy, or not to be told",
-       .registry = Key(kWow + kDrivers, R"("wave"="wdmaud.drv"
-"msacm.x"="C:\\c\\x.acm"
-"vidc.net"="E:\\here.dll"
-"vidc.num"=dword:1
-"vidc.sub"=".\\gone.dll"
-"vidc.none"="")"),
-       .files = "C:\\Windows\\SysWOW64\\wdmaud.drv\nC:\\c\\x.acm\ndrive E: network\nE:\\here.dll"},
-      {.name = "codecs in both views; the default value ends the walk of its key",
-       .registry = Key(kWow + kDrivers, "\"a\"=\"gone.drv\"\n@=\"x\"\n\"b\"=\"gone.drv\"") +
-                   Key(kDrivers, "\"c\"=\"E:\\\\gone.acm\""),
-       .files = "drive E: network",
-       .problems = {Codec("32", "a", "gone.drv"), Codec("64", "c", "E:\\gone.acm")},
-       .journal =
-           Lines{deleteValue + kWow + kDrivers + " \"a\"", deleteValue + kDrivers + " \"c\""}},
-      {.name = "helpers: one class in one view, another in none, and what is none",
-       .registry = Key(kWow + kHelpers + "\\{A}") + Key(kHelpers + "\\{A}") +
-                   Key(kHelpers + "\\{B}") + Key(kHelpers + "\\AutoRunsDISABLED") +
-                   Key(kHelpers + "\\Disabled") + Key("Classes\\CLSID\\{A}"),
-       .problems = {Helper("32", "{A}", 0), Helper("64", "{B}", 2)},
-       .journal = Lines{deleteKey + kWow + kHelpers + "\\{A}", deleteKey + kHelpers + "\\{B}"}},
-      {.name = "one view on a 32-bit system",
-       .registry = Key(kHelpers + "\\{A}") + Key(kDrivers, "\"a\"=\"gone.drv\""),
-       .problems = {Codec("32", "a", "gone.drv"), Helper("32", "{A}", 0)},
-       .journal = Lines{deleteValue + kDrivers + " \"a\"", deleteKey + kHelpers + "\\{A}"},
-       .options = bits32},
-  };
+  const std::vector<Case> rows =
+      ReadCases(R"(
+      # codecs healthy, or not to be told
+      {W}{K} : wave = wdmaud.drv
+      {W}{K} : msacm.x = C:\c\x.acm
+      {W}{K} : vidc.net = E:\here.dll
+      {W}{K} : vidc.num = dword:1
+      {W}{K} : vidc.sub = .\gone.dll
+      {W}{K} : vidc.none = {}
+      + C:\Windows\SysWOW64\wdmaud.drv ; C:\c\x.acm ; drive E: network ; E:\here.dll
+      # codecs in both views; the default value ends the walk of its key
+      {W}{K} : a = gone.drv
+      {W}{K} = x
+      {W}{K} : b = gone.drv
+      {LM}{K} : c = E:\gone.acm
+      + drive E: network
+      ? 1{32}{K}{v}a{f}gone.drv ; 1{64}{K}{v}c{f}E:\gone.acm
+      ! {-Wv}{K} "a" ; {-v}{K} "c"
+      # helpers: one class in one view, another in none, and what is none
+      {W}{H}\{A}
+      {LM}{H}\{A}
+      {LM}{H}\{B}
+      {LM}{H}\AutoRunsDISABLED
+      {LM}{H}\Disabled
+      CLSID\{A}
+      ? 2|caption:{A}{32}{H}\{A}|missingkey:32:HKEY_CLASSES_ROOT\CLSID\{A}|item:0
+      ? 2|caption:{B}{64}{H}\{B}|missingkey:64:HKEY_CLASSES_ROOT\CLSID\{B}|item:2
+      ! {-Wk}{H}\{A} ; {-k}{H}\{B}
+      # one view on a 32-bit system
+      & 32-bit
+      {LM}{H}\{A}
+      {LM}{K} : a = gone.drv
+      ? 1{32}{K}{v}a{f}gone.drv
+      ? 2|caption:{A}{32}{H}\{A}|missingkey:32:HKEY_CLASSES_ROOT\CLSID\{A}|item:0
+      ! {-v}{K} "a" ; {-k}{H}\{A})",
+                {{"{K}", "Microsoft\\Windows NT\\CurrentVersion\\Drivers32"}, {"{H}", kHelpers}});
   CheckCases<TRCPSystemAddOn>(rows);
-  for (const std::size_t row : {2U, 4U}) CheckFaults<TRCPSystemAddOn>(rows[row]);
+  for (const std::size_t row : {1U, 3U}) CheckFaults<TRCPSystemAddOn>(rows[row]);
 }
 
 TEST(SystemAddOn, CleansOnlyTheObjectThatTheProblemMeans) {
