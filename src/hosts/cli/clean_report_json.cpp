@@ -3,6 +3,7 @@
 #include "hosts/cli/clean_report.h"
 #include "hosts/report/json_writer.h"
 #include "hosts/report/registry_text.h"
+#include "hosts/report/system_sentence.h"
 
 namespace scrubwell::hosts {
 
@@ -31,7 +32,7 @@ std::string_view Name(const std::array<std::string_view, N>& names, Enum value) 
 }
 
 void WriteTexts(JsonWriter& json, const std::vector<std::string>& texts) {
-  for (const std::string& text : texts) json.Text(text);
+  for (const std::string& text : texts) json.Text(InReportLanguage(text));
 }
 
 // The members of a change, without the brackets around them.

@@ -8,6 +8,7 @@
 #include "hosts/report/host_texts.h"
 #include "hosts/report/json_writer.h"
 #include "hosts/report/language.h"
+#include "hosts/report/system_sentence.h"
 
 namespace scrubwell::hosts {
 
@@ -69,7 +70,7 @@ std::string RecoverText(const RecoverResult& result) {
   if (result.outcome == Outcome::Completed) text = Say(texts::RecoverCompleted);
   if (result.outcome == Outcome::RolledBack) text = Say(texts::RecoverRolledBack);
   text += '\n';
-  for (const std::string& note : result.notes) text += note + '\n';
+  for (const std::string& note : result.notes) text += InReportLanguage(note) + '\n';
   return text;
 }
 
@@ -83,7 +84,7 @@ std::string RecoverJson(const RecoverResult& result) {
                            : result.outcome == Outcome::RolledBack ? "rolled_back"
                                                                    : "nothing_to_do");
   json.Key("notes").BeginArray();
-  for (const std::string& note : result.notes) json.Text(note);
+  for (const std::string& note : result.notes) json.Text(InReportLanguage(note));
   json.EndArray();
   json.EndObject();
   return out += '\n';
