@@ -56,7 +56,15 @@ std::optional<int> SettleSession(UndoOptions& options) {
 int Export(const UndoCommand& command) {
   const std::string file = command.exportFile == "-" ? std::string() : command.exportFile;
   if (const auto error = CheckOutput(file)) return Fail(WrongUse, *error);
-  const ExportResult result = ExportSession(command.backup, command.session);
+  UndoOptions options;
+  options.target = command.target;
+  options.backupFolder = command.backup;
+  options.session = command.session;
+  // Without a folder the disk need not be at hand.
+  if (!options.target.folder.empty() || TargetIsRunningSystem()) {
+    if (const auto code = SettleSession(options)) return *code;
+  }
+  const ExportResult result = ExportSession(command.backup, options.session);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
   if (const auto error = WriteOutput(file, result.bytes)) {
     return Fail(WrongUse, *error);

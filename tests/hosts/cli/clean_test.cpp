@@ -6,6 +6,8 @@
 namespace scrubwell::test {
 namespace {
 
+using namespace std::string_literals;
+
 const std::string Where = " --windows @/C --backup @/backup ";
 
 class Clean : public ProgramRun {
@@ -253,6 +255,7 @@ TEST_F(Clean, JournalsMustBeWholeAndFit) {
   ASSERT_EQ(Run("clean --all --yes --plugins Fonts @/other/C --backup @/backup").status, 0);
   ASSERT_EQ(Shell("rm -r @/other/C && cp -r @/C @/other/C").status, 0);
   ExpectComplaint(Run("undo --backup @/backup"), 2, "another Windows");
+  EXPECT_NE(Run("undo --export - " + Where).out.find("S\0h\0a\0r\0e\0d\0"s), std::string::npos);
   EXPECT_TRUE(Disk() == disk);
   EXPECT_EQ(Answer("undo" + Where, 0)["session"], done["session"]) << "of this Windows the last";
 }
