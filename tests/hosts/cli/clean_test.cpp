@@ -153,7 +153,7 @@ TEST_F(Clean, WrongUseChangesNothing) {
       {clean + "--plugins Fonts", 2, spell},
       {clean + "--user berta", 2, "berta"},
       {clean + "--output @/none/x", 2, "/none/x"},
-      {"clean --yes --all --windows @/C --backup @/file", 2, "/file"},
+      {"clean --yes --all --user anna @/C --backup @/file", 2, "/file"},
       {"clean --yes --all --windows @/none", 3, "/none"},
       {"undo nosuch" + Where, 2, "nosuch"},
       {"undo --item 999" + Where, 2, "999"},
