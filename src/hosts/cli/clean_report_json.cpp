@@ -89,7 +89,7 @@ void WriteSession(JsonWriter& json, const SessionInfo& session) {
   json.Key("undone").Number(static_cast<std::int64_t>(session.undone));
   json.Key("carried_out").Bool(session.carriedOut);
   json.Key("bytes").Number(static_cast<std::int64_t>(SessionSize(session)));
-  json.Key("error").Text(session.error);
+  json.Key("error").Text(InReportLanguage(session.error));
 }
 
 }  // namespace
@@ -188,7 +188,7 @@ std::string UndoJson(const UndoResult& result) {
     json.BeginObject();
     WriteItem(json, entry.item);
     json.Key("outcome").Text(Name(UndoOutcomes, entry.outcome));
-    json.Key("why").Text(entry.why);
+    json.Key("why").Text(InReportLanguage(entry.why));
     json.EndObject();
   }
   json.EndArray();

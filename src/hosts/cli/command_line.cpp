@@ -538,8 +538,10 @@ ParsedCommand UnknownWord(const CLI::App& app, const std::string& word) {
       for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
     }
   }
-  const std::string meant = Nearest(word.substr(0, word.find('=')), known);
+  std::string meant = Nearest(word.substr(0, word.find('=')), known);
   const bool isCommand = commands.empty() && !word.starts_with('-');
+  // A folder alone wants to be looked at.
+  if (isCommand && word.find('/') != std::string::npos) meant = "scrubwell scan " + word;
   std::string sentence = Say(isCommand ? texts::UnknownCommand : texts::UnknownArgument, {word});
   if (!meant.empty()) {
     sentence += "; " + Say(texts::DidYouMean, {meant});

@@ -57,6 +57,7 @@ TEST_F(Program, AnswersToItsArguments) {
       {"clean --all --dry-run --windows @/C --format csv", 2, "csv"},
       {"wash", 2, "wash: unknown command (see"},
       {"scna", 2, "did you mean scan?"},
+      {"@/C", 2, "did you mean scrubwell scan /"},
       {"scan", 2, "--windows"},
       {"scan --windows ''", 2, "names no folder"},
       {"scan --live", 2, "--live: here a switched-off Windows"},
