@@ -158,6 +158,21 @@ TEST_F(LiveRegistry, Rights) {
   EXPECT_EQ(HoldsPrivilege(SE_TAKE_OWNERSHIP_NAME), before);
 }
 
+std::size_t KeysBelow(IRegistry& registry, const UnicodeString& path) {
+  TStringList names;
+  if (registry.EnumKeys({RootKey::LocalMachine, path, View::Bits64}, names) != Status::Ok) return 0;
+  std::size_t count = 1;
+  for (const UnicodeString& name : names) count += KeysBelow(registry, path + u"\\" + name);
+  return count;
+}
+
+TEST_F(LiveRegistry, ManyLinksBackShowNoEndlessTree) {
+  for (const wchar_t* name : {L"a", L"b", L"c", L"d", L"e", L"f", L"g", L"h"})
+    MakeLink(HKEY_LOCAL_MACHINE, (L"SOFTWARE\\ScrubTest\\Way\\"s + name).c_str(),
+             L"\\Registry\\Machine\\SOFTWARE\\ScrubTest\\Way");
+  EXPECT_LT(KeysBelow(registry_, u"SOFTWARE\\ScrubTest\\Way"), 1100U);
+}
+
 TEST_F(LiveRegistry, LinksGoThemselves) {
   MakeLink(HKEY_LOCAL_MACHINE, L"SOFTWARE\\ScrubTest\\Way\\Link",
            L"\\Registry\\Machine\\SOFTWARE\\ScrubTest\\Tool");
