@@ -167,7 +167,7 @@ std::size_t KeysBelow(IRegistry& registry, const UnicodeString& path) {
 }
 
 TEST_F(LiveRegistry, ManyLinksBackShowNoEndlessTree) {
-  for (const wchar_t* name : {L"a", L"b", L"c", L"d", L"e", L"f", L"g", L"h"})
+  for (const wchar_t* name : {L"a", L"b", L"c", L"d", L"e", L"f"})
     MakeLink(HKEY_LOCAL_MACHINE, (L"SOFTWARE\\ScrubTest\\Way\\"s + name).c_str(),
              L"\\Registry\\Machine\\SOFTWARE\\ScrubTest\\Way");
   EXPECT_LT(KeysBelow(registry_, u"SOFTWARE\\ScrubTest\\Way"), 1100U);
