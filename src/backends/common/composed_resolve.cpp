@@ -71,7 +71,8 @@ std::uint16_t ComposedRegistry::Ways::Through(std::uint16_t way, const Node& lin
 }
 
 std::uint16_t ComposedRegistry::Ways::Through(std::uint16_t way, const Step& link) {
-  if (way == kNone || steps_[way].length == kMaxLinks) return kNone;
+  // A way from before the last Clear is no way any more; kNone is none of them either.
+  if (way >= steps_.size() || steps_[way].length == kMaxLinks) return kNone;
   for (std::uint16_t at = way; at != 0; at = steps_[at].before)
     if (steps_[at].mount == link.mount && steps_[at].key == link.key) return kNone;
   const auto [known, fresh] =
@@ -84,6 +85,7 @@ std::uint16_t ComposedRegistry::Ways::Through(std::uint16_t way, const Step& lin
 
 std::uint16_t ComposedRegistry::Ways::Joined(std::uint16_t first, std::uint16_t second) {
   if (second == 0) return first;
+  if (second >= steps_.size()) return kNone;
   const Step last = steps_[second];
   return Through(Joined(first, last.before), last);
 }

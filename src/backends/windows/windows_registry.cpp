@@ -52,6 +52,11 @@ bool MayGoAstray(UnicodeView path) {
   return parts.size() > kManyParts;
 }
 
+UnicodeView LastPart(UnicodeView path) {
+  const std::size_t slash = path.rfind(u'\\');
+  return slash == UnicodeView::npos ? path : path.substr(slash + 1);
+}
+
 /// One physical place that a key reference leads to.
 struct Side {
   HKEY root = nullptr;
@@ -192,10 +197,24 @@ Status WindowsRegistry::OpenKey(const KeyRef& key, KeyInfo& out) {
   return counted;
 }
 
+// Links to keys above them show a tree of ways that grows with every level, though each of them is
+// passed but once on a way. What is listed of it stays in proportion to what there is.
+bool WindowsRegistry::MayEnter(UnicodeView path, const RegKey& key) {
+  constexpr std::size_t kMostWays = 1024;
+  if (std::ranges::count(path, u'\\') < 2) return true;
+  const UnicodeString name = key.PhysicalName();
+  if (name.empty() || SameText(LastPart(name), LastPart(path))) return true;
+  const UnicodeString way = UpperCase(path);
+  if (ways_.size() >= kMostWays) return ways_.contains(way);
+  ways_.insert(way);
+  return true;
+}
+
 Status WindowsRegistry::EnumKeys(const KeyRef& key, TStringList& out) {
   Sides sides = SidesOf(key);
   out.clear();
   Status status = sides.Open(KEY_ENUMERATE_SUB_KEYS);
+  if (status == Status::Ok && !MayEnter(sides.Hit().path, sides.Hit().key)) return Status::Unknown;
   if (status != Status::Ok) return status;
   status = sides.Hit().key.Subkeys(out);
   if (status == Status::Ok && sides.Both()) {

@@ -37,10 +37,13 @@ class WindowsRegistry final : public IRegistry {
   void ForgetDeletions() { deleted_.clear(); }
 
  private:
+  /// False for a key at the end of a link when too many ways through links were listed before.
+  bool MayEnter(UnicodeView path, const RegKey& key);
   bool AlreadyDeleted(const RegKey& key, UnicodeView name, bool isValue) const;
 
   bool mayChange_;
   std::unordered_set<UnicodeString> deleted_;
+  std::unordered_set<UnicodeString> ways_;  ///< paths whose last part is a link
 };
 
 }  // namespace scrubwell::windows

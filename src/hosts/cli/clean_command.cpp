@@ -15,6 +15,7 @@
 #include "hosts/cli/targets.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
+#include "hosts/report/system_sentence.h"
 
 namespace scrubwell::hosts {
 
@@ -86,7 +87,7 @@ class CleanPass {
     }
     if (report_.result.outcome == RunOutcome::Stopped || StopRequested()) return SayStopped();
     report_.target = session_->Backend().Target();
-    report_.notes = session_->Backend().Notes();
+    report_.notes = InReportLanguage(session_->Backend().Notes());
     report_.journal = session_->Problems();
     report_.items = session_->Items();
     report_.dryRun = command_.dryRun;

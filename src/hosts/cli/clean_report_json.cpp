@@ -3,6 +3,7 @@
 #include "hosts/cli/clean_report.h"
 #include "hosts/report/json_writer.h"
 #include "hosts/report/registry_text.h"
+#include "hosts/report/system_sentence.h"
 
 namespace scrubwell::hosts {
 
@@ -31,7 +32,7 @@ std::string_view Name(const std::array<std::string_view, N>& names, Enum value) 
 }
 
 void WriteTexts(JsonWriter& json, const std::vector<std::string>& texts) {
-  for (const std::string& text : texts) json.Text(text);
+  for (const std::string& text : texts) json.Text(InReportLanguage(text));
 }
 
 // The members of a change, without the brackets around them.
@@ -88,7 +89,7 @@ void WriteSession(JsonWriter& json, const SessionInfo& session) {
   json.Key("undone").Number(static_cast<std::int64_t>(session.undone));
   json.Key("carried_out").Bool(session.carriedOut);
   json.Key("bytes").Number(static_cast<std::int64_t>(SessionSize(session)));
-  json.Key("error").Text(session.error);
+  json.Key("error").Text(InReportLanguage(session.error));
 }
 
 }  // namespace
@@ -187,7 +188,7 @@ std::string UndoJson(const UndoResult& result) {
     json.BeginObject();
     WriteItem(json, entry.item);
     json.Key("outcome").Text(Name(UndoOutcomes, entry.outcome));
-    json.Key("why").Text(entry.why);
+    json.Key("why").Text(InReportLanguage(entry.why));
     json.EndObject();
   }
   json.EndArray();

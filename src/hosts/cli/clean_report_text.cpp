@@ -8,6 +8,7 @@
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
 #include "hosts/report/registry_text.h"
+#include "hosts/report/system_sentence.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
@@ -171,7 +172,7 @@ TextLook PlainLook(std::size_t width) {
 
 TStringList FromUtf8All(const std::vector<std::string>& lines) {
   TStringList result;
-  for (const std::string& line : lines) result.push_back(FromUtf8(line));
+  for (const std::string& line : lines) result.push_back(FromUtf8(InReportLanguage(line)));
   return result;
 }
 
@@ -265,7 +266,7 @@ std::string SessionsText(const std::vector<SessionInfo>& sessions) {
     if (!session.carriedOut) out += ", " + Say(texts::SessionPending);
     out += "\n    " + session.target;
     if (!session.product.empty()) out += " (" + Printable(session.product) + ')';
-    if (!session.error.empty()) out += "\n    " + session.error;
+    if (!session.error.empty()) out += "\n    " + InReportLanguage(session.error);
     out += '\n';
   }
   return out;
@@ -296,7 +297,8 @@ std::string UndoText(const UndoResult& result, std::size_t width) {
     ++counts.at(static_cast<std::size_t>(entry.outcome));
     out += Padded(entry.item.id, 8) + "  " + ItemLine(entry.item, false) + ": " +
            Name(UndoOutcomes, entry.outcome) + '\n';
-    if (!entry.why.empty()) AppendWrapped(out, Printable(FromUtf8(entry.why)), 10, width);
+    if (!entry.why.empty())
+      AppendWrapped(out, Printable(FromUtf8(InReportLanguage(entry.why))), 10, width);
   }
   AppendNotes(out, FromUtf8All(result.notes), PlainLook(width));
   if (!out.empty()) out += '\n';

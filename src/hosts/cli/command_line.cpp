@@ -3,10 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <utility>
 
 #include "hosts/cli/environment.h"
+#include "hosts/cli/nearest.h"
 #include "hosts/cli/targets.h"
 #include "hosts/report/columns.h"
 #include "hosts/report/host_texts.h"
@@ -531,34 +531,6 @@ ParsedCommand PluginsFrom(const RawOptions& raw, ScanOptions) {
   return {PluginsCommand{raw.listKinds}, {}};
 }
 
-// How many letters are to be put in, left out or changed to make one word of the other.
-std::size_t Distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = std::exchange(row[0], i + 1);
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
-// The word that was probably meant; empty when none is near.
-std::string Nearest(std::string_view word, const std::vector<std::string>& known) {
-  std::string nearest;
-  const std::size_t letters = word.size() - std::min(word.find_first_not_of('-'), word.size());
-  std::size_t least = (letters + 1) / 2 + 1;
-  for (const std::string& candidate : known) {
-    const bool begun = word.size() > 1 && candidate.starts_with(word);
-    const std::size_t distance = begun ? 1 : Distance(word, candidate);
-    if (distance < least) least = distance, nearest = candidate;
-  }
-  return nearest;
-}
-
 ParsedCommand UnknownWord(const CLI::App& app, const std::string& word) {
   const std::vector<CLI::App*> commands = app.get_subcommands();
   std::vector<std::string> known;
@@ -569,8 +541,10 @@ ParsedCommand UnknownWord(const CLI::App& app, const std::string& word) {
       for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
     }
   }
-  const std::string meant = Nearest(word.substr(0, word.find('=')), known);
+  std::string meant = Nearest(word.substr(0, word.find('=')), known);
   const bool isCommand = commands.empty() && !word.starts_with('-');
+  // A folder alone wants to be looked at.
+  if (isCommand && word.find('/') != std::string::npos) meant = "scrubwell scan " + word;
   std::string sentence = Say(isCommand ? texts::UnknownCommand : texts::UnknownArgument, {word});
   if (!meant.empty()) {
     sentence += "; " + Say(texts::DidYouMean, {meant});

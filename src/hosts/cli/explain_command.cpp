@@ -6,6 +6,7 @@
 #include "hosts/driver/problem_id.h"
 #include "hosts/report/host_texts.h"
 #include "hosts/report/language.h"
+#include "hosts/report/system_sentence.h"
 
 namespace scrubwell::hosts {
 
@@ -51,7 +52,7 @@ std::optional<int> Explain(const std::string& wanted, ICleanSession& session,
   SweepErrors->Clear();
   explanation.index = SweepErrors->Add(std::make_unique<TSweepError>(problem));
   explanation.report.target = session.Backend().Target();
-  explanation.report.notes = session.Backend().Notes();
+  explanation.report.notes = InReportLanguage(session.Backend().Notes());
   return std::nullopt;
 }
 

@@ -7,6 +7,7 @@
 #include "hosts/cli/commands.h"
 #include "hosts/cli/console.h"
 #include "hosts/cli/environment.h"
+#include "hosts/cli/nearest.h"
 #include "hosts/cli/output_file.h"
 #include "hosts/driver/null_platform.h"
 #include "hosts/report/host_texts.h"
@@ -23,16 +24,24 @@ namespace {
 constexpr std::size_t MaxWidth = 100;
 constexpr std::size_t PlainWidth = 80;
 
+std::string NoSuchPlugin(const UnicodeString& id) {
+  std::vector<std::string> known;
+  for (const TRCPlugin* plugin : *Plugins) known.push_back(ToUtf8(plugin->FPluginID));
+  const std::string meant = Nearest(ToUtf8(id), known);
+  std::string sentence = Say(texts::UnknownPlugin, {ToUtf8(id)});
+  return meant.empty() ? sentence : sentence + "; " + Say(texts::DidYouMean, {meant});
+}
+
 // The complaint about the first category or kind that there is none of.
 std::optional<std::string> FindUnknown(const ScanOptions& options) {
   for (const TStringList* ids : {&options.plugins, &options.exclude}) {
     for (const UnicodeString& id : *ids) {
-      if (FindPlugin(id) == nullptr) return Say(texts::UnknownPlugin, {ToUtf8(id)});
+      if (FindPlugin(id) == nullptr) return NoSuchPlugin(id);
     }
   }
   for (const KindChoice& choice : options.choice.kinds) {
     const TRCPlugin* plugin = FindPlugin(choice.plugin);
-    if (plugin == nullptr) return Say(texts::UnknownPlugin, {ToUtf8(choice.plugin)});
+    if (plugin == nullptr) return NoSuchPlugin(choice.plugin);
     for (const std::int32_t kind : choice.kinds) {
       if (std::ranges::find(plugin->Kinds(), kind, &TProblemKind::kind) != plugin->Kinds().end()) {
         continue;

@@ -9,6 +9,7 @@
 #include "hosts/driver/problem_id.h"
 #include "hosts/report/hive_places.h"
 #include "hosts/report/problem_parts.h"
+#include "hosts/report/system_sentence.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
@@ -109,7 +110,7 @@ std::optional<int> ScannedTarget::Scan(const ScanOptions& options, ScanReport& r
   if (const auto error = ApplyChoice(options)) return Fail(WrongUse, *error);
   report.outcome = ScanWithProgress();
   report.target = backend_->Target();
-  report.notes = backend_->Notes();
+  report.notes = InReportLanguage(backend_->Notes());
   return std::nullopt;
 }
 

@@ -107,7 +107,9 @@ std::string WhyNoFolder(const std::string& given, fs::file_type type) {
   return form.empty() ? Say(texts::IsAFile, {given}) : Say(texts::IsAnImage, {given, form});
 }
 
+// Only where it was the user that could not be found.
 std::string WhoThereIs(TargetOptions options, const std::string& why) {
+  if (OfflineBackend::Open(options).backend != nullptr) return why;
   const std::string wanted = std::exchange(options.user, {});
   const OfflineOpenResult opened = OfflineBackend::Open(options);
   if (opened.backend == nullptr || opened.backend->Target().users.empty()) return why;

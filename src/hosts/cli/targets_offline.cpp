@@ -22,7 +22,10 @@ OpenedSession OpenSession(const CleanOptions& options) {
 }
 
 UndoResult UndoSession(const UndoOptions& options) {
-  return Undo(options);
+  UndoResult result = Undo(options);
+  if (result.failure == CleanFailure::Unreadable)
+    result.error = ExplainTarget(options.target, result.error);
+  return result;
 }
 
 RecoverResult RecoverTarget(const TargetOptions& options, const std::string& backupFolder) {

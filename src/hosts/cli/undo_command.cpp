@@ -10,6 +10,7 @@
 #include "hosts/report/host_texts.h"
 #include "hosts/report/json_writer.h"
 #include "hosts/report/language.h"
+#include "hosts/report/system_sentence.h"
 #include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
@@ -58,7 +59,15 @@ std::optional<int> SettleSession(UndoOptions& options) {
 int Export(const UndoCommand& command) {
   const std::string file = command.exportFile == "-" ? std::string() : command.exportFile;
   if (const auto error = CheckOutput(file)) return Fail(WrongUse, *error);
-  const ExportResult result = ExportSession(command.backup, command.session);
+  UndoOptions options;
+  options.target = command.target;
+  options.backupFolder = command.backup;
+  options.session = command.session;
+  // Without a folder the disk need not be at hand.
+  if (!options.target.folder.empty() || TargetIsRunningSystem()) {
+    if (const auto code = SettleSession(options)) return *code;
+  }
+  const ExportResult result = ExportSession(command.backup, options.session);
   if (result.failure != CleanFailure::None) return Fail(CodeOf(result.failure), result.error);
   if (const auto error = WriteOutput(file, result.bytes)) {
     return Fail(WrongUse, *error);
@@ -74,7 +83,9 @@ std::string RecoverText(const RecoverResult& result) {
   if (result.outcome == Outcome::SetAside) text = Say(texts::RecoverSetAside);
   text += '\n';
   // Their paths come from the disk.
-  for (const std::string& note : result.notes) text += Printable(FromUtf8(note)) + '\n';
+  for (const std::string& note : result.notes) {
+    text += Printable(FromUtf8(InReportLanguage(note))) + '\n';
+  }
   return text;
 }
 
@@ -89,7 +100,7 @@ std::string RecoverJson(const RecoverResult& result) {
                            : result.outcome == Outcome::SetAside   ? "set_aside"
                                                                    : "nothing_to_do");
   json.Key("notes").BeginArray();
-  for (const std::string& note : result.notes) json.Text(note);
+  for (const std::string& note : result.notes) json.Text(InReportLanguage(note));
   json.EndArray();
   json.EndObject();
   return out += '\n';

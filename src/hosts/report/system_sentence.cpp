@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "hosts/report/backend_sentences.h"
 #include "hosts/report/language.h"
 #include "registry/Stringhelper.h"
 
@@ -46,6 +47,38 @@ std::string SystemWords(int error) {
   return std::generic_category().message(error);
 }
 
+// Whether the sentence is the pattern with something in the place of each "%s". Of several ways the
+// first value is the shortest, so that a path ends at the first colon that fits.
+bool Fits(std::string_view sentence, std::string_view pattern,
+          std::vector<std::string_view>& values) {
+  const std::size_t mark = pattern.find("%s");
+  if (!sentence.starts_with(pattern.substr(0, mark))) return false;
+  if (mark == std::string_view::npos) return sentence.size() == pattern.size();
+  const std::string_view rest = pattern.substr(mark + 2);
+  const std::string_view next = rest.substr(0, rest.find("%s"));
+  sentence.remove_prefix(mark);
+  for (std::size_t at = 1; at <= sentence.size(); ++at) {
+    at = next.empty() ? sentence.size() : sentence.find(next, at);
+    if (at == std::string_view::npos) return false;
+    values.push_back(sentence.substr(0, at));
+    if (Fits(sentence.substr(at), rest, values)) return true;
+    values.pop_back();
+  }
+  return false;
+}
+
+// A value may be a sentence itself.
+std::string Filled(std::string pattern, const std::vector<std::string_view>& values) {
+  std::size_t at = 0;
+  for (const std::string_view value : values) {
+    const std::string text = InReportLanguage(value);
+    at = pattern.find("%s", at);
+    pattern.replace(at, 2, text);
+    at += text.size();
+  }
+  return pattern;
+}
+
 std::string InGerman(const Sentence& sentence) {
   return ToUtf8(sentence.german);
 }
@@ -60,6 +93,11 @@ std::string SystemSentence(int error) {
 
 std::string InReportLanguage(std::string_view sentence) {
   if (PackageLanguage() != TLanguage::German) return std::string(sentence);
+  for (const TText& known : kBackendSentences) {
+    std::vector<std::string_view> values;
+    if (!Fits(sentence, ToUtf8(known.english), values)) continue;
+    return Filled(ToUtf8(known.german), values);
+  }
   for (const Sentence& known : kSentences) {
     const std::string words = ": " + SystemWords(known.error);
     if (!sentence.ends_with(words)) continue;
@@ -67,6 +105,13 @@ std::string InReportLanguage(std::string_view sentence) {
     return std::string(sentence) + InGerman(known);
   }
   return std::string(sentence);
+}
+
+TStringList InReportLanguage(const TStringList& sentences) {
+  TStringList out;
+  for (const UnicodeString& sentence : sentences)
+    out.push_back(FromUtf8(InReportLanguage(ToUtf8(sentence))));
+  return out;
 }
 
 }  // namespace scrubwell::hosts

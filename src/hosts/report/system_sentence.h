@@ -1,8 +1,10 @@
-// What the system says of its own failures, in the report's language.
+// What the system and the backends say, in the report's language.
 #pragma once
 
 #include <string>
 #include <string_view>
+
+#include "registry/types.h"
 
 namespace scrubwell::hosts {
 
@@ -10,8 +12,9 @@ namespace scrubwell::hosts {
 /// system says them.
 std::string SystemSentence(int error);
 
-/// A sentence that ends in the system's own words, which are English, with these in the report's
-/// language.
+/// A backend's sentence, which is English, and the system's words at its end in the report's
+/// language. What is not known comes as it is.
 std::string InReportLanguage(std::string_view sentence);
+TStringList InReportLanguage(const TStringList& sentences);
 
 }  // namespace scrubwell::hosts

@@ -57,6 +57,7 @@ TEST_F(Program, AnswersToItsArguments) {
       {"clean --all --dry-run --windows @/C --format csv", 2, "csv"},
       {"wash", 2, "wash: unknown command (see"},
       {"scna", 2, "did you mean scan?"},
+      {"@/C", 2, "did you mean scrubwell scan /"},
       {"scan", 2, "--windows"},
       {"scan --windows ''", 2, "names no folder"},
       {"scan --live", 2, "--live: here a switched-off Windows"},
@@ -71,7 +72,7 @@ TEST_F(Program, AnswersToItsArguments) {
       {scan + "--user", 2, "--user"},
       {scan + "--format xml", 2, "xml"},
       {scan + "--lang fr", 2, "fr"},
-      {scan + "--plugins Font", 2, "Font"},
+      {scan + "--plugins fomts", 2, "did you mean Fonts?"},
       {scan + "--plugins SharedFiles,nix --lang de", 2, "nix: unbekannte"},
       {scan + "--user berta", 2, "there are: anna"},
       {scan + "--drive E", 2, "E: "},
@@ -200,6 +201,8 @@ TEST_F(Program, WritesTheOutputWholeOrNotAtAll) {
     EXPECT_EQ(entry.path().string().find(".scrubwell-"), std::string::npos) << entry.path();
   }
   EXPECT_EQ(Run(scan + "/dev/null").status, 1);
+  EXPECT_EQ(Run("scan --plugins Fonts @/C --output @/page.HTML").status, 1);
+  EXPECT_TRUE(Content(folder_ / "page.HTML").starts_with("<!DOCTYPE html>"));
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 

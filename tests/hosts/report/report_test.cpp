@@ -2,7 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+#include "hosts/report/backend_sentences.h"
 #include "hosts/report/json_writer.h"
+#include "hosts/report/system_sentence.h"
+#include "registry/Stringhelper.h"
 
 namespace scrubwell::hosts {
 namespace {
@@ -22,6 +29,43 @@ TEST(JsonWriter, EscapesWhatJsonAndUnicodeDemand) {
     std::string out;
     JsonWriter(out).Text(UnicodeView(text));
     EXPECT_EQ(out, expected);
+  }
+}
+
+TEST(Sentences, ComeInTheReportsLanguage) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"/mnt/a: b: No such file or directory", "/mnt/a: b: Datei oder Ordner nicht gefunden"},
+      {"/x: y: the volume is mounted read-only",
+       "/x: y: das Laufwerk ist nur zum Lesen eingehängt"},
+      {"A clean would be refused: /c: Permission denied",
+       "Eine Reinigung würde abgelehnt: /c: Keine Berechtigung"},
+      {"a: taken for the profile of S-1, whose folder b is not there",
+       "a: gilt als Profil von S-1, dessen Ordner b nicht da ist"},
+      {"nobody knows this: one", "nobody knows this: one"},
+      {": the volume can't be read", ": the volume can't be read"},
+  };
+  SetPackageLanguage(TLanguage::German);
+  for (const auto& [said, shown] : rows) EXPECT_EQ(InReportLanguage(said), shown);
+}
+
+// A sentence that no backend says any more is not found by what it says now.
+TEST(Sentences, AreThoseOfTheBackends) {
+  std::string sources;
+  for (const char* folder : {"backends", "formats", "registry"}) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(
+             SCRUBWELL_SOURCE_DIR "/src/" + std::string(folder))) {
+      if (!entry.is_regular_file()) continue;
+      std::ifstream file(entry.path());
+      sources.append(std::istreambuf_iterator<char>(file), {});
+    }
+  }
+  sources = std::regex_replace(sources, std::regex("\"\\s*u?\""), "");
+  for (const TText& known : kBackendSentences) {
+    const std::string text = ToUtf8(known.english);
+    const std::size_t last = text.rfind("%s");
+    std::string end = text.substr(last == std::string::npos ? 0 : last + 2);
+    if (end.starts_with(": ")) end.erase(0, 2);
+    EXPECT_TRUE(end.size() < 4 || sources.find(end) != std::string::npos) << text;
   }
 }
 
