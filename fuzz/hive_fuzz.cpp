@@ -31,6 +31,9 @@ void Sign(Bytes& log) {
   }
 }
 
+// Bytes of names and data that a hive has given, whatever way.
+std::uint64_t given = 0;
+
 void ReadKey(const Hive& hive, const Subkey& subkey) {
   UnicodeString text;
   ByteView security;
@@ -43,6 +46,7 @@ void ReadKey(const Hive& hive, const Subkey& subkey) {
   hive.ForEachValue(subkey.key, [&](const ValueFacts& facts) {
     const bool read = hive.Data(facts, value.data) == Status::Ok;
     Require(!read || value.data.size() == facts.size);
+    given += facts.name.Units() + (read ? value.data.size() : 0);
   });
   if (subkey.key == hive.Root()) return;
   // What an enumeration delivers, a look-up must find.
@@ -58,12 +62,15 @@ void ReadAll(const Bytes& image, const std::vector<Bytes>& logs) {
   if (!opened.hive) return;
   const Hive& hive = *opened.hive;
   std::size_t visited = 0;
+  given = 0;
   hive.Walk(hive.Root(), [&](const Subkey& subkey, int level) {
     Require(level <= Hive::MaxDepth);
     // Every key is visited at most once, so there can't be more than the file has room for.
     Require(++visited <= hive.Image().size() / 8);
     ReadKey(hive, subkey);
   });
+  // What it makes us do is in proportion to its size.
+  Require(given <= 100 * hive.Image().size());
   // A hive that the check finds sound can be read to the last byte.
   std::string text;
   const Status dumped = DumpTree(hive, hive.Root(), {}, text);

@@ -123,6 +123,23 @@ class Search {
   bool isPreparing_ = false;
 };
 
+// A session's folder: files, and folders of files.
+void EraseAll(IDisk& disk, const DiskPlace& folder, int level) {
+  std::vector<std::string> names;
+  if (level > 2 || ListNames(folder, names) != 0) return;
+  for (const std::string& name : names) {
+    struct stat info {};
+    const DiskPlace place = folder / name;
+    if (place.Stat(info) != 0) continue;
+    if (S_ISDIR(info.st_mode)) {
+      EraseAll(disk, place, level + 1);
+    } else {
+      disk.EraseFile(place);
+    }
+  }
+  disk.EraseFolder(folder);
+}
+
 // A name beside the record's own that is free.
 DiskPlace AsideOf(const DiskPlace& record) {
   DiskPlace aside = record.WithEnding(".set-aside");
@@ -201,8 +218,12 @@ CommitOutcome SettlePending(IDisk& disk, PendingCommit& pending) {
   switch (pending.state) {
     case State::None:
       break;
-    case State::Preparing:
-      return TakeBackCommit(disk, pending.plan);
+    case State::Preparing: {
+      CommitOutcome outcome = TakeBackCommit(disk, pending.plan);
+      // A session that never came to its commit is of no use to anybody.
+      if (outcome.failure == CommitFailure::None) EraseAll(disk, pending.plan.session, 0);
+      return outcome;
+    }
     case State::Committed:
       return FinishCommit(disk, pending.plan);
     case State::Foreign:

@@ -109,7 +109,7 @@ void Editor::Release(FreeSpace::Block block) {
 void Editor::Free(CellOffset cell) {
   const auto size = static_cast<std::uint32_t>(Content(cell).size() + 4);
   owned_.Remove(cell);
-  hive_->valueLists_.erase(cell);
+  hive_->owners_.erase(cell);
   // A stale handle must not find a cell in use inside the block that this one becomes part of.
   Put32(hive_->Changeable(), BaseBlockSize + cell, size);
   Release({cell, size});

@@ -485,9 +485,7 @@ Status Hive::Descend(CellOffset from, UnicodeView path, CellOffset& out) const {
 ByteView Hive::ValueList(CellOffset key, const KeyFacts& facts) const {
   if (facts.valueCount == 0) return {};
   const CellOffset place = Get32(cells_.Content(key), nk::ValueList);
-  if (facts.valueCount >= ManyValues && valueLists_.emplace(place, key).first->second != key) {
-    return {};
-  }
+  if ((facts.valueCount >= ManyValues || AsksForTooMuch()) && !Owns(key, place)) return {};
   const ByteView list = cells_.Content(place);
   return list.first(std::min<std::size_t>(facts.valueCount, list.size() / 4) * 4);
 }
@@ -523,6 +521,7 @@ Status Hive::EachValue(CellOffset key, Visit&& visit) const {
     const std::uint64_t size = vk::Name + value.name.Units();
     if (size > room) return Status::Corrupt;
     room -= size;
+    delivered_ += size;
     value.place = static_cast<std::uint32_t>(at / 4);
     if (!visit(value)) break;
   }
@@ -586,7 +585,10 @@ Status Hive::ReadData(const ValueFacts& value, ByteView& whole, ByteView& segmen
     return size <= 4 ? Status::Ok : Status::Corrupt;
   }
   if (size == 0) return Status::Ok;
-  const ByteView data = cells_.Content(Get32(cell, vk::Data));
+  const CellOffset place = Get32(cell, vk::Data);
+  if (AsksForTooMuch() && !Owns(value.cell, place)) return Status::Corrupt;
+  delivered_ += size;
+  const ByteView data = cells_.Content(place);
   if (data.size() >= size) {
     whole = data.first(size);
     return Status::Ok;

@@ -197,6 +197,11 @@ class Hive {
   template <class Visit>
   Status EachValue(CellOffset key, Visit&& visit) const;
   [[nodiscard]] ByteView ValueList(CellOffset key, const KeyFacts& facts) const;
+  [[nodiscard]] bool AsksForTooMuch() const { return delivered_ >> 6U > image_.size(); }
+  /// Whether the cell belongs to this owner alone, as far as that has been looked at.
+  [[nodiscard]] bool Owns(CellOffset owner, CellOffset cell) const {
+    return owners_.emplace(cell, owner).first->second == owner;
+  }
   Status VisitValues(CellOffset key, ValueVisitor visit) const;
   Status ReadData(const ValueFacts& value, ByteView& whole, ByteView& segments) const;
   [[nodiscard]] bool HasEmptyLeaf(ByteView list) const;
@@ -215,9 +220,11 @@ class Hive {
   HiveFacts facts_;
   mutable std::unordered_map<CellOffset, Order> orders_;
   mutable std::array<std::array<Cursor, CursorCount>, 2> cursors_;
-  /// Which key a longer list of values belongs to: the first that asked for it. A list that many
-  /// keys share would let a small file ask for any amount of work.
-  mutable std::unordered_map<CellOffset, CellOffset> valueLists_;
+  /// Which key a list of values belongs to, and which value its data: the first that asked for it.
+  /// What many share would let a small file ask for any amount of work, so it is looked at in long
+  /// lists, and everywhere once more was delivered than any use of a hive in good order asks for.
+  mutable std::unordered_map<CellOffset, CellOffset> owners_;
+  mutable std::uint64_t delivered_ = 0;  ///< bytes of names and data
 };
 
 }  // namespace scrubwell::regf

@@ -9,6 +9,7 @@
 #include "backends/common/content_digest.h"
 #include "backends/common/local_file.h"
 #include "backends/offline/commit.h"
+#include "backends/offline/offline_files.h"
 #include "clean_world.h"
 #include "registry/Stringhelper.h"
 
@@ -185,6 +186,32 @@ TEST(Attack, AJournalLeadsNowhereElseAndGivesNoRights) {
   EXPECT_TRUE(fs::is_empty(outside.Path()));
   EXPECT_FALSE(fs::exists(world.Folder() + "/../outside"));
   EXPECT_FALSE(fs::exists(world.Folder() + "/../made"));
+}
+
+TEST(Attack, DrivesThatTheDiskNamesAreOnlyRead) {
+  Disk given;
+  Disk named;
+  given.Add("x");
+  given.Link("junction", named.Folder());
+  named.Add("x", "theirs");
+  offline::DriveTree drives;
+  std::string error;
+  ASSERT_TRUE(drives.Add(u'C', given.Folder(), DriveKind::Fixed, error)) << error;
+  ASSERT_TRUE(drives.Add(u'D', named.Folder(), DriveKind::Fixed, error, false)) << error;
+  offline::OfflineFiles files(drives);
+  Bytes content;
+  EXPECT_EQ(files.Read(u"D:\\x", FsView::Physical, 100, content), Status::Ok);
+  EXPECT_EQ(files.Read(u"C:\\junction\\x", FsView::Physical, 100, content), Status::Ok);
+  const std::pair<UnicodeView, Status> rows[] = {{u"C:\\x", Status::Ok},
+                                                 {u"C:\\new", Status::Ok},
+                                                 {u"D:\\x", Status::Denied},
+                                                 {u"D:\\new", Status::Denied},
+                                                 {u"C:\\junction\\x", Status::Denied},
+                                                 {u"C:\\junction\\new", Status::Denied}};
+  for (const auto& [path, status] : rows) {
+    offline::FileTarget target;
+    EXPECT_EQ(files.Target(path, target), status) << ToUtf8(path);
+  }
 }
 
 // Swaps something on the disk for a link just before the first change of a commit.

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -106,6 +107,10 @@ TEST(Transaction, GuardsRefuse) {
     EXPECT_EQ(opened.failure, row.isRefused ? CleanFailure::Refused : CleanFailure::None)
         << row.hiberfil.substr(0, 5) << opened.error;
   }
+  fs::remove(world.Folder() + "/hiberfil.sys");
+  // Nobody will ever write into it.
+  ASSERT_EQ(::mkfifo((world.Folder() + "/hiberfil.sys").c_str(), 0600), 0);
+  EXPECT_EQ(CleanSession::Open(world.Options()).failure, CleanFailure::Refused);
   fs::remove(world.Folder() + "/hiberfil.sys");
   {
     const CleanOpenResult first = CleanSession::Open(world.Options());

@@ -285,7 +285,51 @@ const RefusalRow Refusals[] = {
     {"no key at the root", [](Patient& p) { p.At(p.root)[0] = 'x'; }, "root key"},
 };
 
-// The search over leaves turns by their first names, and an empty one has none.
+// A small file that would have us read for hours, or hold far more than it is.
+TEST(HiveReader, WhatManyShareIsCorruptAndCostsNoMoreThanTheFile) {
+  struct Row {
+    const char* what;
+    std::size_t values;
+    bool sharesList;  // of values; else one value's cell again and again
+  };
+  for (const Row& row : {Row{"a long list", 2000, true}, Row{"a short list of long names", 8, true},
+                         Row{"one value", 2000, false}}) {
+    HiveBuilder builder;
+    for (std::size_t i = 0; i < row.values; ++i) {
+      const std::string number = std::to_string(i);
+      UnicodeString name(row.values < 16 ? 16'000 : 4, u'n');
+      name.append(number.begin(), number.end());
+      builder.SetValue(builder.Root(), {name, REGT_BINARY, Bytes(50, 1)});
+    }
+    for (int i = 0; i < 2000; ++i) builder.Create(builder.Root(), u"k" + IntToStr(i));
+    Bytes image = builder.Build();
+    const OpenedHive opened = Hive::FromBytes(image, "sample");
+    const CellOffset root = opened.hive->Root();
+    const std::span<std::uint8_t> bins = std::span(image).subspan(BaseBlockSize);
+    const CellOffset list = Get32(bins, root + 4U + nk::ValueList);
+    if (!row.sharesList) {
+      for (std::size_t i = 0; i < row.values; ++i)
+        Put32(bins, list + 4 + i * 4, Get32(bins, list + 4));
+    }
+    opened.hive->Walk(root, [&](const Subkey& subkey, int) {
+      if (row.sharesList) {
+        Put32(bins, subkey.key + 4U + nk::ValueCount, static_cast<std::uint32_t>(row.values));
+        Put32(bins, subkey.key + 4U + nk::ValueList, list);
+      }
+    });
+    const OpenedHive hostile = Hive::FromBytes(image, "sample");
+    std::uint64_t held = 0;
+    std::size_t corrupt = 0;
+    hostile.hive->Walk(hostile.hive->Root(), [&](const Subkey& subkey, int) {
+      std::vector<RegValue> values;
+      corrupt += hostile.hive->Values(subkey.key, values) != Ok;
+      for (const RegValue& value : values) held += 2 * value.name.size() + value.data.size();
+    });
+    EXPECT_LE(held, 200 * image.size()) << row.what;
+    EXPECT_EQ(corrupt > 0, row.sharesList) << row.what;
+  }
+}
+
 #ifndef _WIN32
 // The end of the file is not given any more, as by a disk with bad blocks.
 TEST(HiveReader, WhatTheDiskDoesNotGiveIsCorruptAndTheRestIsThere) {
@@ -328,6 +372,7 @@ TEST(HiveReader, WhatTheDiskDoesNotGiveIsCorruptAndTheRestIsThere) {
 }
 #endif
 
+// The search over leaves turns by their first names, and an empty one has none.
 TEST(HiveReader, FindsChildrenBesideAnEmptyLeaf) {
   HiveBuilder builder({.leafEntries = 7});
   for (std::size_t i = 0; i < 70; ++i) builder.Create(builder.Root(), ChildName(i));
