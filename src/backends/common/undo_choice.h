@@ -80,8 +80,7 @@ class ChangedPlaces {
   };
   struct NameHash {
     std::size_t operator()(const Name& name) const {
-      return std::hash<UnicodeString>()(name.upper) ^
-             (std::size_t{name.parent} * 0x9E3779B97F4A7C15U);
+      return std::hash<UnicodeString>()(name.upper) ^ (std::size_t{name.parent} * 0x9E3779B1U);
     }
   };
   Node Make(Node parent, UnicodeView name);

@@ -18,7 +18,45 @@ inline constexpr TText kBackendSentences[] = {
     {u"Mehrere Benutzer; geprüft wird %s, der dieses Windows zuletzt benutzt hat",
      u"Several users; %s used this Windows last and is checked"},
     {u"%s; die Schlüssel darin werden nicht geprüft", u"%s; its keys are not checked"},
-    {u"%s: ist in %s eingehängt", u"%s: is mounted on %s"},
+    {u"%s: wird von %s gelesen, denn dieses Windows nennt es sein eigenes; eine Reinigung ändert "
+     u"dort nichts",
+     u"%s: is read from %s, which this Windows names as its own; a clean changes nothing there"},
+    {u"%s: %s Bytes davon gibt der Datenträger nicht her; was dort liegt, wird nicht geprüft",
+     u"%s: the disk does not give %s bytes of it; what lies there is not checked"},
+    {u"%s: diesen Vermerk einer unterbrochenen Reinigung kennt keine Sitzung im Sicherungsordner; "
+     u"die Dateien sind gezeigt, wie sie sind",
+     u"%s: no session in the backup folder knows this record of an interrupted clean; the files "
+     u"are "
+     u"shown as they are"},
+    {u"%s: diesen Vermerk einer unterbrochenen Reinigung kennt keine Sitzung im Sicherungsordner; "
+     u"er "
+     u"wurde als %s zur Seite gelegt, ausgeführt wurde nichts davon",
+     u"%s: no session in the backup folder knows this record of an interrupted clean; it was set "
+     u"aside as %s and nothing of it was carried out"},
+    {u"%s: die Sitzung der unterbrochenen Reinigung liegt in %s; dieser Ordner ist als "
+     u"Sicherungsordner anzugeben",
+     u"%s: the session of the interrupted clean lies in %s; name that folder as the backup folder"},
+    {u"%s: die unterbrochene Reinigung ändert auch ein Laufwerk, das nicht angegeben ist",
+     u"%s: the interrupted clean also changes a drive that was not given"},
+    {u"%s: der Vermerk der unterbrochenen Reinigung ist beschädigt",
+     u"%s: the record of the interrupted clean is damaged"},
+    {u"%s; es braucht einen anderen Sicherungsordner", u"%s; choose another backup folder"},
+    {u"%s: der Ordner gehört einem anderen Benutzer", u"%s: the folder belongs to another user"},
+    {u"%s: andere Benutzer dürfen in den Ordner schreiben",
+     u"%s: other users may write into the folder"},
+    {u"%s: liegt auf einem nicht angegebenen Laufwerk, auf dem nichts geändert wird",
+     u"%s: lies on a drive that was not named, where nothing is changed"},
+    {u"%s kann nicht geändert werden: ist beschädigt (%s)",
+     u"%s can't be changed: it is damaged (%s)"},
+    {u"%s kann nicht geändert werden: einen Teil davon gibt der Datenträger nicht her",
+     u"%s can't be changed: some of it can't be read from the disk"},
+    {u"%s; es bleibt, wie es ist", u"%s; it is left as it is"},
+    {u"%s; den Rest erledigt recover", u"%s; the rest is to be done by recover"},
+    {u"%s: die geänderte Registrierungsdatei wäre nicht in Ordnung",
+     u"%s: the changed hive would not be sound"},
+    {u"Angehalten; nichts wurde geändert", u"stopped; nothing was changed"},
+    {u"Angehalten; was bis dahin zurückgenommen war, bleibt so",
+     u"stopped; what had been put back until then stays"},
     {u"Nicht angegeben, daher wird nichts darauf als fehlend gemeldet: Laufwerk %s",
      u"Not given, so nothing on it is reported missing: drive %s"},
     {u"Die Codepage des Systems ist hier nicht bekannt; statt ihrer gilt 1252",
