@@ -78,8 +78,8 @@ class TEntryValues {
     Judge(GetRegStringValue(HKEY_LOCAL_MACHINE, key_, name, value, opts_));
     return value;
   }
-  // A path or command that is no text leaves open what is meant.
-  UnicodeString Path(UnicodeView name) {
+  // A command that is no text is there all the same, but leaves open what it starts.
+  UnicodeString Command(UnicodeView name) {
     UnicodeString value;
     const std::int32_t code = GetRegStringValue(HKEY_LOCAL_MACHINE, key_, name, value, opts_);
     if (code != ERRC_SUCCESS && code != ERRC_FILE_NOT_FOUND) allRead_ = false;
@@ -183,9 +183,9 @@ void TRCPUninstall::Check_Uninstall(UnicodeView subKey, TZmRegOptions opts) {
   if (values.Number(u"NoRemove") == 1) return;
   const bool mayLackCommand = values.Has(u"WindowsInstaller") || values.Has(u"SystemComponent");
   const UnicodeString name = DisplayName(values, subKey);
-  UnicodeString command = values.Path(u"UninstallString");
-  if (command.empty()) command = values.Path(u"QuietUninstallString");
-  const UnicodeString source = command.empty() ? UnicodeString() : values.Path(kInstallSource);
+  UnicodeString command = values.Command(u"UninstallString");
+  if (command.empty()) command = values.Command(u"QuietUninstallString");
+  const UnicodeString source = command.empty() ? UnicodeString() : values.Text(kInstallSource);
   if (!values.AllRead()) return;
 
   const auto report = [&](std::int32_t kind, UnicodeView missing) {

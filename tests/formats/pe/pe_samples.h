@@ -145,7 +145,9 @@ inline Bytes VersionBlock() {
 
 inline Tree SampleTree() {
   Tree tree;
-  tree[ResourceString][1] = {{0x0409, Strings(5, u"five")}, {0x0407, Strings(5, u"f\xFCnf")}};
+  tree[ResourceString][1] = {{0x0409, Strings(5, u"five")},
+                             {0x0407, Strings(5, u"f\xFCnf")},
+                             {0x0807, Strings(5, u"foif")}};
   tree[ResourceString][7] = {{0x0409, Strings(15, u"last")}, {0x0807, Strings(3, u"drei")}};
   tree[ResourceString][9] = {{0x0411, Strings(0, u"\u65E5")}};
   tree[ResourceVersion][1] = {{0x0409, VersionBlock()}};

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "plugins/com/Rcp_activexcom.h"
-#include "support/class_text.h"
+#include "support/case_text.h"
 
 namespace scrubwell::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "plugins/history/Rcp_appmru.h"
 #include "registry/Stringhelper.h"
-#include "support/class_text.h"
+#include "support/case_text.h"
 
 namespace scrubwell::test {
 namespace {

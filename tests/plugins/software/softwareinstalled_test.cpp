@@ -1,5 +1,5 @@
 #include "plugins/software/Rcp_softwareinstalled.h"
-#include "support/class_text.h"
+#include "support/case_text.h"
 
 namespace scrubwell::test {
 namespace {

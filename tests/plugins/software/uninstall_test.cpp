@@ -1,5 +1,5 @@
 #include "plugins/software/Rcp_uninstall.h"
-#include "support/class_text.h"
+#include "support/case_text.h"
 
 namespace scrubwell::test {
 namespace {
@@ -53,6 +53,7 @@ TEST(Uninstall, FindsAndCleans) {
       # what an entry can lack; small letters are no exception
       & 32-bit
       {LM}{K}a{c}C:\p\gone.exe
+      {LM}{K}a : InstallSource = dword:1
       {LM}{K}b{c}"C:\p\gone.exe"
       {LM}{K}c{c}"C:\p\gone.exe" /x
       {LM}{K}d : QuietUninstallString = C:\p\gone.exe

@@ -2,7 +2,7 @@
 
 #include "plugins/system/Rcp_systemaddon.h"
 #include "registry/Stringhelper.h"
-#include "support/class_text.h"
+#include "support/case_text.h"
 
 namespace scrubwell::test {
 namespace {

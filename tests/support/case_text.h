@@ -1,4 +1,5 @@
-// Registered classes as short lines, for tests of what lies below the classes root.
+// Cases as text: keys, values and files of a small Windows, what is found in it, what a clean
+// changes.
 #pragma once
 
 #include <gtest/gtest.h>
