@@ -92,6 +92,8 @@ regf::Editor* RegfHive::Edit(std::string& error) {
     regf::OpenedEditor opened = regf::Editor::Open(*hive_, ToUtf8(path_), FileTimeNow);
     editor_ = std::move(opened.editor);
     editError_ = std::move(opened.error);
+    // It goes on as part of other sentences.
+    if (editError_.ends_with('.')) editError_.pop_back();
   }
   if (editor_ == nullptr) error = editError_;
   return editor_.get();
