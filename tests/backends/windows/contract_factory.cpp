@@ -1,6 +1,9 @@
 // The contract's world, laid out in the private Windows itself: what lies where, and which view
 // leads there, is the system's answer.
+// clang-format off
+#include <windows.h>  // the other leans on it
 #include <sddl.h>
+// clang-format on
 
 #include <algorithm>
 #include <filesystem>
