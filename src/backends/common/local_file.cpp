@@ -40,7 +40,11 @@ bool IsLocalFile(const std::string& path) {
 }
 
 bool ReadLocalFile(const std::string& path, Bytes& out) {
-  return ReadLocalFile(path, out, out.max_size());
+  // More than any session has; a file can claim any size without having it.
+  constexpr std::uintmax_t kLargest = std::uintmax_t{1} << (sizeof(void*) > 4 ? 33U : 30U);
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(LocalPath(path), error);
+  return !error && size <= kLargest && ReadLocalFile(path, out, static_cast<std::size_t>(size));
 }
 
 bool ReadLocalFile(const std::string& path, Bytes& out, std::size_t most) {
