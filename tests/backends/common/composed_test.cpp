@@ -37,6 +37,7 @@ constexpr const char* kBothViews = R"(
 [HKEY_LOCAL_MACHINE\SOFTWARE\Classes\Wow6432Node\.x\32]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Clients\64]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Policies\shared]
+[HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows NT\CurrentVersion\Fonts\shared]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Clients\32]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Only32]
 )";
@@ -47,7 +48,7 @@ const Case kCases[] = {
      kBothViews,
      {{"keys 32 HKCR\\CLSID", "{64}"},
       {"keys 64 HKCR\\CLSID", "{64}"},
-      {"keys own HKLM\\SOFTWARE", "Classes,Clients,Policies,Wow6432Node"}}},
+      {"keys own HKLM\\SOFTWARE", "Classes,Clients,Microsoft,Policies,Wow6432Node"}}},
     {"Windows 7 shares all classes but some",
      {},
      kBothViews,
@@ -55,7 +56,7 @@ const Case kCases[] = {
       {"keys 32 HKCR\\.x", "64"},
       {"keys 32 HKLM\\SOFTWARE\\Clients", "64"},
       {"keys 32 HKLM\\SOFTWARE\\Wow6432Node\\Clients", "32"},
-      {"keys 64 HKLM\\SOFTWARE", "Classes,Clients,Policies"},
+      {"keys 64 HKLM\\SOFTWARE", "Classes,Clients,Microsoft,Policies"},
       {"keys 32 HKLM\\SOFTWARE", "Classes,Clients,Only32,Policies"},
       {"open 32 HKLM\\SOFTWARE", "4 0"},
       {"keys 64 HKCR", ".x,CLSID,HCP"},
@@ -70,6 +71,7 @@ const Case kCases[] = {
       {"keys 32 HKCR\\HCP", "shared"},
       {"keys 32 HKLM\\SOFTWARE\\Classes\\.x", "32"},
       {"keys 32 HKLM\\SOFTWARE\\Clients", "32"},
+      {"keys 32 HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", "shared"},
       {"keys 32 HKLM\\SOFTWARE\\Policies", "shared"}}},
     {"without a user the classes root is the machine's",
      kNobody,

@@ -194,6 +194,10 @@ TEST(LiveJournalLines, MayBreakOffInTheLastLine) {
         << size;
     EXPECT_EQ(loaded.closed, size == whole.size());
   }
+  // Lines have an order.
+  const std::string mixed = head + second + first;
+  (void)folder.Store("journal.jsonl", {mixed.begin(), mixed.end()});
+  EXPECT_TRUE(LoadJournal(folder.Path().string()).entries.empty());
 }
 
 }  // namespace
