@@ -63,11 +63,11 @@ TEST(ScanDriver, RunsWhatWasChosenAndStopsAtOnce) {
     Probes probes;
     UnicodeString unknown;
     ASSERT_TRUE(ChoosePlugins(chosen, unknown));
-    int items = 0;
+    int itemsLeft = stopAt;
     std::vector<std::int32_t> steps;
     ScanDriver driver([&](const RunProgress& progress) {
       steps.push_back(progress.promille);
-      if (++items == stopAt) StopSearch = true;
+      if (--itemsLeft == 0) StopSearch = true;
     });
     StopSearch = stopAt == 0;
     EXPECT_EQ(driver.Scan(), outcome);
