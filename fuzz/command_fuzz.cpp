@@ -8,14 +8,11 @@
 #include "registry/Stringhelper.h"
 #include "registry/Wildcards.h"
 #include "registry/Zmregistry.h"
+#include "require.h"
 
 namespace {
 
 using namespace scrubwell;
-
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
 
 void StartUp() {
   static MemoryBackend backend;

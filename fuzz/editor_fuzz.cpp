@@ -6,6 +6,7 @@
 
 #include "formats/regf/editor.h"
 #include "formats/regf/hive_builder.h"
+#include "require.h"
 
 namespace {
 
@@ -14,10 +15,6 @@ using namespace scrubwell::regf;
 
 constexpr std::size_t StepSize = 4;
 constexpr std::size_t MostSteps = 80;
-
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
 
 Bytes Sample(std::uint8_t choice) {
   BuildOptions options;

@@ -6,30 +6,13 @@
 #include "formats/regf/check.h"
 #include "formats/regf/dump.h"
 #include "formats/regf/hive.h"
-#include "formats/regf/log.h"
+#include "formats/regf/hive_samples.h"
+#include "require.h"
 
 namespace {
 
 using namespace scrubwell;
 using namespace scrubwell::regf;
-
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
-
-/// Gives the log right checksums and hashes, so that mutations get past them.
-void Sign(Bytes& log) {
-  if (log.size() < SectorSize) return;
-  Put32(log, base::Checksum, BaseBlockChecksum(log));
-  for (std::size_t at = SectorSize; log.size() - at >= SectorSize;) {
-    const std::span<std::uint8_t> rest = std::span(log).subspan(at);
-    const std::size_t size = Get32(rest, 4);
-    if (size < SectorSize || size > rest.size()) return;
-    Put64(rest, 24, LogHash(rest.subspan(40, size - 40)));
-    Put64(rest, 32, LogHash(rest.first(32)));
-    at += size;
-  }
-}
 
 // Bytes of names and data that a hive has given, whatever way.
 std::uint64_t given = 0;
@@ -90,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     }
   }
   ReadAll(image, {log});
-  Sign(log);
+  SignLog(log);
   ReadAll(image, {log});
   if (image.size() >= BaseBlockSize) {
     Put32(image, base::Checksum, BaseBlockChecksum(image));

@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "formats/ini/ini.h"
+#include "require.h"
 
 namespace {
 
@@ -18,10 +19,6 @@ scrubwell::ini::Codec Latin1() {
             return out;
           },
           [](UnicodeView text) { return std::string(text.begin(), text.end()); }};
-}
-
-void Require(bool holds) {
-  if (!holds) std::abort();
 }
 
 }  // namespace

@@ -13,15 +13,12 @@
 #include "backends/offline/commit.h"
 #include "backends/offline/intent.h"
 #include "formats/regf/hive_builder.h"
+#include "require.h"
 
 namespace {
 
 using namespace scrubwell;
 using namespace scrubwell::offline;
-
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
 
 const std::string& Place() {
   static const std::string folder = [] {

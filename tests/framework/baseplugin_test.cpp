@@ -34,72 +34,65 @@ class TRCPTrial : public TRCPlugin {
 };
 
 TEST(BasePlugin, AddsProblems) {
-  const struct {
-    std::int32_t kind;
-    TStringList data;
-    std::int32_t records, visible;
-    bool is64;
-    UnicodeView caption;
-  } rows[] = {
-      {1, {u"x:1"}, 1, 1, false, u"Fehlt: 1"},
-      {2, {u"x:1"}, 1, 1, false, u""},
-      {1, {}, 1, 1, false, u"Fehlt: #x#"},
-      {1, {u"existingkey:64:HKEY_USERS\\a"}, 1, 1, true, u"Fehlt: #x#"},
-      {1, {u"x:1", u"existingkey:64:HKEY_USERS\\a"}, 1, 1, false, u"Fehlt: 1"},
-      {1, {u"existingkey:32: hkey_classes_root\\MAPI\\shell "}, 0, 0, false, u""},
-      {1, {u"existingkey:HKEY_CLASSES_ROOT\\csc\\shell"}, 0, 0, false, u""},
-      {1, {u"existingkey:64:HKCR\\mapi\\shell"}, 1, 1, true, u"Fehlt: #x#"},
-      {1, {u"existingkey:32:HKEY_CLASSES_ROOT\\mapi\\shell\\open"}, 1, 1, false, u"Fehlt: #x#"},
-      {1, {u"existingkey:32:HKEY_USERS\\ignored"}, 1, 0, false, u"Fehlt: #x#"},
-  };
-  for (const auto& row : rows) {
+  const std::tuple<std::int32_t, TStringList, std::int32_t, std::int32_t, bool, UnicodeView>
+      rows[] = {
+          {1, {u"x:1"}, 1, 1, false, u"Fehlt: 1"},
+          {2, {u"x:1"}, 1, 1, false, u""},
+          {1, {}, 1, 1, false, u"Fehlt: #x#"},
+          {1, {u"existingkey:64:HKEY_USERS\\a"}, 1, 1, true, u"Fehlt: #x#"},
+          {1, {u"x:1", u"existingkey:64:HKEY_USERS\\a"}, 1, 1, false, u"Fehlt: 1"},
+          {1, {u"existingkey:32: hkey_classes_root\\MAPI\\shell "}, 0, 0, false, u""},
+          {1, {u"existingkey:HKEY_CLASSES_ROOT\\csc\\shell"}, 0, 0, false, u""},
+          {1, {u"existingkey:64:HKCR\\mapi\\shell"}, 1, 1, true, u"Fehlt: #x#"},
+          {1, {u"existingkey:32:HKEY_CLASSES_ROOT\\mapi\\shell\\open"}, 1, 1, false, u"Fehlt: #x#"},
+          {1, {u"existingkey:32:HKEY_USERS\\ignored"}, 1, 0, false, u"Fehlt: #x#"},
+      };
+  for (const auto& [kind, data, records, visible, is64, caption] : rows) {
     World world;
     auto& plugin = world.Create<TRCPTrial>();
     TSweepError ignored;
     ignored.Data = {u"existingkey:32:HKEY_USERS\\ignored"};
     AddIgnoredProblem(
         u"n", BuildIgnoredProblemData(BuildErrorIdentificationString(ignored), u"1", u"", u""));
-    for (int twice = 0; twice < 2; ++twice) plugin.AddError(row.kind, row.data);
-    const std::string what = ToUtf8(row.data.empty() ? u"no data" : row.data.front());
-    ASSERT_EQ(SweepErrors->Count(), row.records) << what;
-    EXPECT_EQ(plugin.ErrorCount, row.visible) << what;
-    EXPECT_EQ(RealSweepErrorCount, row.visible) << what;
-    EXPECT_EQ(CategoryErrors, row.visible) << what;
-    if (row.records == 0) continue;
+    for (int twice = 0; twice < 2; ++twice) plugin.AddError(kind, data);
+    const std::string what = ToUtf8(data.empty() ? u"no data" : data.front());
+    ASSERT_EQ(SweepErrors->Count(), records) << what;
+    EXPECT_EQ(plugin.ErrorCount, visible) << what;
+    EXPECT_EQ(RealSweepErrorCount, visible) << what;
+    EXPECT_EQ(CategoryErrors, visible) << what;
+    if (records == 0) continue;
     const TSweepError& e = (*SweepErrors)[0];
-    EXPECT_EQ(e.Is64Bit, row.is64) << what;
-    EXPECT_EQ(ToUtf8(e.Caption), ToUtf8(row.caption)) << what;
-    EXPECT_EQ(e.IconID.empty(), row.kind != 1) << what;
-    EXPECT_EQ(IsErrorSelectedForCleaning(0), row.visible == 1) << what;
+    EXPECT_EQ(e.Is64Bit, is64) << what;
+    EXPECT_EQ(ToUtf8(e.Caption), ToUtf8(caption)) << what;
+    EXPECT_EQ(e.IconID.empty(), kind != 1) << what;
+    EXPECT_EQ(IsErrorSelectedForCleaning(0), visible == 1) << what;
     // Repaired and found again: a new problem.
     SetFixedState(0, true);
-    plugin.AddError(row.kind, row.data);
+    plugin.AddError(kind, data);
     EXPECT_EQ(SweepErrors->Count(), 2) << what;
   }
 }
 
 TEST(BasePlugin, CountersFollowTheState) {
   // F and V set fixed and visible, f and v take them back.
-  const struct {
-    const char* steps;
-    std::int32_t counted;
-  } rows[] = {{"", 1},   {"F", 0},  {"FF", 0},  {"Ff", 1}, {"v", 0},    {"vv", 0},
-              {"vV", 1}, {"vF", 0}, {"vFV", 0}, {"Fv", 0}, {"vFVf", 1}, {"Fvf", 0}};
-  for (const auto& row : rows) {
+  const std::pair<const char*, std::int32_t> rows[] = {
+      {"", 1},   {"F", 0},  {"FF", 0},  {"Ff", 1}, {"v", 0},    {"vv", 0},
+      {"vV", 1}, {"vF", 0}, {"vFV", 0}, {"Fv", 0}, {"vFVf", 1}, {"Fvf", 0}};
+  for (const auto& [steps, counted] : rows) {
     for (const bool known : {true, false}) {
       World world;
       auto& plugin = world.Create<TRCPTrial>();
       plugin.AddError(1, {u"x:1"});
       if (!known) plugin.FPluginID = u"Other";
-      for (const char* s = row.steps; *s != 0; ++s) {
+      for (const char* s = steps; *s != 0; ++s) {
         for (const std::int32_t index : {0, 1}) {  // there is no second one
           if (*s == 'F' || *s == 'f') SetFixedState(index, *s == 'F');
           if (*s == 'V' || *s == 'v') SetVisibleState(index, *s == 'V');
         }
       }
-      EXPECT_EQ(RealSweepErrorCount, row.counted) << row.steps;
-      EXPECT_EQ(plugin.ErrorCount, known ? row.counted : 1) << row.steps;
-      EXPECT_EQ(IsErrorVisible(0), row.counted == 1) << row.steps;
+      EXPECT_EQ(RealSweepErrorCount, counted) << steps;
+      EXPECT_EQ(plugin.ErrorCount, known ? counted : 1) << steps;
+      EXPECT_EQ(IsErrorVisible(0), counted == 1) << steps;
     }
   }
 }
@@ -204,18 +197,13 @@ TEST(ErrorList, KnowsWhatStandsInIt) {
   list[4].Fixed = true;
   list[5].Data = {u"in place"};
   list.Put(5, record(5, {u"again"}));
-  struct Row {
-    std::int32_t type;
-    TStringList data;
-    bool there;
-  };
-  const Row kRows[] = {
+  const std::tuple<std::int32_t, TStringList, bool> kRows[] = {
       {0, {u"a", u"0"}, true},  {199, {u"a", u"199"}, true}, {0, {u"a", u"199"}, false},
       {0, {u"0", u"a"}, false}, {3, {u"a", u"3"}, false},    {3, {u"other"}, true},
       {4, {u"a", u"4"}, false}, {5, {u"a", u"5"}, false},    {5, {u"in place"}, false},
       {5, {u"again"}, true},
   };
-  for (const Row& row : kRows) EXPECT_EQ(list.HasUnfixed(u"P", row.type, row.data), row.there);
+  for (const auto& [type, data, there] : kRows) EXPECT_EQ(list.HasUnfixed(u"P", type, data), there);
   list.Clear();
   EXPECT_FALSE(list.HasUnfixed(u"P", 0, TStringList{u"a", u"0"}));
 }

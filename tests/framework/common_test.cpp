@@ -18,11 +18,7 @@ TEST(Templates, InsertData) {
 [HKEY_CLASSES_ROOT\txt\shell\OpenAs\command]
 )");
   const UnicodeString nul(u"missingfile:a\0b", 15);
-  const struct {
-    UnicodeView pattern;
-    TStringList data;
-    UnicodeView expected;
-  } rows[] = {
+  const std::tuple<UnicodeView, TStringList, UnicodeView> rows[] = {
       {u"no marks", {}, u"no marks"},
       {u"a #x# b #y#", {u"x:1", u"y:2"}, u"a 1 b 2"},
       {u"first of two #x#", {u"x:1", u"x:2"}, u"first of two 1"},
@@ -64,51 +60,47 @@ TEST(Templates, InsertData) {
       {u"#k:action#", {u"k:32:HKEY_CLASSES_ROOT\\txt\\shell\\Own"}, u"Own"},
       {u"#k:action#", {u"k:32:HKEY_USERS\\shell\\open"}, u"HKEY_USERS\\shell\\open"},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(ToUtf8(InsertData(row.pattern, row.data)), ToUtf8(row.expected))
-        << ToUtf8(row.pattern) << " of " << ToUtf8(row.data.empty() ? u"" : row.data.front());
+  for (const auto& [pattern, data, expected] : rows)
+    EXPECT_EQ(ToUtf8(InsertData(pattern, data)), ToUtf8(expected))
+        << ToUtf8(pattern) << " of " << ToUtf8(data.empty() ? u"" : data.front());
 }
 
 TEST(Locators, RegistryPlaceAndIdentification) {
   const World world;
-  const struct {
-    TStringList data;
-    RootKey root;
-    UnicodeView key, value;
-    TZmRegOptions opts;
-    UnicodeView identification;
-  } rows[] = {
-      {{}, RootKey::None, u"", u"", {zmregNative}, u"32:0|\"-\"|\"-\"|\"-\"|\"-\""},
-      {{u"existingkey:HKEY_CURRENT_USER"},
-       HKEY_CURRENT_USER,
-       u"",
-       u"",
-       {zmregNative},
-       u"32:2147483649|\"-\"|\"-\"|\"-\"|\"-\""},
-      {{u"existingkey:64:HKLM\\a b\\c", u"existingvalue:x:y", u"url:http://a=b"},
-       HKEY_LOCAL_MACHINE,
-       u"a b\\c",
-       u"x:y",
-       {zmreg64Bit},
-       u"64:2147483650|a=20b\\c|x:y|\"-\"|http://a=b"},
-      {{u"existingkey:32:HKEY_CLASSES_ROOT\\ä", u"existingfile:32:C:\\f"},
-       HKEY_CLASSES_ROOT,
-       u"ä",
-       u"",
-       {zmreg32Bit},
-       u"32:2147483648|=C3=A4|\"-\"|C:\\f|\"-\""},
-  };
-  for (const auto& row : rows) {
+  const std::tuple<TStringList, RootKey, UnicodeView, UnicodeView, TZmRegOptions, UnicodeView>
+      rows[] = {
+          {{}, RootKey::None, u"", u"", {zmregNative}, u"32:0|\"-\"|\"-\"|\"-\"|\"-\""},
+          {{u"existingkey:HKEY_CURRENT_USER"},
+           HKEY_CURRENT_USER,
+           u"",
+           u"",
+           {zmregNative},
+           u"32:2147483649|\"-\"|\"-\"|\"-\"|\"-\""},
+          {{u"existingkey:64:HKLM\\a b\\c", u"existingvalue:x:y", u"url:http://a=b"},
+           HKEY_LOCAL_MACHINE,
+           u"a b\\c",
+           u"x:y",
+           {zmreg64Bit},
+           u"64:2147483650|a=20b\\c|x:y|\"-\"|http://a=b"},
+          {{u"existingkey:32:HKEY_CLASSES_ROOT\\ä", u"existingfile:32:C:\\f"},
+           HKEY_CLASSES_ROOT,
+           u"ä",
+           u"",
+           {zmreg32Bit},
+           u"32:2147483648|=C3=A4|\"-\"|C:\\f|\"-\""},
+      };
+  for (const auto& [data, wantedRoot, wantedKey, wantedValue, wantedOpts, identification] : rows) {
     TSweepError e;
-    e.Data = row.data;
+    e.Data = data;
     RootKey root{};
     UnicodeString key, value;
     TZmRegOptions opts;
     GetErrorRegValue(e, u"existingkey", u"existingvalue", root, key, value, opts);
-    EXPECT_TRUE(root == row.root && key == row.key && value == row.value && opts == row.opts)
-        << ToUtf8(row.identification);
+    EXPECT_TRUE(root == wantedRoot && key == wantedKey && value == wantedValue &&
+                opts == wantedOpts)
+        << ToUtf8(identification);
     EXPECT_EQ(ToUtf8(Replace(BuildErrorIdentificationString(e), u"\x1D", u"|")),
-              ToUtf8(row.identification));
+              ToUtf8(identification));
   }
   // Past the last item that the caller names nothing is looked at.
   EXPECT_EQ(GetErrorStringValue({u"a:1", u"b:2"}, 0, u"b"), u"");
@@ -165,10 +157,7 @@ TEST(Progress, RoundsEachShareHalfToEven) {
     UnicodeView name;
     std::int32_t count, weight, promille;
   };
-  const struct {
-    std::vector<Item> items;
-    std::int32_t total, done, all;
-  } rows[] = {
+  const std::tuple<std::vector<Item>, std::int32_t, std::int32_t, std::int32_t> rows[] = {
       {{}, 0, 0, 0},
       {{{u"a", 10, 0, 1000}}, 0, 10, 10},
       {{{u"a", 1, 1, 499}}, 0, 0, 1},
@@ -178,19 +167,19 @@ TEST(Progress, RoundsEachShareHalfToEven) {
       // The later of two of one name is the one that moves.
       {{{u"a", 4, 10, 0}, {u"a", 6, 30, 1000}}, 750, 6, 10},
   };
-  for (const auto& row : rows) {
+  for (const auto& [items, total, done, all] : rows) {
     TProgressManager m;
-    for (const Item& i : row.items) m.AddItem(i.name, i.count, i.weight);
-    for (const Item& i : row.items) m.SetProgress(i.name, i.promille);
+    for (const Item& i : items) m.AddItem(i.name, i.count, i.weight);
+    for (const Item& i : items) m.SetProgress(i.name, i.promille);
     m.SetProgress(u"unknown", 1000);
-    EXPECT_EQ(m.GetTotalProgress(), row.total);
-    EXPECT_EQ(m.GetDoneItems(), row.done);
-    EXPECT_EQ(m.TotalItems(), row.all);
+    EXPECT_EQ(m.GetTotalProgress(), total);
+    EXPECT_EQ(m.GetDoneItems(), done);
+    EXPECT_EQ(m.TotalItems(), all);
     m.BeginItem(u"a");
     m.EndItem(u"a");
     m.Clear();
     EXPECT_EQ(m.TotalItems() + m.GetTotalProgress() + m.GetDoneItems(), 0);
-    EXPECT_EQ(m.TimingLog().size(), row.items.empty() ? 0U : 1U);
+    EXPECT_EQ(m.TimingLog().size(), items.empty() ? 0U : 1U);
   }
 }
 

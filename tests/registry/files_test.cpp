@@ -281,12 +281,7 @@ TEST(FindFile, TakesFoldersOnlyWhereTheyAreMeant) {
 
 TEST(FixedDrive, CountsOnlyWhatIsKnownToLieOnOne) {
   World world(kRegistry, kFiles);
-  struct Drive {
-    UnicodeView path;
-    bool needsDrive;
-    bool fixed;
-  };
-  constexpr Drive rows[] = {
+  constexpr std::tuple<UnicodeView, bool, bool> rows[] = {
       {u"C:\\x", true, true},
       {u"\"C:\\x y\" /s", true, true},
       {u"%SystemRoot%\\x", true, true},
@@ -310,8 +305,8 @@ TEST(FixedDrive, CountsOnlyWhatIsKnownToLieOnOne) {
       {u"%1", false, false},
       {u"", false, false},
   };
-  for (const Drive& row : rows) {
-    EXPECT_EQ(FileIsOnFixedDrive(row.path, row.needsDrive), row.fixed) << ToUtf8(row.path);
+  for (const auto& [path, needsDrive, fixed] : rows) {
+    EXPECT_EQ(FileIsOnFixedDrive(path, needsDrive), fixed) << ToUtf8(path);
   }
 }
 

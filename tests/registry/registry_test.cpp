@@ -43,25 +43,20 @@ constexpr std::string_view kRegistry = R"reg(
 
 TEST(Registry, TellsEmptyFromContent) {
   World world(kRegistry);
-  struct Row {
-    UnicodeView key;
-    bool emptyEx, emptyExEx, hasKeys;
-    int hasValues;
-  };
-  constexpr Row rows[] = {
+  constexpr std::tuple<UnicodeView, bool, bool, bool, int> rows[] = {
       {u"Empty", true, true, false, 0},        {u"EmptyDefault", true, false, false, 1},
       {u"Default", false, false, false, 1},    {u"NumberDefault", false, false, false, 1},
       {u"EmptyNamed", false, false, false, 1}, {u"Parent", false, false, true, 0},
       {u"Missing", false, false, false, 2},
   };
-  for (const Row& row : rows) {
-    const UnicodeString key = u"SOFTWARE\\T\\" + UnicodeString(row.key);
+  for (const auto& [name, emptyEx, emptyExEx, hasKeys, hasValues] : rows) {
+    const UnicodeString key = u"SOFTWARE\\T\\" + UnicodeString(name);
     SCOPED_TRACE(ToUtf8(key));
-    EXPECT_EQ(KeyEmptyEx(HKEY_LOCAL_MACHINE, key, k64), row.emptyEx);
-    EXPECT_EQ(KeyEmptyExEx(HKEY_LOCAL_MACHINE, key.c_str(), k64), row.emptyExEx);
-    EXPECT_EQ(HasSubKeys(HKEY_LOCAL_MACHINE, key, k64), row.hasKeys);
-    EXPECT_EQ(HasValuesEx(HKEY_LOCAL_MACHINE, key, k64), row.hasValues);
-    EXPECT_EQ(KeyExist(HKEY_LOCAL_MACHINE, key, k64, false), row.hasValues != 2);
+    EXPECT_EQ(KeyEmptyEx(HKEY_LOCAL_MACHINE, key, k64), emptyEx);
+    EXPECT_EQ(KeyEmptyExEx(HKEY_LOCAL_MACHINE, key.c_str(), k64), emptyExEx);
+    EXPECT_EQ(HasSubKeys(HKEY_LOCAL_MACHINE, key, k64), hasKeys);
+    EXPECT_EQ(HasValuesEx(HKEY_LOCAL_MACHINE, key, k64), hasValues);
+    EXPECT_EQ(KeyExist(HKEY_LOCAL_MACHINE, key, k64, false), hasValues != 2);
   }
 }
 
@@ -101,12 +96,7 @@ TEST(Registry, GivesDataAsText) {
 
 TEST(Registry, SplitsFullPathsAndSaysWhereTheKeyIs) {
   World world(kRegistry);
-  struct Row {
-    UnicodeView path;
-    bool found;
-    TZmRegOptions opts;
-  };
-  const Row rows[] = {
+  const std::tuple<UnicodeView, bool, TZmRegOptions> rows[] = {
       {u"HKLM\\Software\\T\\Narrow", true, {}},
       {u"hkey_local_machine\\software\\t\\empty", true, k64},
       {u"HKLM\\Software\\T\\None", false, {}},
@@ -114,12 +104,12 @@ TEST(Registry, SplitsFullPathsAndSaysWhereTheKeyIs) {
       {u"", false, {}},
       {u"HKCU\\Software\\U", true, {}},
   };
-  for (const Row& row : rows) {
+  for (const auto& [path, found, wantedOpts] : rows) {
     RootKey root{};
     UnicodeString key;
     TZmRegOptions opts;
-    EXPECT_EQ(GetRegKeyFromString(row.path, root, key, opts), row.found) << ToUtf8(row.path);
-    EXPECT_EQ(opts, row.opts) << ToUtf8(row.path);
+    EXPECT_EQ(GetRegKeyFromString(path, root, key, opts), found) << ToUtf8(path);
+    EXPECT_EQ(opts, wantedOpts) << ToUtf8(path);
   }
   EXPECT_EQ(RegKeyToStr(HKEY_USERS, u"a\\b", true), u"HKU\\a\\b");
   EXPECT_EQ(RegKeyToStr(HKEY_CURRENT_CONFIG, u"", false), u"HKEY_CURRENT_CONFIG");

@@ -13,19 +13,15 @@ namespace {
 using namespace std::string_view_literals;
 
 TEST(CaseTable, MapsOneUnitToOneUnitAsWindowsDoes) {
-  struct Row {
-    char16_t unit;
-    char16_t capital;
-  };
-  constexpr Row rows[] = {
+  constexpr std::pair<char16_t, char16_t> rows[] = {
       {u'a', u'A'},     {u'{', u'{'},     {0xE4, 0xC4},     {0xF7, 0xF7},  // the division sign
       {0xFF, 0x178},    {0xB5, 0xB5},     {0xDF, 0xDF},     {0x131, 0x131},   {0x17F, 0x17F},
       {0x3C2, 0x3A3},   {0x3C3, 0x3A3},   {0x451, 0x401},   {0x1E01, 0x1E00}, {0x24D0, 0x24B6},
       {0xFF41, 0xFF21}, {0xD801, 0xD801}, {0x10D0, 0x10D0},  // capitals that came later than the
                                                              // table
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(UpCase(row.unit), row.capital) << std::hex << static_cast<int>(row.unit);
+  for (const auto& [unit, capital] : rows) {
+    EXPECT_EQ(UpCase(unit), capital) << std::hex << static_cast<int>(unit);
   }
   for (std::uint32_t c = 0; c < 0x10000; ++c) {
     const char16_t up = UpCase(static_cast<char16_t>(c));
@@ -36,14 +32,8 @@ TEST(CaseTable, MapsOneUnitToOneUnitAsWindowsDoes) {
 }
 
 TEST(Fields, CountSelectAndRemove) {
-  struct Row {
-    UnicodeView text;
-    char16_t separator;
-    int count;
-    UnicodeView second;
-    UnicodeView removed;  // the text without the item "b"
-  };
-  constexpr Row rows[] = {
+  // At last the text without the item "b".
+  constexpr std::tuple<UnicodeView, char16_t, int, UnicodeView, UnicodeView> rows[] = {
       {u"", u',', 0, u"", u""},
       {u"b", u',', 1, u"", u""},
       {u"a, b ,c", u',', 3, u" b ", u"a,c"},
@@ -55,23 +45,17 @@ TEST(Fields, CountSelectAndRemove) {
       {u"ab,cb", u',', 2, u"cb", u"ab,cb"},
       {u",", u',', 2, u"", u","},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(ToUtf8(row.text));
-    EXPECT_EQ(ParamXCount(row.text, row.separator), row.count);
-    EXPECT_EQ(ParamX(row.text, row.separator, 2), row.second);
-    EXPECT_EQ(ParamX(row.text, row.separator, 0), u"");
-    EXPECT_EQ(RemoveParamX(row.text, row.separator, u" b"), row.removed);
+  for (const auto& [text, separator, count, second, removed] : rows) {
+    SCOPED_TRACE(ToUtf8(text));
+    EXPECT_EQ(ParamXCount(text, separator), count);
+    EXPECT_EQ(ParamX(text, separator, 2), second);
+    EXPECT_EQ(ParamX(text, separator, 0), u"");
+    EXPECT_EQ(RemoveParamX(text, separator, u" b"), removed);
   }
 }
 
 TEST(ResourceTexts, SplitIntoFileAndNumber) {
-  struct Row {
-    UnicodeView text;
-    bool ok;
-    UnicodeView file;
-    std::uint32_t id;
-  };
-  constexpr Row rows[] = {
+  constexpr std::tuple<UnicodeView, bool, UnicodeView, std::uint32_t> rows[] = {
       {u"@C:\\a,b\\x.dll,-12", true, u"C:\\a,b\\x.dll", 12},
       {u"@%SystemRoot%\\x.dll,-7;v2", true, u"%SystemRoot%\\x.dll", 7},
       {u"@\"C:\\x y.dll\",-3#immutable1", true, u"C:\\x y.dll", 3},
@@ -83,20 +67,17 @@ TEST(ResourceTexts, SplitIntoFileAndNumber) {
       {u"@,-1", false, u"", 0},
       {u"", false, u"", 0},
   };
-  for (const Row& row : rows) {
+  for (const auto& [text, ok, wantedFile, wantedId] : rows) {
     UnicodeString file = u"before";
     std::uint32_t id = 99;
-    EXPECT_EQ(ExtractResFileAndIDFromString(row.text, file, id), row.ok) << ToUtf8(row.text);
-    EXPECT_EQ(file, row.file) << ToUtf8(row.text);
-    EXPECT_EQ(id, row.id) << ToUtf8(row.text);
+    EXPECT_EQ(ExtractResFileAndIDFromString(text, file, id), ok) << ToUtf8(text);
+    EXPECT_EQ(file, wantedFile) << ToUtf8(text);
+    EXPECT_EQ(id, wantedId) << ToUtf8(text);
   }
 }
 
 TEST(Paths, TakeThemApart) {
-  struct Row {
-    UnicodeView path, name, folder, extension;
-  };
-  constexpr Row rows[] = {
+  constexpr std::tuple<UnicodeView, UnicodeView, UnicodeView, UnicodeView> rows[] = {
       {u"C:\\a.b\\c.txt", u"c.txt", u"C:\\a.b", u".txt"},
       {u"C:\\a", u"a", u"C:\\", u""},
       {u"C:\\a.b\\c", u"c", u"C:\\a.b", u""},
@@ -104,37 +85,28 @@ TEST(Paths, TakeThemApart) {
       {u"C:x", u"x", u"C:", u""},
       {u"", u"", u"", u""},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(ExtractFileName(row.path), row.name);
-    EXPECT_EQ(ExtractFilePath(row.path), row.folder);
-    EXPECT_EQ(ExtractFileExt(row.path), row.extension);
+  for (const auto& [wantedPath, name, folder, extension] : rows) {
+    EXPECT_EQ(ExtractFileName(wantedPath), name);
+    EXPECT_EQ(ExtractFilePath(wantedPath), folder);
+    EXPECT_EQ(ExtractFileExt(wantedPath), extension);
   }
-  struct Icon {
-    UnicodeView text, path;
-    std::int32_t index;
-  };
-  constexpr Icon icons[] = {
+  constexpr std::tuple<UnicodeView, UnicodeView, std::int32_t> icons[] = {
       {u"C:\\A,B\\x.dll,3", u"C:\\A,B\\x.dll", 3},
       {u"x.dll,-110", u"x.dll", -110},
       {u"\"C:\\x y.exe\",0", u"C:\\x y.exe", 0},
       {u"C:\\A,B\\x.dll", u"C:\\A,B\\x.dll", 0},
       {u"%1", u"%1", 0},
   };
-  for (const Icon& icon : icons) {
-    UnicodeString path(icon.text);
-    EXPECT_EQ(PathParseIconLocation(path), icon.index) << ToUtf8(icon.text);
-    EXPECT_EQ(path, icon.path);
+  for (const auto& [text, wantedPath, index] : icons) {
+    UnicodeString path(text);
+    EXPECT_EQ(PathParseIconLocation(path), index) << ToUtf8(text);
+    EXPECT_EQ(path, wantedPath);
   }
 }
 
 TEST(Addresses, BecomePaths) {
   test::World world;
-  struct Row {
-    UnicodeView url;
-    bool ok;
-    UnicodeView path;
-  };
-  constexpr Row rows[] = {
+  constexpr std::tuple<UnicodeView, bool, UnicodeView> rows[] = {
       {u"file:///C:/a%20b/c.txt", true, u"C:\\a b\\c.txt"},
       {u"FILE:///C|/x", true, u"C:\\x"},
       {u"file://server/share/x", true, u"\\\\server\\share\\x"},
@@ -144,19 +116,15 @@ TEST(Addresses, BecomePaths) {
       {u"http://x/y", false, u""},
       {u"file:", false, u""},
   };
-  for (const Row& row : rows) {
+  for (const auto& [url, ok, wantedPath] : rows) {
     UnicodeString path;
-    EXPECT_EQ(PathCreateFromUrl(row.url, path), row.ok) << ToUtf8(row.url);
-    EXPECT_EQ(path, row.path) << ToUtf8(row.url);
+    EXPECT_EQ(PathCreateFromUrl(url, path), ok) << ToUtf8(url);
+    EXPECT_EQ(path, wantedPath) << ToUtf8(url);
   }
 }
 
 TEST(Encodings, QuotedPrintableAndUtf8GoBothWays) {
-  struct Row {
-    UnicodeView text;
-    UnicodeView encoded;
-  };
-  constexpr Row rows[] = {
+  constexpr std::pair<UnicodeView, UnicodeView> rows[] = {
       {u"", u""},
       {u"Software\\a b=c", u"Software\\a=20b=3Dc"},
       {u"!<>~", u"!<>~"},
@@ -164,9 +132,9 @@ TEST(Encodings, QuotedPrintableAndUtf8GoBothWays) {
       {u"\U0001F600", u"=F0=9F=98=80"},
       {u"\x7F\x1D", u"=7F=1D"},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(QuotedPrintableEncode(row.text), row.encoded);
-    EXPECT_EQ(QuotedPrintableDecode(row.encoded), row.text);
+  for (const auto& [text, encoded] : rows) {
+    EXPECT_EQ(QuotedPrintableEncode(text), encoded);
+    EXPECT_EQ(QuotedPrintableDecode(encoded), text);
   }
   const UnicodeString odd = {u'a', 0, 0xD800, u'b', 0xDC00};  // NUL and lone surrogates survive
   EXPECT_EQ(QuotedPrintableDecode(QuotedPrintableEncode(odd)), odd);
@@ -184,28 +152,21 @@ TEST(SmallTexts, KeepTheirRules) {
   EXPECT_EQ(Replace(u"x", u"", u"y"), u"x");
   EXPECT_EQ(FormatText(u"%s-Datei (*%s)", {u"%s", u".x"}), u"%s-Datei (*.x)");
   EXPECT_EQ(Trim(u"\x00\t a b\x1F "sv), u"a b");
-  struct Number {
-    UnicodeView text;
-    std::int32_t value;
-  };
-  constexpr Number numbers[] = {{u"409", 409},
-                                {u"0", 0},
-                                {u"4a", 1000},
-                                {u"", 1000},
-                                {u" 1", 1000},
-                                {u"-7", -7},
-                                {u"-", 1000},
-                                {u"2147483648", 1000},
-                                {u"-2147483648", INT32_MIN}};
-  for (const Number& n : numbers) EXPECT_EQ(StrToIntDef(n.text, 1000), n.value) << ToUtf8(n.text);
+  constexpr std::pair<UnicodeView, std::int32_t> numbers[] = {{u"409", 409},
+                                                              {u"0", 0},
+                                                              {u"4a", 1000},
+                                                              {u"", 1000},
+                                                              {u" 1", 1000},
+                                                              {u"-7", -7},
+                                                              {u"-", 1000},
+                                                              {u"2147483648", 1000},
+                                                              {u"-2147483648", INT32_MIN}};
+  for (const auto& [text, value] : numbers)
+    EXPECT_EQ(StrToIntDef(text, 1000), value) << ToUtf8(text);
 }
 
 TEST(Wildcards, MatchWholeTextsWithoutCase) {
-  struct Row {
-    UnicodeView text, mask;
-    bool match;
-  };
-  constexpr Row rows[] = {
+  constexpr std::tuple<UnicodeView, UnicodeView, bool> rows[] = {
       {u"Outpost Pro", u"*outpost*", true},
       {u"abc", u"a?c", true},
       {u"ac", u"a?c", false},
@@ -218,11 +179,11 @@ TEST(Wildcards, MatchWholeTextsWithoutCase) {
       {u"\u00C4x", u"\u00E4*", true},
       {u"abc", u"**c*", true},
   };
-  for (const Row& row : rows) {
+  for (const auto& [text, mask, match] : rows) {
     TWildcardMatcher matcher;
     matcher.AddSearchMask(u"no such text");
-    matcher.AddSearchMask(row.mask, 3);
-    EXPECT_EQ(matcher.Match(row.text), row.match) << ToUtf8(row.text) << " " << ToUtf8(row.mask);
+    matcher.AddSearchMask(mask, 3);
+    EXPECT_EQ(matcher.Match(text), match) << ToUtf8(text) << " " << ToUtf8(mask);
   }
   const UnicodeString hard(20000, u'a');
   EXPECT_FALSE(MatchesMask(hard, u"*a*a*a*a*a*a*b")) << "must not blow up";

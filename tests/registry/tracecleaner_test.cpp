@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 
 #include "backends/memory/memory_backend.h"
+#include "formats/reg/reg_text.h"
 #include "registry/Stringhelper.h"
 #include "registry/Zmregistry.h"
 #include "registry/Zmtracecleaner.h"
@@ -34,13 +34,7 @@ struct Data {
     return *this;
   }
   [[nodiscard]] std::string Hex() const {
-    static constexpr char digits[] = "0123456789abcdef";
-    std::string out = "hex:";
-    for (const std::uint8_t byte : bytes) {
-      if (out.back() != ':') out += ",";
-      out += {digits[byte >> 4], digits[byte & 15]};
-    }
-    return out + "\n";
+    return ToUtf8(reg::FormatValue({u"", REGT_BINARY, bytes})).substr(2) + "\n";
   }
 };
 
@@ -228,10 +222,8 @@ TEST_F(TraceCleaner, ListsInOneValue) {
 }
 
 TEST_F(TraceCleaner, NumberedLists) {
-  const struct {
-    const char* names;
-    const char* left;  ///< after the first entry was removed
-  } rows[] = {
+  // What is left after the first entry was removed.
+  const std::pair<const char*, const char*> rows[] = {
       {"File1 File2 File3", "File1=File2 File2=File3"},
       {"File1 File3 File10", "File1=File3 File2=File10"},
       {"File9", ""},
@@ -242,9 +234,9 @@ TEST_F(TraceCleaner, NumberedLists) {
   const std::string key =
       R"([HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Applets\Paint\Recent File List)";
   const UnicodeString path = FromUtf8(key.substr(key.find('\\') + 1));
-  for (const auto& row : rows) {
+  for (const auto& [all, wanted] : rows) {
     std::string text = key + "]\n";
-    for (const UnicodeString& name : ParamXAll(FromUtf8(row.names), u' ')) {
+    for (const UnicodeString& name : ParamXAll(FromUtf8(all), u' ')) {
       text += "\"" + ToUtf8(name) + "\"=\"" + ToUtf8(name) + "\"\n";
     }
     DeleteRegKey(RootKey::CurrentUser, path, {});
@@ -261,55 +253,7 @@ TEST_F(TraceCleaner, NumberedLists) {
     std::ranges::sort(left);
     std::string joined;
     for (const std::string& line : left) joined += (joined.empty() ? "" : " ") + line;
-    EXPECT_EQ(joined, row.left) << row.names;
-  }
-}
-
-// One entry for each source, as the program leaves it, at the place that its pattern stands for.
-TEST_F(TraceCleaner, EverySourceFindsItsPlace) {
-  using enum TraceForm;
-  const auto program = Data().Text(u"x");
-  const std::map<TraceForm, Bytes> data = {
-      {Text, TextData(u"C:\\gone")},
-      {TextToBar, TextData(u"C:\\gone|{X}|x")},
-      {OfficeItem, TextData(u"[F00000000][T01D0000000000000][O00000000]*C:\\gone")},
-      {Command, TextData(u"C:\\gone.exe\\1")},
-      {Address, TextData(u"file:///C:/gone")},
-      {ItemList, {'a'}},
-      {ProgramFolder, Data(program).Text(u"C:\\gone").bytes},
-      {ProgramItems, Data(program).Add({'a'}).bytes},
-      {RecentDocument, Data(program).Add(Item('a')).Add({0, 0}).bytes},
-      {MenuOrder, Menu({MenuPart(0, 'a', false)}).bytes},
-      {UsageCount, {}},
-      {Texts, TextData(u"C:\\gone")}};
-  for (const TTraceSource& source : TraceSources()) {
-    const UnicodeString key = Replace(Replace(source.key, u"**", u"Programs"), u"*", u"x");
-    const UnicodeString name = Replace(Replace(source.value, u"#", u"1"), u"?", u"a");
-    const RegValue value{source.form == UsageCount ? u"P:\\tbar.rkr" : name, REGT_SZ,
-                         data.at(source.form)};
-    Platform().registry.SetValue({RootKey::CurrentUser, key, View::Native}, value);
-    Lines found;
-    TZMMRU scanner(this);
-    scanner.OnScanTraceFound = [&](TTracePlugin&, TTraceSourceType, const TTraceSourceData& trace,
-                                   TTraceTargetType, TTraceFlags,
-                                   const UnicodeString&) { found.push_back(ToUtf8(trace.key)); };
-    TTracePluginList({&source, 1}).Get(0)->Search(scanner);
-    EXPECT_EQ(found, Lines{ToUtf8(key)});
-  }
-}
-
-TEST_F(TraceCleaner, TableIsSound) {
-  const TTracePluginList& plugins = TracePlugins();
-  for (std::int32_t i = 0; i < plugins.Count(); ++i) {
-    const std::int32_t reference = plugins.ReferenceOf(*plugins.Get(i));
-    EXPECT_GT(reference, 0);
-    EXPECT_EQ(plugins.ByReference(reference), plugins.Get(i));
-    for (std::int32_t k = 0; k < i; ++k) {
-      EXPECT_NE(plugins.Get(k)->ApplicationName(), plugins.Get(i)->ApplicationName());
-    }
-  }
-  for (const std::int32_t none : {-1, 0, plugins.Count() + 1}) {
-    EXPECT_EQ(plugins.ByReference(none), nullptr);
+    EXPECT_EQ(joined, wanted) << all;
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include "formats/reg/reg_text.h"
 #include "registry/Stringhelper.h"
+#include "registry/Zmregistry.h"
 
 namespace scrubwell::test {
 
@@ -64,12 +65,8 @@ Status Change(IRegistry& registry, const KeyRef& key, const Question& q) {
   if (q.verb == "candelete") return registry.CheckAccess(key, Access::Delete);
   if (q.verb == "canwrite") return registry.CheckAccess(key, Access::Write);
   const std::size_t equals = q.name.find(u'=');
-  RegValue value{q.name.substr(0, equals), REGT_SZ, {}};
-  for (const char16_t unit : q.name.substr(equals + 1) + u'\0') {
-    value.data.push_back(static_cast<std::uint8_t>(unit & 0xFFU));
-    value.data.push_back(static_cast<std::uint8_t>(unit >> 8U));
-  }
-  return registry.SetValue(key, value);
+  return registry.SetValue(
+      key, {q.name.substr(0, equals), REGT_SZ, TextData(UnicodeView(q.name).substr(equals + 1))});
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 // own, both.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <string_view>
 
@@ -20,5 +22,20 @@ const char* StatusName(Status status);
 std::string Ask(IRegistry& registry, std::string_view query);
 /// Verbs: stat ("file 12", "folder"), list, read, drive, erase, rmdir. Views: disk, 32.
 std::string Ask(IFiles& files, std::string_view query);
+
+struct AskRow {
+  const char* question;
+  const char* answer;
+  unsigned needs = 0;  ///< what a backend must have, in bits of the suite's own
+};
+
+/// Asks and compares row by row, in order; rows that need any of `lacks` are left out.
+template <class Rows, class Asked>
+void CheckRows(Asked& asked, const Rows& rows, unsigned lacks = 0) {
+  for (const AskRow& row : rows) {
+    if ((row.needs & lacks) != 0) continue;
+    EXPECT_EQ(Ask(asked, row.question), row.answer) << row.question;
+  }
+}
 
 }  // namespace scrubwell::test

@@ -1,9 +1,7 @@
 // Another reader's tree of every real hive against ours: keys, values and data in their order.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "formats/regf/hive_samples.h"
 #include "registry/Stringhelper.h"
@@ -116,11 +114,8 @@ std::vector<std::string> Ours(const regf::Hive& hive) {
 }
 
 TEST(Whole, AnotherReaderSeesTheSameHives) {
-  const char* const data = std::getenv("SCRUBWELL_DATA");
-  if (data == nullptr || *data == '\0' || regf::OutputOf("command -v hivexml").empty()) {
-    std::puts("SCRUBWELL_DATA is not set or hivexml not installed: nothing tested here");
-    return;
-  }
+  const std::string data = SharedData();
+  if (data.empty() || !HasWitness("hivexml")) return;
   const TempFolder folder;
   std::size_t hives = 0;
   for (const auto& entry : fs::directory_iterator(fs::path(data) / "hives")) {
@@ -131,9 +126,7 @@ TEST(Whole, AnotherReaderSeesTheSameHives) {
     ASSERT_TRUE(SharedFile("hives/" + entry.path().filename().string(), file));
     const std::string xml = regf::OutputOf("hivexml '" + file.string() + "'");
     if (xml.find("</hive>") == xml.npos) continue;  // that reader gives up on a damaged hive
-    std::ifstream in(file, std::ios::binary);
-    const Bytes bytes((std::istreambuf_iterator<char>(in)), {});
-    const regf::OpenedHive opened = regf::Hive::FromBytes(bytes, name);
+    const regf::OpenedHive opened = regf::Hive::FromBytes(ReadBytes(file), name);
     ASSERT_NE(opened.hive, nullptr) << opened.error;
     const std::vector<std::string> theirs = Theirs(xml);
     const std::vector<std::string> ours = Ours(*opened.hive);

@@ -161,21 +161,5 @@ TEST(Whole, LongAndOddIsFoundAndCleaned) {
   }
 }
 
-TEST(Whole, AFolderOfManyFilesIsReadOnce) {
-  const std::size_t count = std::getenv("SCRUBWELL_ALL_FILES") != nullptr ? 200000 : 5000;
-  Disk disk;
-  std::vector<RegValue> values;
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::string name = "f" + std::to_string(i) + ".dll";
-    disk.Add("Many/" + name);
-    values.push_back(Text(FromUtf8("C:\\Many\\" + name), u""));
-  }
-  values.push_back(Text(u"C:\\Many\\gone.dll", u""));
-  Keys keys = kBase;
-  keys.push_back(Key(kCurrent + u"SharedDLLs", std::move(values)));
-  FurnishDisk(disk, reg::EncodeUtf16(reg::Format(keys)));
-  EXPECT_EQ(ScanDisk(disk).size(), 1U);
-}
-
 }  // namespace
 }  // namespace scrubwell::test

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "formats/lnk/item_list.h"
@@ -21,8 +19,8 @@ namespace fs = std::filesystem;
 const fs::path kSamples = fs::path(SCRUBWELL_SOURCE_DIR) / "samples";
 
 std::string ReadText(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  const Bytes bytes = ReadBytes(path);
+  return {bytes.begin(), bytes.end()};
 }
 
 MemoryOptions SampleOptions() {

@@ -2,38 +2,27 @@
 
 #include "backends/common/composed_registry.h"
 #include "backends/memory/memory_backend.h"
+#include "formats/reg/reg_text.h"
+#include "registry/Stringhelper.h"
+#include "registry/Zmregistry.h"
 #include "support/ask.h"
 
 namespace scrubwell::test {
 
 namespace {
 
-struct Row {
-  const char* question;
-  const char* answer;
-};
-
 struct Case {
   const char* name;
   MemoryOptions options;
   const char* registry;
-  std::vector<Row> rows;
+  std::vector<AskRow> rows;
 };
 
-// UTF-16 digits of "\REGISTRY\MACHINE\SOFTWARE\Firm" and so on are written by this.
-std::string Link(std::u16string_view target) {
-  RegValue value{u"SymbolicLinkValue", REGT_LINK, {}};
-  for (const char16_t unit : target) {
-    value.data.push_back(static_cast<std::uint8_t>(unit & 0xFFU));
-    value.data.push_back(static_cast<std::uint8_t>(unit >> 8U));
-  }
-  std::string line = "\"SymbolicLinkValue\"=hex(6):";
-  for (const std::uint8_t byte : value.data) {
-    constexpr const char* digits = "0123456789abcdef";
-    line += {digits[byte >> 4U], digits[byte & 15U], ','};
-  }
-  line.back() = '\n';
-  return line;
+// The value that makes a key a link, as a line.
+std::string Link(UnicodeView target) {
+  Bytes data = TextData(target);
+  data.resize(data.size() - 2);
+  return ToUtf8(reg::FormatValue({u"SymbolicLinkValue", REGT_LINK, data})) + "\n";
 }
 
 const MemoryOptions kBits32{.is64Bit = false};
@@ -48,6 +37,7 @@ constexpr const char* kBothViews = R"(
 [HKEY_LOCAL_MACHINE\SOFTWARE\Classes\Wow6432Node\.x\32]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Clients\64]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Policies\shared]
+[HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows NT\CurrentVersion\Fonts\shared]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Clients\32]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Only32]
 )";
@@ -58,7 +48,7 @@ const Case kCases[] = {
      kBothViews,
      {{"keys 32 HKCR\\CLSID", "{64}"},
       {"keys 64 HKCR\\CLSID", "{64}"},
-      {"keys own HKLM\\SOFTWARE", "Classes,Clients,Policies,Wow6432Node"}}},
+      {"keys own HKLM\\SOFTWARE", "Classes,Clients,Microsoft,Policies,Wow6432Node"}}},
     {"Windows 7 shares all classes but some",
      {},
      kBothViews,
@@ -66,7 +56,7 @@ const Case kCases[] = {
       {"keys 32 HKCR\\.x", "64"},
       {"keys 32 HKLM\\SOFTWARE\\Clients", "64"},
       {"keys 32 HKLM\\SOFTWARE\\Wow6432Node\\Clients", "32"},
-      {"keys 64 HKLM\\SOFTWARE", "Classes,Clients,Policies"},
+      {"keys 64 HKLM\\SOFTWARE", "Classes,Clients,Microsoft,Policies"},
       {"keys 32 HKLM\\SOFTWARE", "Classes,Clients,Only32,Policies"},
       {"open 32 HKLM\\SOFTWARE", "4 0"},
       {"keys 64 HKCR", ".x,CLSID,HCP"},
@@ -81,6 +71,7 @@ const Case kCases[] = {
       {"keys 32 HKCR\\HCP", "shared"},
       {"keys 32 HKLM\\SOFTWARE\\Classes\\.x", "32"},
       {"keys 32 HKLM\\SOFTWARE\\Clients", "32"},
+      {"keys 32 HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", "shared"},
       {"keys 32 HKLM\\SOFTWARE\\Policies", "shared"}}},
     {"without a user the classes root is the machine's",
      kNobody,
@@ -111,8 +102,8 @@ TEST(ComposedRegistry, RootsAndViews) {
   for (const Case& test : kCases) {
     MemoryBackend backend(test.options);
     ASSERT_EQ(backend.AddRegistry(test.registry), "") << test.name;
-    for (const Row& row : test.rows)
-      EXPECT_EQ(Ask(backend.Registry(), row.question), row.answer) << test.name << row.question;
+    SCOPED_TRACE(test.name);
+    CheckRows(backend.Registry(), test.rows);
   }
 }
 
@@ -137,7 +128,7 @@ TEST(ComposedRegistry, LinksStayInside) {
     last.assign(name.begin(), name.end());
   }
   ASSERT_EQ(backend.AddRegistry(text), "");
-  const Row rows[] = {
+  const AskRow rows[] = {
       {"get 32 HKLM\\SOFTWARE\\Linked\\Below > v", "\"v\"=\"there\""},
       {"get 64 HKCU\\L\\Below > v", "\"v\"=\"there\""},
       {"open 64 HKLM\\SOFTWARE\\Self\\y", "Unknown"},
@@ -158,8 +149,7 @@ TEST(ComposedRegistry, LinksStayInside) {
       {"open 64 HKLM\\SOFTWARE\\Target\\Below", "0 2"},
       {"delete 64 HKLM\\SOFTWARE\\Ping", "Ok"},
   };
-  for (const Row& row : rows)
-    EXPECT_EQ(Ask(backend.Registry(), row.question), row.answer) << row.question;
+  CheckRows(backend.Registry(), rows);
   const std::vector<std::string> journal{"set value HKLM\\SOFTWARE\\Target\\Below \"w\"=\"1\"",
                                          "delete key HKCU\\L", "delete key HKLM\\SOFTWARE\\Ping"};
   EXPECT_EQ(backend.Journal(), journal);
@@ -201,21 +191,21 @@ TEST(ComposedRegistry, WhatCantBeReadIsNeverAbsent) {
   ComposedRegistry& registry = backend.Registry();
   EXPECT_EQ(Ask(registry, "open 64 HKLM\\SOFTWARE\\Bad\\Sub"), "Corrupt");
   backend.BreakKey(u"HKCR\\.a", Status::Corrupt);
-  const Row machineBroken[] = {
+  const AskRow machineBroken[] = {
       {"get 64 HKCR\\.a > u", "\"u\"=\"u\""},
       {"get 64 HKCR\\.a > v", "Corrupt"},
       {"keys 64 HKCR\\.a", "Corrupt"},
       {"open 64 HKCR\\.a", "Corrupt"},
   };
-  for (const Row& row : machineBroken) EXPECT_EQ(Ask(registry, row.question), row.answer);
+  CheckRows(registry, machineBroken);
   const UnicodeString classes = u"HKU\\" + backend.Options().userSid + u"_Classes";
   registry.MountFailed(classes, Status::Corrupt);
-  const Row userBroken[] = {
+  const AskRow userBroken[] = {
       {"open 64 HKCR\\.b", "Corrupt"},      {"open 64 HKCR\\.none", "Corrupt"},
       {"delete 64 HKCR\\.b", "Corrupt"},    {"open 64 HKCU\\Software\\Classes\\.a", "Corrupt"},
       {"set 64 HKCR\\.b > x=y", "Corrupt"}, {"open 64 HKLM\\SOFTWARE\\Classes\\.b", "0 0"},
   };
-  for (const Row& row : userBroken) EXPECT_EQ(Ask(registry, row.question), row.answer);
+  CheckRows(registry, userBroken);
   MemoryHive late;
   late.Make(u".late");
   int opened = 0;
@@ -235,12 +225,12 @@ TEST(ComposedRegistry, ChangesAskForRightsAndAreAnnounced) {
   backend.DenyWrite(u"HKLM\\SOFTWARE\\W");
   backend.DenyDelete(u"HKLM\\SOFTWARE\\D");
   const std::string before = backend.DumpRegistry();
-  const Row denied[] = {
+  const AskRow denied[] = {
       {"set 64 HKLM\\SOFTWARE\\W > a=b", "Denied"}, {"create 64 HKLM\\SOFTWARE\\W\\Sub", "Denied"},
       {"candelete 64 HKLM\\SOFTWARE\\W", "Ok"},     {"canwrite 64 HKLM\\SOFTWARE\\W", "Denied"},
       {"delete 64 HKLM\\SOFTWARE\\D", "Denied"},    {"candelete 64 HKLM\\SOFTWARE\\D", "Denied"},
   };
-  for (const Row& row : denied) EXPECT_EQ(Ask(backend.Registry(), row.question), row.answer);
+  CheckRows(backend.Registry(), denied);
   backend.Registry().SetObserver(&veto);
   for (const char* question :
        {"delete 64 HKLM\\SOFTWARE\\K", "drop 64 HKLM\\SOFTWARE\\K > v", "create 64 HKCR\\.n",
@@ -260,13 +250,12 @@ TEST(ComposedRegistry, ChangesAskForRightsAndAreAnnounced) {
 TEST(ComposedRegistry, DeletionsUncoverNothing) {
   MemoryBackend backend;
   ASSERT_EQ(backend.AddRegistry("[HKCR\\.a\\s]\n[HKCU\\Software\\Classes\\.a]\n[HKCR\\.ab]\n"), "");
-  const Row rows[] = {{"delete 64 HKCR\\.a", "Ok"},
-                      {"delete 32 HKCR\\.A", "Absent"},
-                      {"drop 32 HKCR\\.a\\s > x", "Absent"},
-                      {"delete 64 HKCR\\.ab", "Ok"},
-                      {"open 64 HKCR\\.a", "1 0"}};
-  for (const Row& row : rows)
-    EXPECT_EQ(Ask(backend.Registry(), row.question), row.answer) << row.question;
+  const AskRow rows[] = {{"delete 64 HKCR\\.a", "Ok"},
+                         {"delete 32 HKCR\\.A", "Absent"},
+                         {"drop 32 HKCR\\.a\\s > x", "Absent"},
+                         {"delete 64 HKCR\\.ab", "Ok"},
+                         {"open 64 HKCR\\.a", "1 0"}};
+  CheckRows(backend.Registry(), rows);
   backend.Registry().ForgetDeletions();
   EXPECT_EQ(Ask(backend.Registry(), "delete 32 HKCR\\.a"), "Ok");
 }

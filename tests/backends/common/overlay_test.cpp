@@ -3,10 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "support/ask.h"
+#include "support/disk.h"
 
 namespace scrubwell::test {
 namespace {
@@ -139,14 +137,12 @@ TEST(Overlay, HoldsBackFilesAndServices) {
   base.World().browser.urls = {u"http://x/", u"http://y/"};
   base.World().browser.cacheNames = {u"Visited: me@http://x/", u"http://x/"};
   OverlayOfMemory overlay(base);
-  for (const auto& [question, answer] : std::initializer_list<std::pair<const char*, const char*>>{
-           {"rmdir disk C:\\a", "Denied"},
-           {"erase disk C:\\A\\X.LNK", "Ok"},
-           {"erase disk C:\\a\\x.lnk", "Absent"},
-           {"list disk C:\\a", ""},
-           {"rmdir disk C:\\a\\", "Ok"},
-           {"stat disk C:/a", "Absent"}})
-    EXPECT_EQ(Ask(overlay.files, question), answer) << question;
+  const AskRow rows[] = {
+      {"rmdir disk C:\\a", "Denied"},        {"erase disk C:\\A\\X.LNK", "Ok"},
+      {"erase disk C:\\a\\x.lnk", "Absent"}, {"list disk C:\\a", ""},
+      {"rmdir disk C:\\a\\", "Ok"},          {"stat disk C:/a", "Absent"},
+  };
+  CheckRows(overlay.files, rows);
   EXPECT_EQ(overlay.profiles.Put(u"win.ini", u"One", u"None", u"x"), Status::Absent);
   EXPECT_EQ(overlay.profiles.Put(u"win.ini", u"One", u"Two", u"new"), Status::Ok);
   EXPECT_EQ(overlay.profiles.Remove(u"win.ini", u"One", u"Three"), Status::Ok);
@@ -172,9 +168,7 @@ TEST(Overlay, HoldsBackFilesAndServices) {
 // A journal that grows with the changes: cut at any place after its head it still tells what it
 // has.
 TEST(LiveJournalLines, MayBreakOffInTheLastLine) {
-  const std::string folder =
-      (std::filesystem::temp_directory_path() / "scrubwell-live-journal").string();
-  std::filesystem::create_directories(folder);
+  const TempFolder folder;
   Journal journal;
   journal.live = true;
   JournalLines lines;
@@ -190,8 +184,8 @@ TEST(LiveJournalLines, MayBreakOffInTheLastLine) {
   const std::string end = lines.End();
   const std::string whole = head + first + second + dropped + end;
   for (std::size_t size = 0; size <= whole.size(); ++size) {
-    std::ofstream(folder + "/journal.jsonl", std::ios::binary) << whole.substr(0, size);
-    const Journal loaded = LoadJournal(folder);
+    (void)folder.Store("journal.jsonl", {whole.begin(), whole.begin() + std::ptrdiff_t(size)});
+    const Journal loaded = LoadJournal(folder.Path().string());
     const std::size_t inner = size < head.size() ? 0 : size - head.size();
     const bool hasSecond = inner >= first.size() + second.size() &&
                            inner < first.size() + second.size() + dropped.size();
@@ -200,7 +194,10 @@ TEST(LiveJournalLines, MayBreakOffInTheLastLine) {
         << size;
     EXPECT_EQ(loaded.closed, size == whole.size());
   }
-  std::filesystem::remove_all(folder);
+  // Lines have an order.
+  const std::string mixed = head + second + first;
+  (void)folder.Store("journal.jsonl", {mixed.begin(), mixed.end()});
+  EXPECT_TRUE(LoadJournal(folder.Path().string()).entries.empty());
 }
 
 }  // namespace

@@ -44,12 +44,7 @@ TEST(MountedDevices, FindsTheFolderOfAPartition) {
     }
     return data;
   };
-  struct Row {
-    const char* what;
-    Bytes identity;
-    const char* folder;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, Bytes, const char*> rows[] = {
       {"by GUID, blank in the folder", guid(0xEF), "/mnt/data disk"},
       {"GUID of another disk", guid(0xEE), ""},
       {"by signature and offset", signature(63), "/mnt/old"},
@@ -61,8 +56,8 @@ TEST(MountedDevices, FindsTheFolderOfAPartition) {
       {"nothing", {}, ""},
   };
   const Machine machine;
-  for (const Row& row : rows) {
-    EXPECT_EQ(MountFolderOf(row.identity, machine.Folder()), row.folder) << row.what;
+  for (const auto& [what, identity, folder] : rows) {
+    EXPECT_EQ(MountFolderOf(identity, machine.Folder()), folder) << what;
   }
   EXPECT_EQ(MountFolderOf(signature(63), "/nonexistent"), "");
 }

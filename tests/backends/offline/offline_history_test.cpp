@@ -110,11 +110,8 @@ TEST(OfflineHistory, LinkTargets) {
   const lnk::Parts both{.base = "C:\\local.exe", .environment = u"%ProgramFiles%\\both.exe"};
   const auto variable = [](UnicodeView path) { return BuildLink({.environment = path}); };
   const Bytes whole = BuildLink({.base = "C:\\local.exe"});
-  const struct {
-    const char* name;
-    Bytes file;
-    std::string target;  ///< or the status that there is none
-  } rows[] = {
+  // The target, or the status that there is none.
+  const std::tuple<const char*, Bytes, std::string> rows[] = {
       {"local", whole, "C:\\local.exe"},
       {"variables come first", BuildLink(both), "C:\\Program Files (x86)\\both.exe"},
       {"one folder of two has it", variable(u"%ProgramFiles%\\64.exe"),
@@ -138,16 +135,15 @@ TEST(OfflineHistory, LinkTargets) {
                            "Program Files (x86)/both.exe", "Program Files (x86)/x.txt"}) {
     world.Add(file);
   }
-  for (const auto& row : rows)
-    world.Add(std::string("Users/anna/Links/") + row.name, Chars(row.file));
+  for (const auto& [name, file, wanted] : rows)
+    world.Add(std::string("Users/anna/Links/") + name, Chars(file));
   const OfflineOpenResult opened = OfflineBackend::Open(world.Options().target);
   ASSERT_NE(opened.backend, nullptr) << opened.error;
   IShell& shell = opened.backend->Platform().shell;
   UnicodeString target;
-  for (const auto& row : rows) {
-    const Status status =
-        shell.LinkTarget(u"C:\\Users\\anna\\Links\\" + FromUtf8(row.name), target);
-    EXPECT_EQ(status == Status::Ok ? ToUtf8(target) : StatusName(status), row.target) << row.name;
+  for (const auto& [name, file, wanted] : rows) {
+    const Status status = shell.LinkTarget(u"C:\\Users\\anna\\Links\\" + FromUtf8(name), target);
+    EXPECT_EQ(status == Status::Ok ? ToUtf8(target) : StatusName(status), wanted) << name;
   }
   EXPECT_EQ(shell.LinkTarget(u"C:\\Users\\anna\\Links\\none.lnk", target), Status::Absent);
   EXPECT_EQ(shell.LinkTarget(u"C:\\Users\\anna\\Links", target), Status::Denied);

@@ -11,10 +11,8 @@ namespace scrubwell::offline {
 namespace {
 
 TEST(WinPath, IsCutAndNormalised) {
-  const struct {
-    UnicodeView text;
-    UnicodeView path;  // empty: no path on a drive
-  } rows[] = {
+  // Empty: no path on a drive.
+  const std::pair<UnicodeView, UnicodeView> rows[] = {
       {u"c:\\a\\b.txt", u"C:\\a\\b.txt"},
       {u"C:", u"C:\\"},
       {u"C:/a//b/", u"C:\\a\\b"},
@@ -38,20 +36,15 @@ TEST(WinPath, IsCutAndNormalised) {
       {u"C:\\*.dll", u""},
       {u"C:\\a.txt:stream", u""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [text, wantedPath] : rows) {
     WinPath path;
-    const bool good = ParsePath(row.text, path);
-    EXPECT_EQ(ToUtf8(good ? PathText(path) : u""), ToUtf8(row.path)) << ToUtf8(row.text);
+    const bool good = ParsePath(text, path);
+    EXPECT_EQ(ToUtf8(good ? PathText(path) : u""), ToUtf8(wantedPath)) << ToUtf8(text);
   }
 }
 
 TEST(WinPath, KnowsShortNamesAndDevices) {
-  const struct {
-    UnicodeView shortName;
-    UnicodeView longName;
-    bool form;
-    bool fits;
-  } rows[] = {
+  const std::tuple<UnicodeView, UnicodeView, bool, bool> rows[] = {
       {u"PROGRA~1", u"Program Files", true, true},
       {u"progra~2.", u"Program Files", false, true},
       {u"LONGFI~1.TEX", u"long file.text", true, true},
@@ -64,9 +57,9 @@ TEST(WinPath, KnowsShortNamesAndDevices) {
       {u"PLAIN", u"plain name", false, false},
       {u"X~", u"x y", false, true},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(IsShortNameForm(row.shortName), row.form) << ToUtf8(row.shortName);
-    EXPECT_EQ(MayBeShortNameOf(row.shortName, row.longName), row.fits) << ToUtf8(row.shortName);
+  for (const auto& [shortName, longName, form, fits] : rows) {
+    EXPECT_EQ(IsShortNameForm(shortName), form) << ToUtf8(shortName);
+    EXPECT_EQ(MayBeShortNameOf(shortName, longName), fits) << ToUtf8(shortName);
   }
   for (const UnicodeView name : {u"nul", u"CON.txt", u"Com1", u"lpt9.x", u"aux ", u"conin$"}) {
     EXPECT_TRUE(IsDeviceName(name)) << ToUtf8(name);
@@ -77,11 +70,7 @@ TEST(WinPath, KnowsShortNamesAndDevices) {
 }
 
 TEST(OsVersion, ComesFromTheBuildElseTheText) {
-  const struct {
-    std::uint32_t build;
-    UnicodeView version;
-    OsVersion os;
-  } rows[] = {
+  const std::tuple<std::uint32_t, UnicodeView, OsVersion> rows[] = {
       {22631, u"6.3", OsVersion::Win11}, {19045, u"6.3", OsVersion::Win10},
       {9600, u"6.3", OsVersion::Win81},  {9200, u"", OsVersion::Win8},
       {7601, u"6.1", OsVersion::Win7},   {6002, u"6.0", OsVersion::Vista},
@@ -89,7 +78,7 @@ TEST(OsVersion, ComesFromTheBuildElseTheText) {
       {0, u"6.1", OsVersion::Win7},      {0, u"", OsVersion::Unknown},
       {950, u"4.0", OsVersion::Unknown},
   };
-  for (const auto& row : rows) EXPECT_EQ(OsVersionOf(row.build, row.version), row.os) << row.build;
+  for (const auto& [build, version, os] : rows) EXPECT_EQ(OsVersionOf(build, version), os) << build;
 }
 
 TEST(ChooseUser, ByNameSidAccountOrLastUse) {
@@ -112,10 +101,7 @@ TEST(ChooseUser, ByNameSidAccountOrLastUse) {
     if (name == u"double") return 1003;
     return {};
   };
-  const struct {
-    UnicodeView wanted;
-    UnicodeView found;
-  } rows[] = {
+  const std::pair<UnicodeView, UnicodeView> rows[] = {
       {u"", u"bert"},
       {u"ANNA", u"anna"},
       {u"s-1-5-21-1-2-3-1001", u"anna"},
@@ -125,20 +111,15 @@ TEST(ChooseUser, ByNameSidAccountOrLastUse) {
       {u"old", u"old"},
       {u"localservice", u"LocalService"},
   };
-  for (const auto& row : rows) {
-    const UserProfile* const found = ChooseUser(users, row.wanted, number);
-    EXPECT_EQ(ToUtf8(found == nullptr ? u"" : found->name), ToUtf8(row.found))
-        << ToUtf8(row.wanted);
+  for (const auto& [wanted, wantedName] : rows) {
+    const UserProfile* const found = ChooseUser(users, wanted, number);
+    EXPECT_EQ(ToUtf8(found == nullptr ? u"" : found->name), ToUtf8(wantedName)) << ToUtf8(wanted);
   }
 }
 
 TEST(Firewall, ReadsBothForms) {
-  const struct {
-    bool rule;
-    UnicodeView name;
-    UnicodeView data;
-    UnicodeView expected;  // image|name|enabled, empty when it is none
-  } rows[] = {
+  // At last image|name|enabled, empty when it is none.
+  const std::tuple<bool, UnicodeView, UnicodeView, UnicodeView> rows[] = {
       {false, u"C:\\a.exe", u"C:\\a.exe:*:Enabled:A: the tool", u"C:\\a.exe|A: the tool|1"},
       {false, u"C:\\a.exe", u"C:\\other.exe:LocalSubNet:Disabled:A", u"C:\\a.exe|A|0"},
       {false, u"C:\\a.exe", u"C:\\a.exe:*:Enabled", u""},
@@ -153,12 +134,11 @@ TEST(Firewall, ReadsBothForms) {
       {true, u"", u"v2.10|Action=Allow|Dir=In|Profile=Private|Profile=Public|App=C:\\a.exe|",
        u"C:\\a.exe||1"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [rule, name, data, expected] : rows) {
     FirewallApplication got;
-    const bool good =
-        row.rule ? ParseFirewallRule(row.data, got) : ParseFirewallEntry(row.name, row.data, got);
+    const bool good = rule ? ParseFirewallRule(data, got) : ParseFirewallEntry(name, data, got);
     const UnicodeString text = got.imageFile + u"|" + got.name + (got.enabled ? u"|1" : u"|0");
-    EXPECT_EQ(ToUtf8(good ? text : u""), ToUtf8(row.expected)) << ToUtf8(row.data);
+    EXPECT_EQ(ToUtf8(good ? text : u""), ToUtf8(expected)) << ToUtf8(data);
   }
 }
 

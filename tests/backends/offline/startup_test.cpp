@@ -7,6 +7,7 @@
 #include "backends/memory/memory_backend.h"
 #include "backends/offline/offline_tasks.h"
 #include "backends/offline/text_services.h"
+#include "formats/job/job_samples.h"
 #include "registry/Stringhelper.h"
 #include "support/disk.h"
 
@@ -40,18 +41,10 @@ TEST(TextServices, GiveEveryByteBack) {
 Bytes Job(UnicodeView application, UnicodeView folder) {
   Bytes out(70);
   out[2] = 1, out[20] = 70;
-  const auto put = [&out](std::size_t value) {
-    out.push_back(static_cast<std::uint8_t>(value));
-    out.push_back(static_cast<std::uint8_t>(value >> 8));
-  };
-  for (const UnicodeView text :
-       {application, UnicodeView(), folder, UnicodeView(), UnicodeView()}) {
-    put(text.size() + 1);
-    for (const char16_t unit : text) put(unit);
-    put(0);
-  }
+  for (const UnicodeView text : {application, UnicodeView(), folder, UnicodeView(), UnicodeView()})
+    job::PutText(out, text);
   out[22] = static_cast<std::uint8_t>(out.size());
-  put(0);
+  job::Put16(out, 0);
   return out;
 }
 

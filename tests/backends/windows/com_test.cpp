@@ -94,22 +94,6 @@ TEST(LiveBrowser, AsksTheCacheIndex) {
   EXPECT_EQ(browser.QueryUrl(url), Status::Absent);
 }
 
-// Saves a task of that name; a name beyond ASCII must come back as it is.
-void MakeTask(const wchar_t* name, const wchar_t* program, const wchar_t* folder) {
-  ComPtr<ITaskScheduler> scheduler;
-  ASSERT_EQ(windows::SystemScheduler()(scheduler.Out()), S_OK);
-  scheduler->Delete(name);
-  ComPtr<IUnknown> item;
-  ComPtr<ITask> task;
-  ComPtr<IPersistFile> file;
-  ASSERT_EQ(scheduler->NewWorkItem(name, CLSID_CTask, IID_ITask, item.Out()), S_OK);
-  ASSERT_EQ(item->QueryInterface(IID_ITask, task.OutVoid()), S_OK);
-  EXPECT_EQ(task->SetApplicationName(program), S_OK);
-  EXPECT_EQ(task->SetWorkingDirectory(folder), S_OK);
-  ASSERT_EQ(task->QueryInterface(IID_IPersistFile, file.OutVoid()), S_OK);
-  EXPECT_EQ(file->Save(nullptr, TRUE), S_OK);
-}
-
 // A scheduler that takes names as its enumeration gives them, on top of one that adds ".job".
 class PlainNames final : public Object<ITaskScheduler> {
  public:

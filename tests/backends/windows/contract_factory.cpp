@@ -1,13 +1,7 @@
 // The contract's world, laid out in the private Windows itself: what lies where, and which view
 // leads there, is the system's answer.
-// clang-format off
-#include <windows.h>  // the other leans on it
-#include <sddl.h>
-// clang-format on
-
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -78,16 +72,10 @@ void MakeKey(const reg::KeyEntry& entry) {
 // Nobody may delete the key, or everybody may do everything with it.
 void Guard(const UnicodeString& place, bool isGuarded) {
   const UnicodeString path = place.substr(place.find(u'\\') + 1);
-  HKEY key = nullptr;
-  constexpr REGSAM access = WRITE_DAC | KEY_WOW64_64KEY;
-  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(path), 0, access, &key) != ERROR_SUCCESS) return;
-  PSECURITY_DESCRIPTOR descriptor = nullptr;
-  ConvertStringSecurityDescriptorToSecurityDescriptorW(
-      isGuarded ? L"D:(D;;SD;;;WD)(A;;KA;;;WD)" : L"D:(A;;KA;;;WD)", SDDL_REVISION_1, &descriptor,
-      nullptr);
-  EXPECT_EQ(RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, descriptor), ERROR_SUCCESS);
-  LocalFree(descriptor);
-  RegCloseKey(key);
+  windows::RegKey key;
+  if (key.Open(HKEY_LOCAL_MACHINE, path, WRITE_DAC | KEY_WOW64_64KEY) != Status::Ok) return;
+  SetRights(HKEY_LOCAL_MACHINE, Wide(path),
+            isGuarded ? L"D:(D;;SD;;;WD)(A;;KA;;;WD)" : L"D:(A;;KA;;;WD)");
 }
 
 /// Hides what the system's own lists hold beside, and gives the user the name that the text has.
@@ -158,17 +146,6 @@ constexpr REGSAM kRead = KEY_QUERY_VALUE | KEY_WOW64_64KEY;
 const UnicodeString kControlSet = u"SYSTEM\\ControlSet001";
 constexpr const char* kHosts = "C:\\Windows\\System32\\drivers\\etc\\hosts";
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void WriteFile(const std::string& path, const std::string& content) {
-  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-  std::ofstream(path, std::ios::binary) << content;
-  EXPECT_EQ(ReadFile(path), content) << path;
-}
-
 class PrivateWindows final : public ContractWorld {
  public:
   PrivateWindows(const ContractText& text, bool isPlanned) : guarded_(text.guarded) {
@@ -187,14 +164,14 @@ class PrivateWindows final : public ContractWorld {
       MakeLink(HKEY_LOCAL_MACHINE, Wide(kControlSet),
                L"\\Registry\\Machine\\SYSTEM\\CurrentControlSet");
     const windows::RedirectionScope scope(FsView::Physical);
-    hosts_ = ReadFile(kHosts);
+    hosts_ = ReadText(kHosts);
     std::istringstream lines(text.files);
     for (std::string line; std::getline(lines, line);) AddFile(line);
   }
   ~PrivateWindows() override {
     Clear();
     const windows::RedirectionScope scope(FsView::Physical);
-    WriteFile(kHosts, hosts_);
+    WriteText(kHosts, hosts_);
   }
   IRegistry& Registry() override { return *registry_; }
   IFiles& Files() override { return platform_->files; }
@@ -210,7 +187,7 @@ class PrivateWindows final : public ContractWorld {
       const bool isText = option.starts_with("text=");
       const bool isSize = option.starts_with("size=");
       const std::size_t size = isSize ? std::stoul(option.substr(5)) : 1;
-      WriteFile(path, isText ? option.substr(5) : std::string(size, '\0'));
+      WriteText(path, isText ? option.substr(5) : std::string(size, '\0'));
       if (path != kHosts) files_.push_back(path);
     }
   }

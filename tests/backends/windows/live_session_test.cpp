@@ -2,7 +2,6 @@
 #include "backends/windows/live_session.h"
 
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <sstream>
@@ -16,7 +15,6 @@
 #include "scratch.h"
 
 // After the general header.
-#include <sddl.h>
 #include <wininet.h>
 
 namespace scrubwell::test {
@@ -30,6 +28,8 @@ const std::string kFolder = "C:/scrubwell-test/live";
 const std::string kBackups = "C:/scrubwell-test/live-backups";
 constexpr const wchar_t* kTask = L"Scrub live \u00e9";
 constexpr const wchar_t* kVisited = L"Visited: tester@file:///C:/scrubgone/live.txt";
+constexpr SECURITY_INFORMATION kParts =
+    OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
 constexpr FILETIME kSeen = {0x12340000, 0x01D00000};
 
 std::string Hex(const BYTE* data, DWORD size) {
@@ -39,8 +39,6 @@ std::string Hex(const BYTE* data, DWORD size) {
 }
 
 std::string SecurityText(HKEY key) {
-  constexpr SECURITY_INFORMATION kParts =
-      OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
   BYTE descriptor[4096];
   DWORD size = sizeof descriptor;
   if (RegGetKeySecurity(key, kParts, descriptor, &size) != ERROR_SUCCESS) return "?";
@@ -111,36 +109,11 @@ std::string Difference(const Registry& a, const Registry& b) {
   return out.str();
 }
 
-std::string Read(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void Store(const std::string& path, const std::string& content) {
-  fs::create_directories(fs::path(path).parent_path());
-  std::ofstream(path, std::ios::binary) << content;
-}
-
 std::string FileFacts(const std::string& path) {
   WIN32_FILE_ATTRIBUTE_DATA data{};
   GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data);
   return std::to_string(data.dwFileAttributes) + " " +
          std::to_string(data.ftLastWriteTime.dwLowDateTime) + " ";
-}
-
-void MakeTask() {
-  ComPtr<ITaskScheduler> scheduler;
-  ComPtr<IUnknown> item;
-  ComPtr<ITask> task;
-  ComPtr<IPersistFile> file;
-  ASSERT_EQ(windows::SystemScheduler()(scheduler.Out()), S_OK);
-  scheduler->Delete(kTask);
-  ASSERT_EQ(scheduler->NewWorkItem(kTask, CLSID_CTask, IID_ITask, item.Out()), S_OK);
-  ASSERT_EQ(item->QueryInterface(IID_ITask, task.OutVoid()), S_OK);
-  task->SetApplicationName(L"C:\\scrubgone\\live.exe");
-  task->SetParameters(L"/x");
-  ASSERT_EQ(task->QueryInterface(IID_IPersistFile, file.OutVoid()), S_OK);
-  ASSERT_EQ(file->Save(nullptr, TRUE), S_OK);
 }
 
 std::string TaskText() {
@@ -241,11 +214,11 @@ class LiveClean : public testing::Test {
     MakeGuardedKey();
     MakeLink(HKEY_CURRENT_USER, L"Software\\ScrubLive\\Link",
              L"\\REGISTRY\\USER\\"s + windows::Wide(Sid()) + L"\\Software\\ScrubLive\\Target");
-    Store(kFolder + "/Old/gone.lnk", "link");
-    Store(kFolder + "/kept.txt", "kept");
-    Store(kFolder + "/x.ini", "; kept\r\n[One]\r\nTwo=2\r\nThree=3\r\n");
+    WriteText(kFolder + "/Old/gone.lnk", "link");
+    WriteText(kFolder + "/kept.txt", "kept");
+    WriteText(kFolder + "/x.ini", "; kept\r\n[One]\r\nTwo=2\r\nThree=3\r\n");
     SetFileAttributesA((kFolder + "/Old/gone.lnk").c_str(), FILE_ATTRIBUTE_HIDDEN);
-    MakeTask();
+    MakeTask(kTask, L"C:\\scrubgone\\live.exe", L"", L"/x");
     ASSERT_TRUE(CommitUrlCacheEntryW(kVisited, nullptr, FILETIME{}, kSeen, URLHISTORY_CACHE_ENTRY,
                                      nullptr, 0, nullptr, nullptr));
     firewall_.entries = {{L"One", L"C:\\one.exe", true, false, NET_FW_SCOPE_ALL},
@@ -269,21 +242,14 @@ class LiveClean : public testing::Test {
   // A class and rights of its own.
   static void MakeGuardedKey() {
     HKEY key = nullptr;
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
     wchar_t className[] = L"a class";
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
-        "O:SYG:SYD:(A;;KA;;;BA)(A;;KR;;;WD)", SDDL_REVISION_1, &descriptor, nullptr));
-    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Classes\\.scrublive\\Guarded", 0,
-                              className, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+    constexpr const wchar_t* kPath = L"Software\\Classes\\.scrublive\\Guarded";
+    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kPath, 0, className, 0, KEY_ALL_ACCESS, nullptr,
+                              &key, nullptr),
               ERROR_SUCCESS);
     RegSetValueExW(key, L"n", 0, REG_BINARY, nullptr, 0);
-    EXPECT_EQ(RegSetKeySecurity(key,
-                                OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION |
-                                    DACL_SECURITY_INFORMATION,
-                                descriptor),
-              ERROR_SUCCESS);
     RegCloseKey(key);
-    LocalFree(descriptor);
+    SetRights(HKEY_CURRENT_USER, kPath, L"O:SYG:SYD:(A;;KA;;;BA)(A;;KR;;;WD)", kParts);
   }
 
   static UnicodeString Sid() { return WindowsBackend(WindowsOptions{}).Target().userSid; }
@@ -338,8 +304,8 @@ class LiveClean : public testing::Test {
       for (const auto& [key, text] : Tree(root, path))
         out << ToUtf8(windows::FromWide(key.c_str())) << ": " << text << "\n";
     for (const char* file : {"/Old/gone.lnk", "/kept.txt"})
-      out << file << " " << FileFacts(kFolder + file) << Read(kFolder + file) << "\n";
-    out << Read(kFolder + "/x.ini") << TaskText() << "\n" << VisitedText() << "\n";
+      out << file << " " << FileFacts(kFolder + file) << ReadText(kFolder + file) << "\n";
+    out << ReadText(kFolder + "/x.ini") << TaskText() << "\n" << VisitedText() << "\n";
     std::set<std::wstring> entries;
     for (const FirewallEntry& entry : firewall_.entries)
       entries.insert(entry.name + entry.file + (entry.enabled ? L"+" : L"-") +
@@ -376,7 +342,7 @@ TEST_F(LiveClean, NothingChangesBeforeTheCommitAndUndoPutsAllBack) {
   ASSERT_EQ(cleaned.failure, CleanFailure::None) << cleaned.error;
   for (const std::string& note : cleaned.notes) ADD_FAILURE() << note;
   EXPECT_NE(World(), before);
-  EXPECT_EQ(Read(kFolder + "/x.ini"), "; kept\r\n[One]\r\nThree=3\r\n");
+  EXPECT_EQ(ReadText(kFolder + "/x.ini"), "; kept\r\n[One]\r\nThree=3\r\n");
   EXPECT_FALSE(fs::exists(kFolder + "/Old"));
   EXPECT_EQ(TaskText() + VisitedText(), "nonenone");
   EXPECT_EQ(firewall_.entries.size(), 1U);
@@ -407,7 +373,7 @@ TEST_F(LiveClean, LeavesWhatHasChangedSinceThePlan) {
        {"set 32 HKLM\\SOFTWARE\\Classes\\CLSID\\{5C2B0002-L}\\InprocServer32 > =C:\\new.dll",
         "set own HKCU\\Software\\ScrubLive > A=other"})
     Ask(backend_.Platform().registry, line);
-  Store(kFolder + "/Old/gone.lnk", "other");
+  WriteText(kFolder + "/Old/gone.lnk", "other");
   firewall_.entries.back().scope = NET_FW_SCOPE_ALL;
   const CommitResult result = opened.session->Commit();
   ASSERT_EQ(result.failure, CleanFailure::None) << result.error;
@@ -415,7 +381,7 @@ TEST_F(LiveClean, LeavesWhatHasChangedSinceThePlan) {
   EXPECT_EQ(result.notes.size(), 5U);
   for (const std::string& note : result.notes)
     EXPECT_NE(note.find("has changed since"), std::string::npos) << note;
-  EXPECT_EQ(Read(kFolder + "/Old/gone.lnk"), "other");
+  EXPECT_EQ(ReadText(kFolder + "/Old/gone.lnk"), "other");
   EXPECT_EQ(Ask(backend_.Platform().registry, "get own HKCU\\Software\\ScrubLive > A"),
             "\"A\"=\"other\"");
   EXPECT_EQ(firewall_.entries.size(), 2U);
@@ -430,8 +396,8 @@ TEST_F(LiveClean, UndoLeavesWhatIsTaken) {
        {"set 32 HKLM\\SOFTWARE\\Classes\\CLSID\\{5C2B0002-L} > Name=new",
         "set own HKCU\\Software\\ScrubLive > A=new", "set own HKCU\\Software\\ScrubLive > B=new"})
     Ask(backend_.Platform().registry, line);
-  Store(kFolder + "/Old/gone.lnk", "new");
-  Store(kFolder + "/x.ini", "new");
+  WriteText(kFolder + "/Old/gone.lnk", "new");
+  WriteText(kFolder + "/x.ini", "new");
   firewall_.entries.push_back({L"New", L"C:\\hard.exe"});
   const UndoResult undone = Undo();
   ASSERT_EQ(undone.failure, CleanFailure::None) << undone.error;
@@ -439,7 +405,7 @@ TEST_F(LiveClean, UndoLeavesWhatIsTaken) {
   for (const UndoItem& item : undone.items)
     if (item.outcome == UndoOutcome::Taken) taken += item.item.id + " ";
   EXPECT_EQ(taken, "15 12 9 4 3 1 ") << taken;
-  EXPECT_EQ(Read(kFolder + "/x.ini"), "new");
+  EXPECT_EQ(ReadText(kFolder + "/x.ini"), "new");
 }
 
 // Addresses that the system's index doesn't have, but its history.
@@ -476,11 +442,8 @@ TEST_F(LiveClean, FurtherStreamsAreKeptOrTheFileStays) {
   using Streams = std::vector<windows::FurtherStream>;
   const UnicodeString path = u"C:\\scrubwell-test\\live\\kept.txt";
   const std::string stream = kFolder + "/kept.txt:s:$DATA";
-  Store(stream, "abc");
-  const struct {
-    windows::StreamFinder* find;
-    Status status;
-  } rows[] = {
+  WriteText(stream, "abc");
+  const std::pair<windows::StreamFinder*, Status> rows[] = {
       {[](const UnicodeString&, Streams& out) { return FindOne(out, u":s:$DATA", 4); },
        Status::Denied},  // there is less of it
       {[](const UnicodeString&, Streams& out) { return FindOne(out, u":s:$DATA", 1 << 21); },
@@ -491,12 +454,12 @@ TEST_F(LiveClean, FurtherStreamsAreKeptOrTheFileStays) {
       {[](const UnicodeString&, Streams& out) { return FindOne(out, u":s:$DATA", 3); }, Status::Ok},
   };
   FileAttributes marks;
-  for (const auto& row : rows)
-    EXPECT_EQ(windows::SaveMarks(path, marks = {}, row.find), row.status);
+  for (const auto& [find, status] : rows)
+    EXPECT_EQ(windows::SaveMarks(path, marks = {}, find), status);
   fs::remove(stream);
   marks.extended["stream:\\..\\evil.txt"] = {1};  // no name of a stream
   EXPECT_EQ(windows::RestoreMarks(path, marks), Status::Ok);
-  EXPECT_EQ(Read(stream), "abc");
+  EXPECT_EQ(ReadText(stream), "abc");
   EXPECT_FALSE(fs::exists(kFolder + "/evil.txt"));
 }
 
@@ -506,35 +469,33 @@ TEST_F(LiveClean, CutJournalsAreStillOfUse) {
   const CommitResult cleaned = CleanAll();
   ASSERT_EQ(cleaned.failure, CleanFailure::None) << cleaned.error;
   const std::string file = cleaned.folder + "/journal.jsonl";
-  const std::string whole = Read(file);
+  const std::string whole = ReadText(file);
   const std::string unclosed = whole.substr(0, whole.rfind("{\"end\""));
   const std::size_t lastEntry = unclosed.rfind("{\"item\"");
   std::string changed = whole;
   changed[whole.find("{\"item\"") + 20] ^= 1;
-  const struct {
-    std::string text;
-    std::size_t items;  ///< 0: refused
-  } rows[] = {{changed, 0},
-              {whole, 15},
-              {whole.substr(whole.find('\n') + 1), 0},
-              {whole + "{", 0},
-              {unclosed.substr(0, lastEntry), 14},
-              {unclosed.substr(0, lastEntry + 30), 14},
-              {unclosed, 15}};
-  for (const auto& row : rows) {
-    Store(file, row.text);
+  // 0 items: refused.
+  const std::pair<std::string, std::size_t> rows[] = {{changed, 0},
+                                                      {whole, 15},
+                                                      {whole.substr(whole.find('\n') + 1), 0},
+                                                      {whole + "{", 0},
+                                                      {unclosed.substr(0, lastEntry), 14},
+                                                      {unclosed.substr(0, lastEntry + 30), 14},
+                                                      {unclosed, 15}};
+  for (const auto& [text, items] : rows) {
+    WriteText(file, text);
     fs::remove(cleaned.folder + "/carried-out");
     for (const bool isRecovered : {false, true}) {
       const SessionContent content = ReadSession(kBackups, cleaned.session);
-      EXPECT_EQ(content.failure, row.items == 0 ? CleanFailure::Unreadable : CleanFailure::None);
-      if (row.items != 0) {
-        EXPECT_EQ(content.items.size(), row.items);
+      EXPECT_EQ(content.failure, items == 0 ? CleanFailure::Unreadable : CleanFailure::None);
+      if (items != 0) {
+        EXPECT_EQ(content.items.size(), items);
       }
       const RecoverResult result = RecoverLive(kBackups);
-      const bool isLeft = row.items != 0 && !isRecovered;
+      const bool isLeft = items != 0 && !isRecovered;
       EXPECT_EQ(result.outcome,
                 isLeft ? RecoverResult::Outcome::Completed : RecoverResult::Outcome::NothingToDo);
-      EXPECT_EQ(result.notes.size(), isLeft || row.items == 0 ? 1U : 0U);
+      EXPECT_EQ(result.notes.size(), isLeft || items == 0 ? 1U : 0U);
     }
   }
   EXPECT_EQ(RecoverLive(kFolder + "/none").failure, CleanFailure::WrongUse);

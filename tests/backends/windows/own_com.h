@@ -1,6 +1,8 @@
 // COM objects of the tests' own: a firewall and an address history that hold what they are told.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <map>
 #include <string>
@@ -234,6 +236,24 @@ class FirewallManager final : public ScriptObject<INetFwMgr> {
  private:
   FirewallState& state_;
 };
+
+/// Saves a task of that name; a name beyond ASCII must come back as it is.
+inline void MakeTask(const wchar_t* name, const wchar_t* program, const wchar_t* folder,
+                     const wchar_t* parameters = L"") {
+  windows::ComPtr<ITaskScheduler> scheduler;
+  windows::ComPtr<IUnknown> item;
+  windows::ComPtr<ITask> task;
+  windows::ComPtr<IPersistFile> file;
+  ASSERT_EQ(windows::SystemScheduler()(scheduler.Out()), S_OK);
+  scheduler->Delete(name);
+  ASSERT_EQ(scheduler->NewWorkItem(name, CLSID_CTask, IID_ITask, item.Out()), S_OK);
+  ASSERT_EQ(item->QueryInterface(IID_ITask, task.OutVoid()), S_OK);
+  EXPECT_EQ(task->SetApplicationName(program), S_OK);
+  EXPECT_EQ(task->SetWorkingDirectory(folder), S_OK);
+  EXPECT_EQ(task->SetParameters(parameters), S_OK);
+  ASSERT_EQ(task->QueryInterface(IID_IPersistFile, file.OutVoid()), S_OK);
+  EXPECT_EQ(file->Save(nullptr, TRUE), S_OK);
+}
 
 using UrlList = std::map<std::wstring, std::wstring>;  // to their titles
 

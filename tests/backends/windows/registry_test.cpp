@@ -4,9 +4,6 @@
 #include "registry/Stringhelper.h"
 #include "scratch.h"
 
-// After the general header.
-#include <sddl.h>
-
 namespace scrubwell::test {
 namespace {
 
@@ -116,17 +113,6 @@ TEST_F(LiveRegistry, HugeValuesAndEnumerationsWithoutEnd) {
   registry_.EnumValues(perflib, values);  // comes back, whatever the answer
 }
 
-void SetRights(const wchar_t* path, const wchar_t* rights) {
-  PSECURITY_DESCRIPTOR descriptor = nullptr;
-  ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(rights, SDDL_REVISION_1,
-                                                                   &descriptor, nullptr));
-  HKEY key = nullptr;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, WRITE_DAC | KEY_WOW64_64KEY, &key), 0);
-  EXPECT_EQ(RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, descriptor), 0);
-  RegCloseKey(key);
-  LocalFree(descriptor);
-}
-
 bool HoldsPrivilege(const wchar_t* name) {
   PRIVILEGE_SET set{1, PRIVILEGE_SET_ALL_NECESSARY, {}};
   HANDLE token = nullptr;
@@ -142,7 +128,7 @@ bool HoldsPrivilege(const wchar_t* name) {
 // own, for not every system lets an owner be replaced.
 TEST_F(LiveRegistry, Rights) {
   const bool before = HoldsPrivilege(SE_TAKE_OWNERSHIP_NAME);
-  SetRights(L"SOFTWARE\\ScrubTest\\Tool\\Sub", L"D:P(D;;KA;;;WD)");
+  SetRights(HKEY_LOCAL_MACHINE, L"SOFTWARE\\ScrubTest\\Tool\\Sub", L"D:P(D;;KA;;;WD)");
   const AskRow rows[] = {
       {"candelete 64 HKLM\\SOFTWARE\\ScrubTest\\Tool", "Ok"},
       {"canwrite 64 HKLM\\SOFTWARE\\ScrubTest\\Tool\\Sub", "Denied"},

@@ -3,19 +3,18 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
-#include <string_view>
 
 #include "backends/windows/win32.h"
 #include "backends/windows/windows_backend.h"
 #include "support/ask.h"
 
-namespace scrubwell::test {
+// After the general header.
+#include <sddl.h>
 
-struct AskRow {
-  const char* question;
-  const char* answer;
-};
+namespace scrubwell::test {
 
 /// A backend that may change things, with copies of files below the folder for temporary ones.
 inline WindowsOptions MayChange() {
@@ -23,12 +22,6 @@ inline WindowsOptions MayChange() {
   options.mayChange = true;
   options.backupFolder = u"C:\\scrubwell-test\\backup";
   return options;
-}
-
-/// Asks and compares row by row, in order.
-template <class Rows, class Asked>
-void CheckRows(Asked& asked, const Rows& rows) {
-  for (const AskRow& row : rows) EXPECT_EQ(Ask(asked, row.question), row.answer) << row.question;
 }
 
 /// A key that leads to another, with the keys on the way to it.
@@ -43,6 +36,33 @@ inline void MakeLink(HKEY root, const wchar_t* path, const std::wstring& target)
                            static_cast<DWORD>(target.size() * sizeof(wchar_t))),
             ERROR_SUCCESS);
   RegCloseKey(key);
+}
+
+/// Gives a key the owner, group and rights that a text in the system's own form says.
+inline void SetRights(HKEY root, const wchar_t* path, const wchar_t* rights,
+                      SECURITY_INFORMATION parts = DACL_SECURITY_INFORMATION) {
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(rights, SDDL_REVISION_1,
+                                                                   &descriptor, nullptr));
+  const bool whole = (parts & OWNER_SECURITY_INFORMATION) != 0;
+  const REGSAM access = (whole ? KEY_ALL_ACCESS : WRITE_DAC) | KEY_WOW64_64KEY;
+  HKEY key = nullptr;
+  ASSERT_EQ(RegOpenKeyExW(root, path, 0, access, &key), ERROR_SUCCESS);
+  EXPECT_EQ(RegSetKeySecurity(key, parts, descriptor), ERROR_SUCCESS);
+  RegCloseKey(key);
+  LocalFree(descriptor);
+}
+
+inline std::string ReadText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// With the folders above it.
+inline void WriteText(const std::string& path, const std::string& content) {
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+  std::ofstream(path, std::ios::binary) << content;
+  EXPECT_EQ(ReadText(path), content) << path;
 }
 
 }  // namespace scrubwell::test

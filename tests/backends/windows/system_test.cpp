@@ -22,15 +22,9 @@ TEST(LiveSystem, Environment) {
   ISystem& system = backend.Platform().system;
   SetEnvironmentVariableW(L"SCRUB_EMPTY", L"");
   SetEnvironmentVariableW(L"SCRUB_LONG", std::wstring(5000, L'x').c_str());
-  struct Row {
-    const char16_t* name;
-    View view;
-    Status status;
-    UnicodeString text;
-  };
   const UnicodeString wide = u"C:\\Program Files";
   const UnicodeString narrow = wide + u" (x86)";
-  const Row rows[] = {
+  const std::tuple<UnicodeView, View, Status, UnicodeString> rows[] = {
       {u"SystemRoot", View::Native, Status::Ok, u"C:\\windows"},
       {u"programfiles", View::Native, Status::Ok, narrow},
       {u"ProgramFiles", View::Bits32, Status::Ok, narrow},
@@ -42,11 +36,11 @@ TEST(LiveSystem, Environment) {
       {u"SCRUB_NONE", View::Native, Status::Absent, u""},
       {u"SystemRoot", View::Invalid, Status::Unknown, u""},
   };
-  for (const Row& row : rows) {
+  for (const auto& [name, view, status, wanted] : rows) {
     UnicodeString text;
-    EXPECT_EQ(system.Environment(row.name, row.view, text), row.status) << ToUtf8(row.name);
-    if (row.status != Status::Ok) continue;
-    EXPECT_TRUE(SameText(text, row.text)) << ToUtf8(row.name) << " = " << ToUtf8(text);
+    EXPECT_EQ(system.Environment(name, view, text), status) << ToUtf8(name);
+    if (status != Status::Ok) continue;
+    EXPECT_TRUE(SameText(text, wanted)) << ToUtf8(name) << " = " << ToUtf8(text);
   }
   EXPECT_TRUE(SameText(system.WindowsDir(), u"C:\\windows"));
   EXPECT_TRUE(system.IsAdmin());

@@ -21,11 +21,7 @@ TEST_F(Choice, ShowsWhatIsNewSinceAnEarlierReport) {
   EXPECT_EQ(news["counts"]["known_before"], all - 1);
 
   Put(folder_ / "whole.json", Scan().dump());
-  struct Row {
-    std::string arguments;
-    int status;
-  };
-  const Row rows[] = {
+  const std::pair<std::string, int> rows[] = {
       {"--since @/whole.json", 0},
       {"--since @/whole.json --fail-on new", 0},
       {"--since @/whole.json --fail-on any", 1},
@@ -34,8 +30,8 @@ TEST_F(Choice, ShowsWhatIsNewSinceAnEarlierReport) {
       {"--since @/earlier.json --kind Sounds:1", 0},
       {"--since @/whole.json --user all", 0},
   };
-  for (const Row& row : rows)
-    EXPECT_EQ(Run(scan + row.arguments).status, row.status) << row.arguments;
+  for (const auto& [arguments, status] : rows)
+    EXPECT_EQ(Run(scan + arguments).status, status) << arguments;
 
   // The earlier report knew only a part, and says so.
   ASSERT_EQ(Run(scan + "--filter aqspell --format json --output @/part.json").status, 1);
@@ -93,14 +89,9 @@ bool Holds(const json& list, const json& members) {
 
 TEST_F(Choice, ExplainsWithEvidence) {
   const json report = Scan();
-  struct Row {
-    std::string plugin;
-    std::string part;  // of the problem's data
-    std::string list;
-    json entry;
-  };
   const std::string fonts = R"(C:\Windows\Fonts\quillsans.ttf)";
-  const Row rows[] = {
+  // Plugin, a part of the problem's data, and what one of the lists holds.
+  const std::tuple<std::string, std::string, std::string, json> rows[] = {
       {"SharedFiles",
        "aqspell.dll",
        "files",
@@ -135,14 +126,20 @@ TEST_F(Choice, ExplainsWithEvidence) {
       {"ODBC", "aqtables.dll", "registry", {{"name", "Driver"}, {"answer", "found"}}},
       {"IniFiles", "clock.exe", "sources", {{"kind", "ini"}, {"answer", "found"}}},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.plugin + ' ' + row.part);
-    const std::string id = IdOf(report, row.part, row.plugin);
-    const json why = Answer("explain " + id + " --windows @/C --plugins " + row.plugin, 0);
+  for (const auto& [plugin, part, list, entry] : rows) {
+    SCOPED_TRACE(plugin + ' ' + part);
+    const std::string id = IdOf(report, part, plugin);
+    const json why = Answer("explain " + id + " --windows @/C --plugins " + plugin, 0);
     EXPECT_EQ(why["problem"]["id"], id);
     EXPECT_TRUE(why["complete"]);
     EXPECT_FALSE(why["changes"].empty());
-    EXPECT_TRUE(Holds(why[row.list], row.entry)) << why[row.list].dump(1);
+    EXPECT_TRUE(Holds(why[list], entry)) << why[list].dump(1);
+    // Nothing stands twice, nor is what the program asks for itself among it.
+    const json& answers = why["registry"];
+    EXPECT_EQ(std::set<json>(answers.begin(), answers.end()).size(), answers.size());
+    EXPECT_EQ(answers.dump().find("IgnoredProblems"), std::string::npos);
+    const std::size_t files = why["files"].size();
+    EXPECT_TRUE(plugin != "Fonts" || files == 2) << "those of other fonts as well: " << files;
   }
   const Result text = Run("explain " + IdOf(report, "quillsans", "Fonts") + " --windows @/C");
   EXPECT_NE(text.out.find("absent   " + fonts), std::string::npos) << text.out;
@@ -152,12 +149,8 @@ TEST_F(Choice, ExplainsWithEvidence) {
 
 TEST_F(Choice, ShowsAndSearchesTheRegistry) {
   const std::string run = R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Run)";
-  struct Row {
-    std::string arguments;
-    int status;
-    std::string part;  // of the output, or of the complaint above 0
-  };
-  const Row rows[] = {
+  // The part is of the output, or of the complaint above 0.
+  const std::tuple<std::string, int, std::string> rows[] = {
       {"'HKLM\\" + run + "'", 0, R"("Stick Tools"  REG_SZ  "E:\Tools\sticktray.exe")"},
       {"'hkey_local_machine\\" + run + "\\' --view 32", 0, "quillaudio.ocx"},
       {"'32:HKEY_LOCAL_MACHINE\\" + run + "'", 0, "quillaudio.ocx"},
@@ -175,12 +168,12 @@ TEST_F(Choice, ShowsAndSearchesTheRegistry) {
       {"HKLM --key HKLM", 2, "--key"},
       {"HKLM --view 16", 2, "16"},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.arguments);
-    const Result result = Run("reg " + row.arguments + " --windows @/C");
-    EXPECT_EQ(result.status, row.status) << result.err;
-    const std::string& said = row.status == 0 ? result.out : result.err;
-    EXPECT_NE(said.find(row.part), std::string::npos) << result.out << result.err;
+  for (const auto& [arguments, status, part] : rows) {
+    SCOPED_TRACE(arguments);
+    const Result result = Run("reg " + arguments + " --windows @/C");
+    EXPECT_EQ(result.status, status) << result.err;
+    const std::string& said = status == 0 ? result.out : result.err;
+    EXPECT_NE(said.find(part), std::string::npos) << result.out << result.err;
   }
   const json key = Answer("reg 'HKLM\\" + run + "' --windows @/C", 0);
   EXPECT_EQ(key["values"].size(), 3U);

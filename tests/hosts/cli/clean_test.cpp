@@ -136,12 +136,7 @@ TEST_F(Clean, WrongUseChangesNothing) {
   ASSERT_EQ(Run("clean --yes --select " + Id("brightcore.dll") + Where).status, 0);
   Put(folder_ / "file", "");
   const std::string clean = "clean --yes --windows @/C --select " + spell + " --backup @/backup ";
-  struct Row {
-    std::string arguments;
-    int status;
-    std::string part;
-  };
-  const Row rows[] = {
+  const std::tuple<std::string, int, std::string> rows[] = {
       {"clean --yes" + Where, 2, "--all"},
       {"clean --yes --all --select " + spell + Where, 2, "--all"},
       {"clean --all" + Where, 2, "--yes"},
@@ -170,9 +165,9 @@ TEST_F(Clean, WrongUseChangesNothing) {
       {"ignore list x --windows @/C", 2, "x"},
   };
   const auto disk = Disk();
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.arguments);
-    ExpectComplaint(Run(row.arguments), row.status, row.part);
+  for (const auto& [arguments, status, part] : rows) {
+    SCOPED_TRACE(arguments);
+    ExpectComplaint(Run(arguments), status, part);
     EXPECT_TRUE(Disk() == disk);
   }
 }
@@ -187,12 +182,7 @@ TEST_F(Clean, IgnoresForGood) {
   EXPECT_EQ(Scan().at("counts").at("hidden"), 2);
 
   const std::string scan = "scan --plugins SharedFiles --windows @/C ";
-  struct Row {
-    std::string arguments;
-    std::string part;
-    bool isThere;
-  };
-  const Row rows[] = {
+  const std::tuple<std::string, std::string, bool> rows[] = {
       {scan, "2 more are hidden", true},
       {scan, mine, false},
       {scan + "--all", mine, true},
@@ -204,10 +194,10 @@ TEST_F(Clean, IgnoresForGood) {
       {"clean --all --dry-run" + Where, mine, false},
       {"clean --all --dry-run" + Where, "Hidden: 2", false},
   };
-  for (const Row& row : rows) {
-    const Result result = Run(row.arguments);
-    EXPECT_EQ(result.out.find(row.part) != std::string::npos, row.isThere)
-        << row.arguments << row.part << result.out << result.err;
+  for (const auto& [arguments, part, isThere] : rows) {
+    const Result result = Run(arguments);
+    EXPECT_EQ(result.out.find(part) != std::string::npos, isThere)
+        << arguments << part << result.out << result.err;
   }
   const json list = Answer("ignore list --windows @/C", 0)["ignored"];
   ASSERT_EQ(list.size(), 2U);

@@ -6,13 +6,8 @@ namespace scrubwell::hosts {
 namespace {
 
 TEST(CommandLine, ReadsDrives) {
-  struct Row {
-    const char* text;
-    char16_t letter;  // 0: refused
-    const char* folder;
-    DriveKind kind;
-  };
-  const Row rows[] = {
+  // Letter 0: refused.
+  const std::tuple<const char*, char16_t, const char*, DriveKind> rows[] = {
       {"E=/mnt/e", u'E', "/mnt/e", DriveKind::Fixed},
       {"e=/mnt/e:removable", u'E', "/mnt/e", DriveKind::Removable},
       {"F=/mnt/a:b:cdrom", u'F', "/mnt/a:b", DriveKind::CdRom},
@@ -26,13 +21,13 @@ TEST(CommandLine, ReadsDrives) {
       {"EE=/x", 0, "", {}},
       {"1=/x", 0, "", {}},
   };
-  for (const Row& row : rows) {
-    const auto drive = ParseDrive(row.text);
-    ASSERT_EQ(drive.has_value(), row.letter != 0) << row.text;
+  for (const auto& [text, letter, folder, kind] : rows) {
+    const auto drive = ParseDrive(text);
+    ASSERT_EQ(drive.has_value(), letter != 0) << text;
     if (!drive) continue;
-    EXPECT_EQ(drive->letter, row.letter) << row.text;
-    EXPECT_EQ(drive->folder, row.folder) << row.text;
-    EXPECT_EQ(drive->kind, row.kind) << row.text;
+    EXPECT_EQ(drive->letter, letter) << text;
+    EXPECT_EQ(drive->folder, folder) << text;
+    EXPECT_EQ(drive->kind, kind) << text;
   }
 }
 

@@ -3,12 +3,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
+
+#include "support/disk.h"
 
 namespace scrubwell::test {
 
@@ -16,8 +17,8 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 inline std::string Content(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  const Bytes bytes = ReadBytes(path);
+  return {bytes.begin(), bytes.end()};
 }
 
 inline void Put(const fs::path& path, std::string_view bytes) {
@@ -35,13 +36,8 @@ struct Result {
 class ProgramRun : public testing::Test {
  protected:
   void SetUp() override {
-    std::string name = (fs::temp_directory_path() / "scrubwell-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
     ASSERT_EQ(Shell(SCRUBWELL_MKSAMPLE " " SCRUBWELL_SOURCE_DIR "/samples @").status, 0);
-    config_ = folder_ / "C/Windows/System32/config";
   }
-  void TearDown() override { fs::remove_all(folder_); }
 
   Result Shell(std::string command) const {
     for (std::size_t at = 0; (at = command.find('@', at)) != std::string::npos;) {
@@ -80,8 +76,9 @@ class ProgramRun : public testing::Test {
     return {};
   }
 
-  fs::path folder_;
-  fs::path config_;
+  TempFolder temporary_;
+  const fs::path folder_ = temporary_.Path();
+  const fs::path config_ = folder_ / "C/Windows/System32/config";
 };
 
 /// Everything that a failing run must keep to: nothing on the standard output, one sentence.

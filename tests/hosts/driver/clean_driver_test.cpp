@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <set>
 
-#include "backends/memory/memory_backend.h"
 #include "hosts/driver/problem_id.h"
+#include "support/world.h"
 
 namespace scrubwell {
 namespace {
@@ -60,40 +60,19 @@ class TRCPLitter : public TRCPlugin {
 };
 
 // Two plugins on an empty Windows; the first knows the letters to k, the second the rest.
-struct World {
-  explicit World(UnicodeView items) {
-    litter.items.insert(items.begin(), items.end());
-    SetPlatform(&memory.Platform());
-    InitialiseRcCommon();
-    InitialiseRcBaseplugin();
-    first = std::make_unique<TRCPLitter>(u"TRCPFirst", u"abcdAB12", litter);
-    second = std::make_unique<TRCPLitter>(u"TRCPSecond", u"wxyzW", litter);
-  }
-  ~World() {
-    first.reset();
-    second.reset();
-    FinaliseRcBaseplugin();
-    FinaliseRcCommon();
-    SetPlatform(nullptr);
-  }
-  World(const World&) = delete;
-  World& operator=(const World&) = delete;
-
-  void Hide(char16_t letter) {
+struct World : test::World {
+  explicit World(UnicodeView items) { litter.items.insert(items.begin(), items.end()); }
+  static void Hide(char16_t letter) {
     TSweepError problem;
     problem.Data = {UnicodeString(u"existingkey:32:HKEY_CURRENT_USER\\") + letter};
-    const UnicodeString data =
-        BuildIgnoredProblemData(BuildErrorIdentificationString(problem), u"P", u"", u"");
-    EXPECT_EQ(
-        memory.Platform().registry.SetValue({HKEY_CURRENT_USER, IgnoredProblemsKey(), View::Native},
-                                            {UnicodeString(1, letter), REGT_SZ, TextData(data)}),
-        Status::Ok);
+    TIgnoredProblem entry;
+    entry.StoredName = entry.Text1 = letter;
+    EXPECT_EQ(StoreIgnoredProblem(problem, entry, false), Status::Ok);
   }
 
-  MemoryBackend memory;
   Litter litter;
-  std::unique_ptr<TRCPLitter> first;
-  std::unique_ptr<TRCPLitter> second;
+  TRCPLitter first{u"TRCPFirst", u"abcdAB12", litter};
+  TRCPLitter second{u"TRCPSecond", u"wxyzW", litter};
 };
 
 std::string Id(char16_t letter) {
@@ -172,30 +151,26 @@ TEST(CleanDriver, RepairsWhatWasSelectedAndSaysWhatCameOfIt) {
     EXPECT_EQ(std::count(events.begin(), events.end(), '|'), row.rounds);
     EXPECT_EQ(result.shouldReSearch,
               !row.untilClean && std::string(row.log).find('c') != std::string::npos);
-    EXPECT_FALSE(world.first->OnBeforeRepair || world.first->OnScanProgress);
+    EXPECT_FALSE(world.first.OnBeforeRepair || world.first.OnScanProgress);
   }
 }
 
 TEST(CleanDriver, RefusesWhatCantBeSelected) {
-  struct Row {
-    std::string id;
-    SelectFailure failure;
-  };
   const std::string a = Id(u'a');
-  const Row rows[] = {
+  const std::pair<std::string, SelectFailure> rows[] = {
       {a, SelectFailure::None},           {"000000000000", SelectFailure::Unknown},
       {"", SelectFailure::Unknown},       {a.substr(0, 11), SelectFailure::Unknown},
       {a + "zz", SelectFailure::Unknown}, {Id(u'b'), SelectFailure::Hidden},
       {Id(u'z'), SelectFailure::Unknown},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.id);
+  for (const auto& [id, failure] : rows) {
+    SCOPED_TRACE(id);
     World world(u"abx");
     world.Hide(u'b');
-    const CleanResult result = CleanDriver({}).Run({false, {Id(u'x'), row.id}}, false);
-    EXPECT_EQ(result.selection.failure, row.failure);
-    EXPECT_EQ(result.selection.id, row.failure == SelectFailure::None ? "" : row.id);
-    EXPECT_EQ(world.litter.log, row.failure == SelectFailure::None ? "ax" : "");
+    const CleanResult result = CleanDriver({}).Run({false, {Id(u'x'), id}}, false);
+    EXPECT_EQ(result.selection.failure, failure);
+    EXPECT_EQ(result.selection.id, failure == SelectFailure::None ? "" : id);
+    EXPECT_EQ(world.litter.log, failure == SelectFailure::None ? "ax" : "");
     EXPECT_EQ(result.hidden, 1U);
   }
   World world(u"abx");
@@ -205,22 +180,17 @@ TEST(CleanDriver, RefusesWhatCantBeSelected) {
 }
 
 TEST(CleanDriver, StopsAfterTheProblemAtHand) {
-  struct Row {
-    int stopAt;
-    const char* log;
-    RunOutcome outcome;
-  };
-  const Row rows[] = {
+  const std::tuple<int, const char*, RunOutcome> rows[] = {
       {1, "a", RunOutcome::Stopped},
       {2, "ab", RunOutcome::Stopped},
       {3, "abx", RunOutcome::Stopped},
       {5, "abxy", RunOutcome::Complete},
   };
-  for (const Row& row : rows) {
+  for (const auto& [stopAt, log, outcome] : rows) {
     World world(u"abxy");
-    world.litter.stopAt = row.stopAt;
-    EXPECT_EQ(CleanDriver({}).Run({true, {}}, false).outcome, row.outcome) << row.stopAt;
-    EXPECT_EQ(world.litter.log, row.log);
+    world.litter.stopAt = stopAt;
+    EXPECT_EQ(CleanDriver({}).Run({true, {}}, false).outcome, outcome) << stopAt;
+    EXPECT_EQ(world.litter.log, log);
     EXPECT_EQ(SweepErrors->Count(), 4) << "the run's own list is back in its place";
   }
 }

@@ -23,12 +23,7 @@ TEST(Sha256, KnownDigests) {
 
 TEST(ProblemId, NamesTheProblemAndNothingElse) {
   const TSweepError base{u"Fonts", 1, u"icon", u"caption", u"s", u"d", {u"a:1", u"b:2"}};
-  struct Row {
-    const char* name;
-    TSweepError problem;
-    bool same;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, TSweepError, bool> rows[] = {
       {"other texts and state",
        {u"Fonts", 1, u"", u"Titel", u"", u"", {u"a:1", u"b:2"}, false, true, false, true},
        true},
@@ -42,19 +37,15 @@ TEST(ProblemId, NamesTheProblemAndNothingElse) {
        {u"Fonts", 1, u"", u"", u"", u"", {u"a:1", UnicodeString(u"b:2\0", 4)}},
        false},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(ProblemDigest(row.problem) == ProblemDigest(base), row.same) << row.name;
+  for (const auto& [name, problem, same] : rows) {
+    EXPECT_EQ(ProblemDigest(problem) == ProblemDigest(base), same) << name;
   }
   // Written down once: ids are kept by users between versions.
   EXPECT_EQ(ProblemDigest(base).substr(0, 12), "425651d02d57");
 }
 
 TEST(ProblemId, ClashesGrowUntilTheyDiffer) {
-  struct Row {
-    std::vector<std::string> digests;
-    std::vector<std::string> ids;
-  };
-  const Row rows[] = {
+  const std::pair<std::vector<std::string>, std::vector<std::string>> rows[] = {
       {{}, {}},
       {{"aaaabbbbcccc"}, {"aaaa"}},
       {{"aaaabbbbcccc", "bbbbbbbbcccc"}, {"aaaa", "bbbb"}},
@@ -64,7 +55,7 @@ TEST(ProblemId, ClashesGrowUntilTheyDiffer) {
       {{"aaaabbbbcccc", "aaaabbbbcccd", "aaaabbbbcccc", "aaaaffff0000"},
        {"aaaabbbbcccc", "aaaabbbbcccd", "aaaabbbbcccc", "aaaaffff"}},
   };
-  for (const Row& row : rows) EXPECT_EQ(ShortenDigests(row.digests, 4), row.ids);
+  for (const auto& [digests, ids] : rows) EXPECT_EQ(ShortenDigests(digests, 4), ids);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "backends/memory/memory_backend.h"
+#include "support/world.h"
 
 namespace scrubwell {
 namespace {
@@ -37,63 +37,45 @@ class TRCPProbe : public TRCPlugin {
 };
 
 // Three plugins of 4, 0 and 6 items on an empty Windows.
-struct Probes {
-  Probes() {
-    SetPlatform(&memory.Platform());
-    InitialiseRcCommon();
-    InitialiseRcBaseplugin();
-    plugins.push_back(std::make_unique<TRCPProbe>(u"TRCPFirst", 4));
-    plugins.push_back(std::make_unique<TRCPProbe>(u"TRCPEmpty", 0));
-    plugins.push_back(std::make_unique<TRCPProbe>(u"TRCPLast", 6));
-  }
-  ~Probes() {
-    plugins.clear();
-    FinaliseRcBaseplugin();
-    FinaliseRcCommon();
-    SetPlatform(nullptr);
-  }
-  MemoryBackend memory;
-  std::vector<std::unique_ptr<TRCPProbe>> plugins;
+struct Probes : test::World {
+  TRCPProbe first{u"TRCPFirst", 4};
+  TRCPProbe empty{u"TRCPEmpty", 0};
+  TRCPProbe last{u"TRCPLast", 6};
 };
 
 TEST(ScanDriver, RunsWhatWasChosenAndStopsAtOnce) {
-  struct Row {
-    const char* name;
-    std::vector<UnicodeString> chosen;
-    int stopAt;  // the item after which the stop comes in; 0: before the run, -1: never
-    std::int32_t problems;
-    RunOutcome outcome;
-    std::int32_t lastPromille;
-  };
-  const Row rows[] = {
-      {"all", {}, -1, 10, RunOutcome::Complete, 1000},
-      {"one, letter case ignored", {u"LAST"}, -1, 6, RunOutcome::Complete, 1000},
-      {"two out of order", {u"Last", u"First"}, -1, 10, RunOutcome::Complete, 1000},
-      {"nothing to do", {u"Empty"}, -1, 0, RunOutcome::Complete, -1},
-      {"stopped before", {}, 0, 0, RunOutcome::Stopped, -1},
-      {"stopped in the first", {}, 2, 2, RunOutcome::Stopped, 200},
-      {"stopped in the last", {}, 9, 9, RunOutcome::Stopped, 900},
-      {"stopped after everything", {}, 10, 10, RunOutcome::Complete, 1000},
-      {"stopped between two", {}, 4, 4, RunOutcome::Stopped, 400},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
+  // The number is that of the item after which the stop comes in; 0: before the run, -1: never.
+  const std::tuple<const char*, std::vector<UnicodeString>, int, std::int32_t, RunOutcome,
+                   std::int32_t>
+      rows[] = {
+          {"all", {}, -1, 10, RunOutcome::Complete, 1000},
+          {"one, letter case ignored", {u"LAST"}, -1, 6, RunOutcome::Complete, 1000},
+          {"two out of order", {u"Last", u"First"}, -1, 10, RunOutcome::Complete, 1000},
+          {"nothing to do", {u"Empty"}, -1, 0, RunOutcome::Complete, -1},
+          {"stopped before", {}, 0, 0, RunOutcome::Stopped, -1},
+          {"stopped in the first", {}, 2, 2, RunOutcome::Stopped, 200},
+          {"stopped in the last", {}, 9, 9, RunOutcome::Stopped, 900},
+          {"stopped after everything", {}, 10, 10, RunOutcome::Complete, 1000},
+          {"stopped between two", {}, 4, 4, RunOutcome::Stopped, 400},
+      };
+  for (const auto& [name, chosen, stopAt, problems, outcome, lastPromille] : rows) {
+    SCOPED_TRACE(name);
     Probes probes;
     UnicodeString unknown;
-    ASSERT_TRUE(ChoosePlugins(row.chosen, unknown));
-    int items = 0;
+    ASSERT_TRUE(ChoosePlugins(chosen, unknown));
+    int itemsLeft = stopAt;
     std::vector<std::int32_t> steps;
     ScanDriver driver([&](const RunProgress& progress) {
       steps.push_back(progress.promille);
-      if (++items == row.stopAt) StopSearch = true;
+      if (--itemsLeft == 0) StopSearch = true;
     });
-    StopSearch = row.stopAt == 0;
-    EXPECT_EQ(driver.Scan(), row.outcome);
-    EXPECT_EQ(SweepErrors->Count(), row.problems);
-    EXPECT_EQ(RCStatus, row.outcome == RunOutcome::Complete ? RCS_WaitingForUser : RCS_ScanAborted);
-    EXPECT_EQ(steps.empty() ? -1 : steps.back(), row.lastPromille);
+    StopSearch = stopAt == 0;
+    EXPECT_EQ(driver.Scan(), outcome);
+    EXPECT_EQ(SweepErrors->Count(), problems);
+    EXPECT_EQ(RCStatus, outcome == RunOutcome::Complete ? RCS_WaitingForUser : RCS_ScanAborted);
+    EXPECT_EQ(steps.empty() ? -1 : steps.back(), lastPromille);
     EXPECT_TRUE(std::is_sorted(steps.begin(), steps.end()));
-    for (const auto& plugin : probes.plugins) EXPECT_FALSE(plugin->OnScanProgress);
+    for (const TRCPlugin* plugin : *Plugins) EXPECT_FALSE(plugin->OnScanProgress);
   }
 }
 
@@ -103,17 +85,14 @@ TEST(ScanDriver, EachRunStartsAfresh) {
   UnicodeString unknown;
   EXPECT_FALSE(ChoosePlugins(std::vector<UnicodeString>{u"First", u"Frist"}, unknown));
   EXPECT_EQ(unknown, u"Frist");
-  EXPECT_TRUE(probes.plugins[2]->Active) << "a wrong choice changes nothing";
+  EXPECT_TRUE(probes.last.Active) << "a wrong choice changes nothing";
 
   driver.Scan();
   ShouldReSearch = true;
   // The second run finds one of the ten on the ignore list.
-  const UnicodeString entry =
-      BuildIgnoredProblemData(BuildErrorIdentificationString((*SweepErrors)[0]), u"P", u"", u"");
-  ASSERT_EQ(probes.memory.Platform().registry.SetValue(
-                {HKEY_CURRENT_USER, IgnoredProblemsKey(), View::Native},
-                {u"1", REGT_SZ, TextData(entry)}),
-            Status::Ok);
+  TIgnoredProblem entry;
+  entry.StoredName = entry.Text1 = u"P";
+  ASSERT_EQ(StoreIgnoredProblem((*SweepErrors)[0], entry, false), Status::Ok);
   ASSERT_TRUE(ChoosePlugins({}, unknown));
   driver.Scan();
   EXPECT_EQ(SweepErrors->Count(), 10);
@@ -124,8 +103,8 @@ TEST(ScanDriver, EachRunStartsAfresh) {
 
   ASSERT_TRUE(ChoosePlugins(std::vector<UnicodeString>{u"Last"}, unknown));
   driver.Scan();
-  EXPECT_EQ(probes.plugins[0]->ErrorCount, 0) << "a plugin left out keeps no count of another run";
-  EXPECT_EQ(probes.plugins[0]->FState, rcpUnknown);
+  EXPECT_EQ(probes.first.ErrorCount, 0) << "a plugin left out keeps no count of another run";
+  EXPECT_EQ(probes.first.FState, rcpUnknown);
 }
 
 }  // namespace

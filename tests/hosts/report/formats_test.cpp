@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <nlohmann/json.hpp>
 
 #include "hosts/driver/problem_id.h"
@@ -209,14 +208,7 @@ TEST(SarifReport, IsConsistentInItself) {
 
 TEST(SarifReport, FindsTheFileOfEveryEntry) {
   ReportWorld world("[HKEY_USERS\\S-1-5-21-1-2-3-1001_Classes\\.own]\n@=\"x\"\n");
-  struct Row {
-    UnicodeView plugin;
-    std::int32_t kind;
-    UnicodeString item;
-    UnicodeView owner;
-    std::string file;
-  };
-  const Row rows[] = {
+  const std::tuple<UnicodeView, std::int32_t, UnicodeString, UnicodeView, std::string> rows[] = {
       {u"Fonts", 1, u"existingkey:64:HKEY_LOCAL_MACHINE\\SOFTWARE\\X", u"", "sw"},
       {u"ODBC", 2, u"existingkey:HKLM\\Software\\ODBC", u"", "sw"},
       {u"Drivers", 1, u"existingkey:HKEY_LOCAL_MACHINE\\system\\X", u"", "sys"},
@@ -243,10 +235,10 @@ TEST(SarifReport, FindsTheFileOfEveryEntry) {
                   {u"HKU\\S-1-1", "anna/ntuser"},
                   {u"HKU\\S-1-1_Classes", "anna/classes"},
                   {u"HKU\\S-1-2_Classes", "ben/classes"}};
-  for (const Row& row : rows) {
-    world.Add(row.plugin, row.kind, {row.item});
-    world.report.owners.emplace_back(row.owner);
-    EXPECT_EQ(FileOfProblem(world.report, world.report.shown.back()), row.file) << ToUtf8(row.item);
+  for (const auto& [plugin, kind, item, owner, file] : rows) {
+    world.Add(plugin, kind, {item});
+    world.report.owners.emplace_back(owner);
+    EXPECT_EQ(FileOfProblem(world.report, world.report.shown.back()), file) << ToUtf8(item);
   }
   // With one user alone the registry tells whose a class is.
   world.report.users.clear();
@@ -319,28 +311,6 @@ TEST(Formats, ArePutTogetherFromTheirPieces) {
     EXPECT_EQ(pieces, form({}));
     EXPECT_GE(count, report.shown.size() - 1);  // one category is no plugin's
   }
-}
-
-// Time of the processor, for others may use the machine too. Ten times as many may take ten times
-// as long, and some; a quadratic walk would take a hundred.
-TEST(Formats, TakeTimeInProportion) {
-  const auto measure = [](ReportWorld& world) {
-    const std::clock_t start = std::clock();
-    const std::size_t size = HtmlReport(world.report).size() + SarifReport(world.report).size() +
-                             CsvReport(world.report).size() + JsonLinesReport(world.report).size();
-    EXPECT_GT(size, world.report.shown.size() * 100);
-    return static_cast<double>(std::clock() - start);
-  };
-  const auto fill = [](ReportWorld& world, std::int32_t count) {
-    for (std::int32_t i = SweepErrors->Count(); i < count; ++i) {
-      world.Add(u"Sounds", 1, {u"existingkey:HKEY_CURRENT_USER\\" + IntToStr(i)});
-    }
-  };
-  ReportWorld world;
-  fill(world, 2000);
-  const double few = measure(world);
-  fill(world, 20000);
-  EXPECT_LT(measure(world), few * 40);
 }
 
 }  // namespace

@@ -50,12 +50,7 @@ TEST(PreviousScan, RefusesWhatIsNoReport) {
 TEST(PreviousScan, KnowsAProblemByItsId) {
   const std::string id = ProblemDigest(Problem()).substr(0, 12);
   const std::string of = R"("plugin": "Fonts", "kind": 1)";
-  struct Row {
-    std::string problem;
-    UnicodeString owner;
-    bool known;
-  };
-  const Row rows[] = {
+  const std::tuple<std::string, UnicodeString, bool> rows[] = {
       {R"({"id": ")" + id + R"(", )" + of + "}", u"", true},
       {"{" + of + R"(, "data": ["id", {"id": 1}], "id": ")" + id + R"("})", u"", true},
       {R"({"id": ")" + id + R"(abcd", )" + of + "}", u"", true},
@@ -72,11 +67,11 @@ TEST(PreviousScan, KnowsAProblemByItsId) {
       {R"({"id": ")" + id + R"(", )" + of + R"(, "user": "anna"})", u"", true},
       {R"({"id": ")" + id + R"(", )" + of + R"(, "user": ""})", u"berta", true},
   };
-  for (const Row& row : rows) {
+  for (const auto& [problem, owner, known] : rows) {
     PreviousScan scan;
-    ASSERT_EQ(scan.Read(Report(row.problem)), PreviousFailure::None) << row.problem;
+    ASSERT_EQ(scan.Read(Report(problem)), PreviousFailure::None) << problem;
     EXPECT_EQ(scan.Count(), 1U);
-    EXPECT_EQ(scan.Knows(Problem(), row.owner), row.known) << row.problem;
+    EXPECT_EQ(scan.Knows(Problem(), owner), known) << problem;
   }
 }
 
@@ -92,12 +87,7 @@ TEST(PreviousScan, SaysWhetherTheReportIsWhole) {
 }
 
 TEST(Columns, MeasuresAndCuts) {
-  struct Row {
-    std::string text;
-    std::size_t columns;
-    std::string firstThree;
-  };
-  const Row rows[] = {
+  const std::tuple<std::string, std::size_t, std::string> rows[] = {
       {"", 0, ""},
       {"abcd", 4, "abc"},
       {"Größe", 5, "Grö"},
@@ -111,9 +101,9 @@ TEST(Columns, MeasuresAndCuts) {
       {"\xE6\x97", 2, "\xE6\x97"},
       {"\xF8\x88\x80\x80", 4, "\xF8\x88\x80"},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(Columns(row.text), row.columns) << row.text;
-    EXPECT_EQ(FirstColumns(row.text, 3), row.firstThree) << row.text;
+  for (const auto& [text, columns, firstThree] : rows) {
+    EXPECT_EQ(Columns(text), columns) << text;
+    EXPECT_EQ(FirstColumns(text, 3), firstThree) << text;
   }
 }
 

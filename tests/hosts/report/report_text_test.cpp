@@ -37,13 +37,7 @@ TEST(TextReport, FitsTheTerminal) {
 }
 
 TEST(TextReport, SaysWhatItWasAskedFor) {
-  struct Row {
-    const char* name;
-    void (*change)(ScanReport& report, TextLook& look);
-    const char* part;
-    bool there;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, void (*)(ScanReport&, TextLook&), const char*, bool> rows[] = {
       {"plain", [](ScanReport&, TextLook&) {}, "\033[", false},
       {"colours", [](ScanReport&, TextLook& look) { look.colours = true; }, "\033[1mFonts", true},
       {"count", [](ScanReport&, TextLook&) {}, "Fonts (30)", true},
@@ -74,12 +68,12 @@ TEST(TextReport, SaysWhatItWasAskedFor) {
     world.Add(u"Fonts", 1, {u"missingfile:" + UnicodeString(1, static_cast<char16_t>(u'0' + i))});
   }
   world.Add(u"Sounds", 1, {u"missingfile:x"});
-  for (const Row& row : rows) {
+  for (const auto& [name, change, part, there] : rows) {
     ScanReport report = world.report;
     TextLook look;
-    row.change(report, look);
+    change(report, look);
     const std::string text = TextReport(report, look);
-    EXPECT_EQ(text.find(row.part) != std::string::npos, row.there) << row.name << '\n' << text;
+    EXPECT_EQ(text.find(part) != std::string::npos, there) << name << '\n' << text;
   }
 }
 
