@@ -39,21 +39,14 @@ const Abbreviations kShort = {{"{Windows}", Fix("Windows")},
 TEST(History, OpenWithKeys) {
   const std::vector<Case> rows = ReadCases(R"(
       # keys that hold something
-      {E}FileExts\.val : Application = x
-      {E}FileExts\.def = x
-      {E}FileExts\.list\OpenWithList : a = x
-      {E}FileExts\.deep\OpenWithList\x
-      {E}FileExts\.other\OpenWithList
-      {E}FileExts\.other\OpenWithProgids
+      {E}FileExts\.val : Application = x ; {E}FileExts\.def = x
+      {E}FileExts\.list\OpenWithList : a = x ; {E}FileExts\.deep\OpenWithList\x
+      {E}FileExts\.other\OpenWithList ; {E}FileExts\.other\OpenWithProgids
       # keys that hold nothing, and their names
-      {E}FileExts\.a
-      {E}FileExts\.b\OPENWITHLIST
-      {E}FileExts\.c
-      {E}FileExts\.d
+      {E}FileExts\.a ; {E}FileExts\.b\OPENWITHLIST ; {E}FileExts\.c ; {E}FileExts\.d
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.b = btype
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\btype = B document
-      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.c = ctype
-      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\ctype
+      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.c = ctype ; HKEY_LOCAL_MACHINE\SOFTWARE\Classes\ctype
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.d = gone
       ? 2{k}{E}FileExts\.a|caption:.A-Datei (*.a) ; 2{k}{E}FileExts\.b|caption:B document (*.b)
       ? 2{k}{E}FileExts\.c|caption:ctype (*.c) ; 2{k}{E}FileExts\.d|caption:.D-Datei (*.d)
@@ -65,14 +58,9 @@ TEST(History, OpenWithKeys) {
 TEST(History, ListsOfTheRegistry) {
   std::vector<Case> rows = ReadCases(R"(
       # dialogs: the order loses the letter
-      {E}ComDlg32\OpenSaveMRU : a = C:\here.txt
-      {E}ComDlg32\OpenSaveMRU : b = C:\gone.txt
-      {E}ComDlg32\OpenSaveMRU : mrulist = ba
-      {E}ComDlg32\OpenSaveMRU\txt : c = C:\gone.txt
-      {E}ComDlg32\OpenSaveMRU\txt : d = D:\gone.txt
-      {E}ComDlg32\OpenSaveMRU\txt : e = \\server\gone.txt
-      {E}ComDlg32\OpenSaveMRU\txt : f = C:\here.txt\inner
-      {E}ComDlg32\OpenSaveMRU\txt : MRUList = cde
+      {E}ComDlg32\OpenSaveMRU : a = C:\here.txt ; : b = C:\gone.txt ; : mrulist = ba
+      {E}ComDlg32\OpenSaveMRU\txt : c = C:\gone.txt ; : d = D:\gone.txt ; : e = \\server\gone.txt
+      {E}ComDlg32\OpenSaveMRU\txt : f = C:\here.txt\inner ; : MRUList = cde
       {E}ComDlg32\OpenSaveMRU\zip : a = C:\gone.zip
       + C:\here.txt ; drive D: removable
       ? 1{k}{E}ComDlg32\OpenSaveMRU{v}b{f}C:\gone.txt{nil}
@@ -82,32 +70,21 @@ TEST(History, ListsOfTheRegistry) {
       ! {-E}ComDlg32\OpenSaveMRU\txt "c" ; {=E}ComDlg32\OpenSaveMRU\txt "MRUList"="de"
       ! {-E}ComDlg32\OpenSaveMRU\zip "a"
       # commands: only programs that are surely gone, one repair
-      {E}RunMRU : a = C:\gone\x.exe -a /b\1
-      {E}RunMRU : b = notepad\1
-      {E}RunMRU : c = "C:\gone dir\y.exe" z\1
-      {E}RunMRU : d = %windir%\here.exe /q\1
-      {E}RunMRU : e = http://x/\1
-      {E}RunMRU : f = \\server\x\1
-      {E}RunMRU : g = C:\gone dir\z.exe C:\here.txt\1
-      {E}RunMRU : h = C:\gone\my.doc D:\x\1
-      {E}RunMRU : i = C:\Windows\System32\rundll32 C:\gone.dll,Entry\1
-      {E}RunMRU : j = dword:1
+      {E}RunMRU : a = C:\gone\x.exe -a /b\1 ; : b = notepad\1 ; : c = "C:\gone dir\y.exe" z\1
+      {E}RunMRU : d = %windir%\here.exe /q\1 ; : e = http://x/\1 ; : f = \\server\x\1
+      {E}RunMRU : g = C:\gone dir\z.exe C:\here.txt\1 ; : h = C:\gone\my.doc D:\x\1
+      {E}RunMRU : i = C:\Windows\System32\rundll32 C:\gone.dll,Entry\1 ; : j = dword:1
       {E}RunMRU : MRUList = cabdefghij
       + C:\Windows\here.exe ; C:\Windows\System32\rundll32.exe
-      ? 5{k}{E}RunMRU{v}a{f}C:\gone\x.exe{Windows}
-      ? 5{k}{E}RunMRU{v}c{f}C:\gone dir\y.exe{Windows}
-      ? 5{k}{E}RunMRU{v}g{f}C:\gone dir\z.exe{Windows}
-      ? 5{k}{E}RunMRU{v}h{f}C:\gone\my.doc{Windows}
+      ? 5{k}{E}RunMRU{v}a{f}C:\gone\x.exe{Windows} ; 5{k}{E}RunMRU{v}c{f}C:\gone dir\y.exe{Windows}
+      ? 5{k}{E}RunMRU{v}g{f}C:\gone dir\z.exe{Windows} ; 5{k}{E}RunMRU{v}h{f}C:\gone\my.doc{Windows}
       ! {-E}RunMRU "a" ; {-E}RunMRU "c" ; {-E}RunMRU "g" ; {-E}RunMRU "h"
       ! {=E}RunMRU "MRUList"="bdefij"
       # numbered lists close up, with what is kept beside them
-      {E}TypedPaths : url1 = C:\gone
-      {E}TypedPaths : url2 = C:\Windows
-      {S}Microsoft\Internet Explorer\TypedURLs : url1 = http://a/
-      {S}Microsoft\Internet Explorer\TypedURLs : url2 = file:///C:/gone%20x.htm
+      {E}TypedPaths : url1 = C:\gone ; : url2 = C:\Windows
+      {S}Microsoft\Internet Explorer\TypedURLs : url1 = http://a/ ; : url2 = file:///C:/gone%20x.htm
       {S}Microsoft\Internet Explorer\TypedURLs : url3 = http://c/
-      {S}Microsoft\Internet Explorer\TypedURLsTime : url2 = t2
-      {S}Microsoft\Internet Explorer\TypedURLsTime : url3 = t3
+      {S}Microsoft\Internet Explorer\TypedURLsTime : url2 = t2 ; : url3 = t3
       ? 5{k}{E}TypedPaths{v}url1{f}C:\gone{Windows}
       ? 5{k}{S}Microsoft\Internet Explorer\TypedURLs{v}url2{f}C:\gone x.htm{Windows}
       ! {-E}TypedPaths "url1" ; {-S}Microsoft\Internet Explorer\TypedURLs "url2"
@@ -121,10 +98,8 @@ TEST(History, ListsOfTheRegistry) {
       {S}Microsoft\Office\16.0\Excel\File MRU : Item 2 = [F00000000][T01D0000000000000][O00000000]*C:\gone.xls
       {S}Microsoft\Office\16.0\Excel\File MRU : Item 3 = C:\no mark.xls
       {S}Microsoft\Office\16.0\Excel\File MRU : Item = [F00000000][T01D0000000000000][O00000000]*C:\gone.xls
-      {S}WinRAR\ArcHistory : 0 = C:\gone.rar
-      {S}WinRAR\ArcHistory : 1 = C:\here.xls
-      {S}WinRAR\DialogEditHistory\ExtrPath : 0 = C:\gone dir
-      {S}WinRAR\DialogEditHistory\ExtrPath : 1 = C:\here.xls\inner\
+      {S}WinRAR\ArcHistory : 0 = C:\gone.rar ; : 1 = C:\here.xls
+      {S}WinRAR\DialogEditHistory\ExtrPath : 0 = C:\gone dir ; : 1 = C:\here.xls\inner\
       {S}Microsoft\Windows\CurrentVersion\Applets\Regedit : LastKey = C:\gone
       + C:\here.xls
       ? 4{k}{S}Microsoft\Office\16.0\Excel\File MRU{v}Item 2{f}C:\gone.xls{Excel}
@@ -138,24 +113,18 @@ TEST(History, ListsOfTheRegistry) {
       ! {=S}WinRAR\DialogEditHistory\ExtrPath "0"="C:\\here.xls\\inner\\"
       ! {-S}WinRAR\DialogEditHistory\ExtrPath "1"
       # usage counters: Start menu, full paths, names of no place
-      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x
-      {U} : HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax = x
-      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar Qve = x
-      {U} : HRZR_EHACVQY:%pfvqy2%\Urer.yax = x
-      {U} : HRZR_EHACNGU:P:\tbar.rkr = x
-      {U} : HRZR_EHACNGU = x
-      {U} : {S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr = x
-      {U} : Zvpebfbsg.Jvaqbjf.Rkcybere = x
+      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x ; : HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax = x
+      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar Qve = x ; : HRZR_EHACVQY:%pfvqy2%\Urer.yax = x
+      {U} : HRZR_EHACNGU:P:\tbar.rkr = x ; : HRZR_EHACNGU = x
+      {U} : {S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr = x ; : Zvpebfbsg.Jvaqbjf.Rkcybere = x
       + C:\ProgramData\Microsoft\Windows\Start Menu\Here.lnk
       ? 9{k}{U}{v}HRZR_EHACVQY:%pfvqy2%\Tbar.yax{f}Gone.lnk{nil}
       ? 6{k}{U}{v}HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax{f}Dir\Gone.lnk{nil}
       ? 7{k}{U}{v}HRZR_EHACVQY:%pfvqy2%\Tbar Qve{f}Gone Dir{nil}
       ? 5{k}{U}{v}HRZR_EHACNGU:P:\tbar.rkr{f}C:\gone.exe{nil}
       ? 5{k}{U}{v}{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr{f}%windir%\gone.exe{nil}
-      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar.yax"
-      ! {-U} "HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax"
-      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar Qve"
-      ! {-U} "HRZR_EHACNGU:P:\tbar.rkr"
+      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar.yax" ; {-U} "HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax"
+      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar Qve" ; {-U} "HRZR_EHACNGU:P:\tbar.rkr"
       ! {-U} "{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr"
       # a Start menu folder that is not known proves nothing
       {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x)",
@@ -182,14 +151,8 @@ TEST(History, RecentDocuments) {
       # links of both folders
       {S}Microsoft\Office\14.0\Common\General : RecentFiles = Zuletzt
       HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows\CurrentVersion\App Paths\WINWORD.EXE = C:\Office\winword.exe
-      + C:\here.doc ; C:\Office\winword.exe ; {H}keep.txt
-      + {H}Microsoft\Office\Zuletzt\gone.lnk
-      + {R}here.lnk
-      + {R}gone.LNK
-      + {R}net.lnk
-      + {R}virtual.lnk
-      + {R}gone.pif
-      + {R}gone.url
+      + C:\here.doc ; C:\Office\winword.exe ; {H}keep.txt ; {H}Microsoft\Office\Zuletzt\gone.lnk
+      + {R}here.lnk ; {R}gone.LNK ; {R}net.lnk ; {R}virtual.lnk ; {R}gone.pif ; {R}gone.url
       + {R}broken.lnk
       ? 10|existingfile:{R}gone.LNK{f}C:\gone.doc|caption:gone
       ? 11|existingfile:{H}Microsoft\Office\Zuletzt\gone.lnk{f}C:\gone.xls|caption:gone
@@ -204,9 +167,7 @@ TEST(History, RecentDocuments) {
       ! backup {R}gone.LNK ; erase file {R}gone.LNK
       # damaged, or not to be told; no version to look for a folder with
       {S}Microsoft\Office\Common\General : RecentFiles = Zuletzt
-      + {H}Microsoft\Office\Zuletzt\gone.lnk
-      + {R}broken.lnk
-      + {R}other.lnk | size=0)",
+      + {H}Microsoft\Office\Zuletzt\gone.lnk ; {R}broken.lnk ; {R}other.lnk | size=0)",
                                      kShort);
   rows[0].setup = rows[1].setup = setLinks;
   CheckCases<TRCPHistory>(rows);
@@ -254,9 +215,7 @@ TEST(History, Addresses) {
 
 TEST(History, CleansWhatIsStillThere) {
   const Case row = ReadCases(R"(# three archives
-      {S}WinRAR\ArcHistory : 0 = C:\gone0.rar
-      {S}WinRAR\ArcHistory : 1 = C:\gone1.rar
-      {S}WinRAR\ArcHistory : 2 = C:\here.rar
+      {S}WinRAR\ArcHistory : 0 = C:\gone0.rar ; : 1 = C:\gone1.rar ; : 2 = C:\here.rar
       + C:\here.rar
       ? 4{k}{S}WinRAR\ArcHistory{v}0{f}C:\gone1.rar{WinRAR})",
                              kShort)[0];

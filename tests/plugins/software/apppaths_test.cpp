@@ -12,22 +12,14 @@ TEST(AppPaths, FindsAndCleans) {
   CheckText<TRCPAppPaths>(R"(
       # healthy, or not to be told
       & 32-bit
-      {LM}{K}\here.exe = C:\x y\here.exe
-      {LM}{K}\quoted.exe = "C:\x y\here.exe"
-      {LM}{K}\folder.exe = C:\x y\
-      {LM}{K}\number.exe = dword:1
-      {LM}{K}\path.exe : Path = C:\nowhere
-      {LM}{K}\empty.exe = {}
-      {LM}{K}\parent.exe\sub
-      {LM}{K}\TB85.EXE = C:\x\gone.exe
-      {LM}{K}\d.exe = D:\gone.exe
-      {LM}{K}\bare.exe = gone.exe
+      {LM}{K}\here.exe = C:\x y\here.exe ; {LM}{K}\quoted.exe = "C:\x y\here.exe"
+      {LM}{K}\folder.exe = C:\x y\ ; {LM}{K}\number.exe = dword:1
+      {LM}{K}\path.exe : Path = C:\nowhere ; {LM}{K}\empty.exe = {} ; {LM}{K}\parent.exe\sub
+      {LM}{K}\TB85.EXE = C:\x\gone.exe ; {LM}{K}\d.exe = D:\gone.exe ; {LM}{K}\bare.exe = gone.exe
       + C:\x y\here.exe ; drive D: removable
       # the whole key when nothing else is in it; an exception in other letter case
       & 32-bit
-      {LM}{K}\a.exe = C:\x\gone.exe
-      {LM}{K}\b.exe
-      {LM}{K}\tb85.exe = C:\x\gone.exe
+      {LM}{K}\a.exe = C:\x\gone.exe ; {LM}{K}\b.exe ; {LM}{K}\tb85.exe = C:\x\gone.exe
       ? 1{32}{K}\a.exe{gone} ; 2{32}{K}\b.exe|caption:b.exe
       ? 1{32}{K}\tb85.exe|caption:tb85.exe{f}C:\x\gone.exe
       ! {-k}{K}\a.exe ; {-k}{K}\b.exe ; {-k}{K}\tb85.exe
@@ -38,13 +30,11 @@ TEST(AppPaths, FindsAndCleans) {
       # a key that can't be deleted
       & 32-bit
       & deny-delete HKLM\SOFTWARE\{K}\a.exe
-      {LM}{K}\a.exe = C:\x\gone.exe
-      {LM}{K}\b.exe
+      {LM}{K}\a.exe = C:\x\gone.exe ; {LM}{K}\b.exe
       ? 2{32}{K}\b.exe|caption:b.exe)",
                           kShort);
   Case own = ReadCases(R"(# each view its own key
-      {LM}{K}\a.exe = C:\x\gone.exe
-      {W}{K}\b.exe
+      {LM}{K}\a.exe = C:\x\gone.exe ; {W}{K}\b.exe
       ? 2{32}{K}\b.exe|caption:b.exe ; 1{64}{K}\a.exe{gone}
       ! {-Wk}{K}\b.exe ; {-k}{K}\a.exe)",
                        kShort)[0];

@@ -21,33 +21,19 @@ TEST(SoftwareInstalled, FindsAndCleans) {
   CheckText<TRCPSoftwareInstalled>(R"(
       # healthy, or not to be told
       & 32-bit
-      {U}WinRar : Path = C:\x y
-      {U}WinRar : My File = C:\x y\a.exe,0
-      {U}WinRar : Icon = C:\x, z\b@c.ico,-3
-      {U}WinRar : Plugins = C:\x y;C:\no z
-      {U}WinRar : Temp = %ProgramFiles%\wide
-      {U}WinRar : Root = D:\gone
-      {U}WinRar : Logo = @C:\gone.dll,-1
-      {U}WinRar : Default = gone.exe
-      {U}WinRar : Download = {}
-      {U}WinRar : Components = dword:7
-      {U}WinRar : Installed = C:\gone
-      {U}WinRar : PathTo = C:\gone
-      {LM}MozillaPlugins\@v.com/plugin : Path = C:\gone
-      {LM}Microsoft\Other : Path = C:\gone
+      {U}WinRar : Path = C:\x y ; : My File = C:\x y\a.exe,0 ; : Icon = C:\x, z\b@c.ico,-3
+      {U}WinRar : Plugins = C:\x y;C:\no z ; : Temp = %ProgramFiles%\wide ; : Root = D:\gone
+      {U}WinRar : Logo = @C:\gone.dll,-1 ; : Default = gone.exe ; : Download = {}
+      {U}WinRar : Components = dword:7 ; : Installed = C:\gone ; : PathTo = C:\gone
+      {LM}MozillaPlugins\@v.com/plugin : Path = C:\gone ; {LM}Microsoft\Other : Path = C:\gone
       {U}P2P Networking : Path = C:\gone
       + C:\x y\a.exe ; C:\x, z\b@c.ico ; C:\Program Files\wide\ ; drive D: removable
       # names and separators
       & 32-bit
-      {U}WinRar : Path = C:\gone dir\a.exe,0
-      {U}WinRar : Icon File = C:\gone|x,y
-      {U}WinRar : i N S t A l l D i r = C:\gone\	x
-      {U}WinRar : MyDataFile = "C:\gone\a b.exe"
-      {U}WinRar : source = C:\gone\a@b|c
-      {U}WinRar : UninstallCommand = C:\gone dir\u.exe /x
-      {U}WinRar : TempPath = C:\no z;C:\no w
-      {U}WinRar : a/Path = C:\gone\f
-      {U}WinRar : Uninstall = C:\gone\u.exe,%1
+      {U}WinRar : Path = C:\gone dir\a.exe,0 ; : Icon File = C:\gone|x,y
+      {U}WinRar : i N S t A l l D i r = C:\gone\	x ; : MyDataFile = "C:\gone\a b.exe"
+      {U}WinRar : source = C:\gone\a@b|c ; : UninstallCommand = C:\gone dir\u.exe /x
+      {U}WinRar : TempPath = C:\no z;C:\no w ; : a/Path = C:\gone\f ; : Uninstall = C:\gone\u.exe,%1
       ? {k}CURRENT_USER\Software\WinRar{v}Path{f}C:\gone dir\a.exe
       ? {k}CURRENT_USER\Software\WinRar{v}Icon File{f}C:\gone
       ? {k}CURRENT_USER\Software\WinRar{v}i N S t A l l D i r{f}C:\gone\
@@ -59,17 +45,14 @@ TEST(SoftwareInstalled, FindsAndCleans) {
       ? {k}CURRENT_USER\Software\WinRar{v}Uninstall{f}C:\gone\u.exe
       # every depth, a key after its subkeys, areas in their order
       & 32-bit
-      {U}Update\b : Path = C:\gone
-      {U}Update\a\deep\deeper : Path = C:\gone
-      {U}Update : Path = C:\gone
-      {LM}Update\x : Path = C:\gone
+      {U}Update\b : Path = C:\gone ; {U}Update\a\deep\deeper : Path = C:\gone
+      {U}Update : Path = C:\gone ; {LM}Update\x : Path = C:\gone
       ? {k}LOCAL_MACHINE\Software\Update\x{p} ; {k}CURRENT_USER\Software\Update\a\deep\deeper{p}
       ? {k}CURRENT_USER\Software\Update\b{p} ; {k}CURRENT_USER\Software\Update{p}
       ! {-v}Update\x "Path" ; {-U}Update\a\deep\deeper "Path"
       ! {-U}Update\b "Path" ; {-U}Update "Path"
       # the process's own view alone
-      {LM}JavaSoft\wide : Path = C:\gone
-      {W}JavaSoft\narrow : Path = C:\gone
+      {LM}JavaSoft\wide : Path = C:\gone ; {W}JavaSoft\narrow : Path = C:\gone
       ? {k}LOCAL_MACHINE\Software\JavaSoft\narrow{p}
       ! {-Wv}JavaSoft\narrow "Path")",
                                    kShort);

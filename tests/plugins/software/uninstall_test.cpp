@@ -13,21 +13,12 @@ const Abbreviations kShort = {
 TEST(Uninstall, StaysSilent) {
   std::string text = R"(
       # nothing is missing
-      {LM}{K}a{c}"C:\p q\unins000.exe" /SILENT
-      {LM}{K}b{c}C:\p q\UNWISE.EXE C:\p q\INSTALL.LOG
-      {LM}{K}c{c}MsiExec.exe /X{0F22C794-89DE-4F31-9479-827E3385CDAE}
-      {LM}{K}d{c}D:\gone.exe
-      {LM}{K}e{c}dword:1
-      {LM}{K}f : NoRemove = dword:1
-      {LM}{K}g : WindowsInstaller = dword:1
-      {LM}{K}h : WindowsInstaller = 0
-      {LM}{K}i : SystemComponent = dword:0
-      {LM}{K}j : QuietUninstallString = C:\p q\setup.exe
-      {LM}{K}AddressBook
-      {W}{K}AddressBook
-      {LM}{C}a
-      {LM}{C}{gone}
-      {W}{C}B
+      {LM}{K}a{c}"C:\p q\unins000.exe" /SILENT ; {LM}{K}b{c}C:\p q\UNWISE.EXE C:\p q\INSTALL.LOG
+      {LM}{K}c{c}MsiExec.exe /X{0F22C794-89DE-4F31-9479-827E3385CDAE} ; {LM}{K}d{c}D:\gone.exe
+      {LM}{K}e{c}dword:1 ; {LM}{K}f : NoRemove = dword:1 ; {LM}{K}g : WindowsInstaller = dword:1
+      {LM}{K}h : WindowsInstaller = 0 ; {LM}{K}i : SystemComponent = dword:0
+      {LM}{K}j : QuietUninstallString = C:\p q\setup.exe ; {LM}{K}AddressBook ; {W}{K}AddressBook
+      {LM}{C}a ; {LM}{C}{gone} ; {W}{C}B
       + C:\p q\setup.exe ; C:\p q\unins000.exe ; C:\p q\unins000.dat ; C:\p q\UNWISE.EXE
       + C:\p q\INSTALL.LOG ; C:\p q\media\ ; C:\Windows\System32\msiexec.exe
       + C:\Program Files\wide\ ; drive D: removable
@@ -52,18 +43,11 @@ TEST(Uninstall, FindsAndCleans) {
   CheckText<TRCPUninstall>(R"(
       # what an entry can lack; small letters are no exception
       & 32-bit
-      {LM}{K}a{c}C:\p\gone.exe
-      {LM}{K}a : InstallSource = dword:1
-      {LM}{K}b{c}"C:\p\gone.exe"
-      {LM}{K}c{c}"C:\p\gone.exe" /x
-      {LM}{K}d : QuietUninstallString = C:\p\gone.exe
-      {LM}{K}d : DisplayName =  {}
-      {LM}{K}d : QuietDisplayName =  Q {}
-      {LM}{K}e{c}C:\p q\UNWISE.EXE C:\p q\gone.log
-      {LM}{K}f{c}RunDll32 C:\p\gone.dll,LaunchSetup x
-      {LM}{K}g : DisplayName = App
-      {LM}{K}g : NoRemove = dword:0
-      {LM}{K}h : NoRemove = 1
+      {LM}{K}a{c}C:\p\gone.exe ; {LM}{K}a : InstallSource = dword:1 ; {LM}{K}b{c}"C:\p\gone.exe"
+      {LM}{K}c{c}"C:\p\gone.exe" /x ; {LM}{K}d : QuietUninstallString = C:\p\gone.exe
+      {LM}{K}d : DisplayName =  {} ; : QuietDisplayName =  Q {}
+      {LM}{K}e{c}C:\p q\UNWISE.EXE C:\p q\gone.log ; {LM}{K}f{c}RunDll32 C:\p\gone.dll,LaunchSetup x
+      {LM}{K}g : DisplayName = App ; : NoRemove = dword:0 ; {LM}{K}h : NoRemove = 1
       {LM}{K}outpost : x = {}
       + C:\p q\UNWISE.EXE ; C:\Windows\System32\rundll32.exe
       ? 1{32}{K}a|caption:a{f}C:\p\gone.exe ; 1{32}{K}b|caption:b{f}C:\p\gone.exe
@@ -75,24 +59,17 @@ TEST(Uninstall, FindsAndCleans) {
       ! {-k}{K}outpost
       # source, of an installer package too
       & 32-bit
-      {LM}{K}a : WindowsInstaller = dword:1
-      {LM}{K}a{c}C:\p\gone.exe
-      {LM}{K}a : InstallSource = C:\no\
-      {LM}{K}b : WindowsInstaller = dword:1
+      {LM}{K}a : WindowsInstaller = dword:1 ; {LM}{K}a{c}C:\p\gone.exe
+      {LM}{K}a : InstallSource = C:\no\ ; {LM}{K}b : WindowsInstaller = dword:1
       {LM}{K}b : InstallSource = C:\no
       ? 5{32}{K}a|caption:a{f}C:\no\
       ! {-v}{K}a "InstallSource"
       # both views; one entry with two problems
-      {LM}{K}a{c}C:\p\gone.exe
-      {LM}{K}a : InstallSource = "C:\no"
-      {W}{K}a : x = {}
+      {LM}{K}a{c}C:\p\gone.exe ; {LM}{K}a : InstallSource = "C:\no" ; {W}{K}a : x = {}
       ? 3{32}{K}a|caption:a ; 1{64}{K}a|caption:a{f}C:\p\gone.exe ; 5{64}{K}a|caption:a{f}C:\no
       ! {-Wk}{K}a ; {-k}{K}a
       # cache of either view
-      {LM}{C}a
-      {LM}{C}b
-      {W}{C}b
-      {LM}{K}a : NoRemove = dword:1
+      {LM}{C}a ; {LM}{C}b ; {W}{C}b ; {LM}{K}a : NoRemove = dword:1
       ? 4|caption:b{32}{C}b ; 4|caption:b{64}{C}b
       ! {-Wk}{C}b ; {-k}{C}b)",
                            kShort);
