@@ -61,8 +61,9 @@ using Conditions = std::map<std::string, std::function<void(Case&)>>;
 /// Cases written as text. A line "# name" begins one; those below it are "+" files, "?" problems,
 /// "!" changes, "=" problems that are left, several of them with " ; " in between, "&" conditions
 /// ("32-bit", "deny-write KEY", "deny-delete KEY", those that are given) or else what Classes
-/// takes. Besides the given abbreviations there are "{}" for nothing and those of the machine's
-/// software: its key in a world, in a problem (by view), in a change.
+/// takes. A line that begins with "\n" goes on with the text of the file before. Besides the given
+/// abbreviations there are "{}" for nothing and those of software, the machine's and the user's:
+/// its key in a world, in a problem (by view), in a change.
 inline std::vector<Case> ReadCases(std::string text, const Abbreviations& abbreviations,
                                    const Conditions& conditions = {}) {
   static const Abbreviations kSoftware = {
@@ -76,7 +77,15 @@ inline std::vector<Case> ReadCases(std::string text, const Abbreviations& abbrev
       {"{-v}", "delete value HKLM\\SOFTWARE\\"},
       {"{-Wv}", "delete value HKLM\\SOFTWARE\\Wow6432Node\\"},
       {"{-k}", "delete key HKLM\\SOFTWARE\\"},
-      {"{-Wk}", "delete key HKLM\\SOFTWARE\\Wow6432Node\\"}};
+      {"{-Wk}", "delete key HKLM\\SOFTWARE\\Wow6432Node\\"},
+      {"{E}", "{S}{Explorer}"},
+      {"{-E}", "{-S}{Explorer}"},
+      {"{=E}", "{=S}{Explorer}"},
+      {"{-kE}", "delete key HKCU\\Software\\{Explorer}"},
+      {"{Explorer}", "Microsoft\\Windows\\CurrentVersion\\Explorer\\"},
+      {"{S}", "HKEY_CURRENT_USER\\Software\\"},
+      {"{-S}", "delete value HKCU\\Software\\"},
+      {"{=S}", "set value HKCU\\Software\\"}};
   for (const Abbreviations* list : {&abbreviations, &kSoftware})
     for (const auto& [from, to] : *list) text = ReplaceAll(text, from, to);
   std::istringstream in(text);
@@ -86,6 +95,10 @@ inline std::vector<Case> ReadCases(std::string text, const Abbreviations& abbrev
     if (line.empty()) continue;
     if (line[0] == '#') cases.push_back({.name = line.substr(2)});
     Case& row = cases.back();
+    if (line.starts_with("\\n")) {
+      row.files.insert(row.files.size() - 1, line);
+      continue;
+    }
     const std::string lists = "+?!=";
     if (line == "& 32-bit") {
       row.options.is64Bit = false;
@@ -117,7 +130,8 @@ inline std::vector<Case> ReadCases(std::string text, const Abbreviations& abbrev
 }
 
 /// Runs cases written as text. In none of them may a call of the platform that fails make a
-/// problem, but for those whose name ends with "(~)": there it may change a problem's caption.
+/// problem, but for those whose name ends with "(~)": there it may change what a problem
+/// shows.
 template <class Plugin>
 void CheckText(const std::string& text, const Abbreviations& abbreviations,
                const Conditions& conditions = {}) {

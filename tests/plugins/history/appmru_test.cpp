@@ -7,15 +7,7 @@
 namespace scrubwell::test {
 namespace {
 
-const Abbreviations kShort = {{"{E}", "{S}{Explorer}"},
-                              {"{-E}", "{-S}{Explorer}"},
-                              {"{=E}", "{=S}{Explorer}"},
-                              {"{-kE}", "delete key HKCU\\Software\\{Explorer}"},
-                              {"{Explorer}", "Microsoft\\Windows\\CurrentVersion\\Explorer\\"},
-                              {"{S}", "HKEY_CURRENT_USER\\Software\\"},
-                              {"{-S}", "delete value HKCU\\Software\\"},
-                              {"{=S}", "set value HKCU\\Software\\"},
-                              {"{k}", "|existingkey:"}};
+const Abbreviations kShort = {{"{k}", "|existingkey:"}};
 
 TEST(AppMRU, FindsAndCleans) {
   CheckText<TRCPAppMRU>(R"(

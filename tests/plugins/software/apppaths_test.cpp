@@ -9,7 +9,8 @@ const std::string kPlace = "HKLM\\SOFTWARE\\" + kPaths + "\\";
 const Abbreviations kShort = {{"{gone}", "|caption:a.exe{f}C:\\x\\gone.exe"}, {"{K}", kPaths}};
 
 TEST(AppPaths, FindsAndCleans) {
-  CheckText<TRCPAppPaths>(R"(
+  CheckText<TRCPAppPaths>(
+      R"(
       # healthy, or not to be told
       & 32-bit
       {LM}{K}\here.exe = C:\x y\here.exe ; {LM}{K}\quoted.exe = "C:\x y\here.exe"
@@ -31,16 +32,14 @@ TEST(AppPaths, FindsAndCleans) {
       & 32-bit
       & deny-delete HKLM\SOFTWARE\{K}\a.exe
       {LM}{K}\a.exe = C:\x\gone.exe ; {LM}{K}\b.exe
-      ? 2{32}{K}\b.exe|caption:b.exe)",
-                          kShort);
-  Case own = ReadCases(R"(# each view its own key
+      ? 2{32}{K}\b.exe|caption:b.exe
+      # each view its own key
+      & before Windows 7
       {LM}{K}\a.exe = C:\x\gone.exe ; {W}{K}\b.exe
       ? 2{32}{K}\b.exe|caption:b.exe ; 1{64}{K}\a.exe{gone}
       ! {-Wk}{K}\b.exe ; {-k}{K}\a.exe)",
-                       kShort)[0];
-  own.options.rules = ViewRules::BeforeWindows7;
-  CheckCases<TRCPAppPaths>({&own, 1});
-  CheckFaults<TRCPAppPaths>(own);
+      kShort,
+      {{"before Windows 7", [](Case& row) { row.options.rules = ViewRules::BeforeWindows7; }}});
 }
 
 // What becomes of the other values of a key whose program is gone.

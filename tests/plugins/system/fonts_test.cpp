@@ -11,7 +11,8 @@ const Abbreviations kShort = {
     {"{shell}", "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders : Fonts"}};
 
 TEST(Fonts, FindsAndCleans) {
-  CheckText<TRCPFonts>(R"(
+  CheckText<TRCPFonts>(
+      R"(
       # healthy, or not to be told
       {LM}{K} = gone.ttf ; : Arial = arial.ttf ; : Old = VGAOEM.FON
       {LM}{K} : Local = C:\Users\tester\AppData\Local\Microsoft\Windows\Fonts\own.otf
@@ -40,32 +41,29 @@ TEST(Fonts, FindsAndCleans) {
       ? 1{32}{Gone}
       # a list that can't be written
       & deny-write HKLM\SOFTWARE\{K}
-      {LM}{K} : Gone = gone.ttf)",
-                       kShort);
-}
-
-// Of the two fonts one is found in the user's folder, and none where no folder is known.
-TEST(Fonts, AsksTheUserForAFolderThatTheShellDoesNotKnow) {
-  for (const bool known : {true, false}) {
-    Case row = ReadCases(std::string(R"(# the user's folder
-        & 32-bit
-        {LM}{K} : Gone = gone.ttf ; : A = a.ttf
-        + C:\Mine\a.ttf
-        )") + (known ? "HKEY_CURRENT_USER\\{shell} = C:\\Mine\\\n? 1{32}{Gone}" : ""),
-                         kShort)[0];
-    row.setup = [](World& world) { world.Windows().shell.folders.erase(20); };
-    CheckCases<TRCPFonts>({&row, 1});
-  }
-}
-
-TEST(Fonts, LieElsewhereBeforeWindowsNT) {
-  Case row = ReadCases(R"(# an older list
+      {LM}{K} : Gone = gone.ttf
+      # where the shell knows no folder, the user's is asked for
+      & 32-bit
+      & no font folder
+      {LM}{K} : Gone = gone.ttf ; : A = a.ttf ; HKEY_CURRENT_USER\{shell} = C:\Mine\
+      + C:\Mine\a.ttf
+      ? 1{32}{Gone}
+      # without any folder nothing can be told
+      & 32-bit
+      & no font folder
+      {LM}{K} : Gone = gone.ttf
+      # an older list
+      & Windows ME
       {LM}{K} : Gone = gone.ttf ; {LM}{9} : Nine = g.ttf
       ? 1{32}{9}{v}Nine|caption:Nine{f}g.ttf
       ! {-v}{9} "Nine")",
-                       kShort)[0];
-  row.options = {.is64Bit = false, .version = OsVersion::WinME};
-  CheckCases<TRCPFonts>({&row, 1});
+      kShort,
+      {{"no font folder",
+        [](Case& row) {
+          row.setup = [](World& world) { world.Windows().shell.folders.erase(20); };
+        }},
+       {"Windows ME",
+        [](Case& row) { row.options = {.is64Bit = false, .version = OsVersion::WinME}; }}});
 }
 
 }  // namespace
