@@ -237,31 +237,27 @@ TEST(ActiveXCOM, StopsBetweenTheListsThatItReads) {
 }
 
 TEST(ActiveXCOM, CleansNothingOfAnotherShape) {
-  World world(
-      Classes("W\\CLSID\\{A}\\shell\\x\\other\nW\\CLSID\\{A}\\DefaultIcon\n"
-              "W\\CLSID\\{A}\\TypeLib\nW\\CLSID\\{A}\\TreatAs\nTypeLib\\{A}\\1.0\\0"));
+  const Case row = ReadCases(R"(# kinds and what they never lie in
+      W\CLSID\{A}\shell : v = x ; W\CLSID\{A}\shell\x\other ; W\CLSID\{A}\DefaultIcon
+      W\CLSID\{A}\TypeLib ; W\CLSID\{A}\TreatAs ; TypeLib\{A}\1.0\0
+      ? 1{k32}CLSID\{A} ; 1{k32}Interface\{A}\x ; 2{k32}CLSID\{A}\shell\x\other
+      ? 3{k32}CLSID\{A}\TreatAs ; 4{k32}CLSID\{A}\TypeLib ; 5{k32}CLSID\{A}\DefaultIcon
+      ? 9{k32}CLSID\{A}\shell{v}v ; 13{k32}TypeLib\{A}\1.0\0 ; 15{k32}TypeLib\{A}\1.0\0
+      ? 19{k32}CLSID\{A}\x ; 22{k32}CLSID\{A}\shell)",
+                             kClassNames)[0];
+  World world(row.registry);
   auto& plugin = world.Create<TRCPActiveXCOM>();
-  const std::pair<std::int32_t, UnicodeView> rows[] = {{1, u"CLSID\\{A}"},
-                                                       {1, u"Interface\\{A}\\x"},
-                                                       {2, u"CLSID\\{A}\\shell\\x\\other"},
-                                                       {3, u"CLSID\\{A}\\TreatAs"},
-                                                       {4, u"CLSID\\{A}\\TypeLib"},
-                                                       {5, u"CLSID\\{A}\\DefaultIcon"},
-                                                       {9, u"CLSID\\{A}\\x"},
-                                                       {13, u"TypeLib\\{A}\\1.0\\0"},
-                                                       {15, u"TypeLib\\{A}\\1.0\\0"},
-                                                       {19, u"CLSID\\{A}\\x"},
-                                                       {22, u"CLSID\\{A}\\shell"}};
-  for (const auto& [kind, key] : rows) {
-    TSweepError error;
-    error.ErrorType = kind;
-    error.Data = {UnicodeString(u"existingkey:32:HKEY_CLASSES_ROOT\\").append(key)};
-    EXPECT_TRUE(plugin.CleanError(error));
-    error.Data = {
-        UnicodeString(u"existingkey:32:HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\").append(key)};
-    EXPECT_TRUE(plugin.CleanError(error));
-    EXPECT_EQ(world.Journal(), Lines()) << kind;
-    EXPECT_FALSE(ShouldReSearch);
+  for (const std::string& problem : row.problems) {
+    for (const char* root : {"HKEY_CLASSES_ROOT", "HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes"}) {
+      std::istringstream in(ReplaceAll(problem, "HKEY_CLASSES_ROOT", root));
+      TSweepError error;
+      in >> error.ErrorType;
+      in.ignore();
+      for (std::string item; std::getline(in, item, '|');) error.Data.push_back(FromUtf8(item));
+      EXPECT_TRUE(plugin.CleanError(error));
+      EXPECT_EQ(world.Journal(), Lines()) << problem;
+      EXPECT_FALSE(ShouldReSearch);
+    }
   }
 }
 

@@ -28,13 +28,13 @@ const Abbreviations kShort = {{"{Windows}", Fix("Windows")},
                               {"{R}", kRecent},
                               {"{H}", kHome}};
 
-TEST(History, OpenWithKeys) {
-  const std::vector<Case> rows = ReadCases(R"(
-      # keys that hold something
+TEST(History, ListsOfTheRegistry) {
+  CheckText<TRCPHistory>(R"(
+      # open-with keys that hold something
       {E}FileExts\.val : Application = x ; {E}FileExts\.def = x
       {E}FileExts\.list\OpenWithList : a = x ; {E}FileExts\.deep\OpenWithList\x
       {E}FileExts\.other\OpenWithList ; {E}FileExts\.other\OpenWithProgids
-      # keys that hold nothing, and their names
+      # open-with keys that hold nothing, and their names (~)
       {E}FileExts\.a ; {E}FileExts\.b\OPENWITHLIST ; {E}FileExts\.c ; {E}FileExts\.d
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.b = btype
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\btype = B document
@@ -42,13 +42,7 @@ TEST(History, OpenWithKeys) {
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.d = gone
       ? 2{k}{E}FileExts\.a|caption:.A-Datei (*.a) ; 2{k}{E}FileExts\.b|caption:B document (*.b)
       ? 2{k}{E}FileExts\.c|caption:ctype (*.c) ; 2{k}{E}FileExts\.d|caption:.D-Datei (*.d)
-      ! {-kE}FileExts\.a ; {-kE}FileExts\.b ; {-kE}FileExts\.c ; {-kE}FileExts\.d)",
-                                           kShort);
-  CheckCases<TRCPHistory>(rows);
-}
-
-TEST(History, ListsOfTheRegistry) {
-  std::vector<Case> rows = ReadCases(R"(
+      ! {-kE}FileExts\.a ; {-kE}FileExts\.b ; {-kE}FileExts\.c ; {-kE}FileExts\.d
       # dialogs: the order loses the letter
       {E}ComDlg32\OpenSaveMRU : a = C:\here.txt ; : b = C:\gone.txt ; : mrulist = ba
       {E}ComDlg32\OpenSaveMRU\txt : c = C:\gone.txt ; : d = D:\gone.txt ; : e = \\server\gone.txt
@@ -119,11 +113,13 @@ TEST(History, ListsOfTheRegistry) {
       ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar Qve" ; {-U} "HRZR_EHACNGU:P:\tbar.rkr"
       ! {-U} "{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr"
       # a Start menu folder that is not known proves nothing
+      & no Start menu
       {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x)",
-                                     kShort);
-  rows.back().setup = [](World& world) { world.Windows().shell.folders.erase(22); };
-  CheckCases<TRCPHistory>(rows);
-  for (const Case& row : rows) CheckFaults<TRCPHistory>(row);
+                         kShort, {{"no Start menu", [](Case& row) {
+                                     row.setup = [](World& world) {
+                                       world.Windows().shell.folders.erase(22);
+                                     };
+                                   }}});
 }
 
 TEST(History, RecentDocuments) {
@@ -139,8 +135,9 @@ TEST(History, RecentDocuments) {
         u"C:\\gone.xls";
     world.Windows().resources.versions[u"C:\\Office\\winword.exe"] = {14, 0, 1, 2};
   };
-  std::vector<Case> rows = ReadCases(R"(
+  CheckText<TRCPHistory>(R"(
       # links of both folders
+      & links
       {S}Microsoft\Office\14.0\Common\General : RecentFiles = Zuletzt
       HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows\CurrentVersion\App Paths\WINWORD.EXE = C:\Office\winword.exe
       + C:\here.doc ; C:\Office\winword.exe ; {H}keep.txt ; {H}Microsoft\Office\Zuletzt\gone.lnk
@@ -152,6 +149,7 @@ TEST(History, RecentDocuments) {
       ! erase file {H}Microsoft\Office\Zuletzt\gone.lnk ; erase folder {H}Microsoft\Office\Zuletzt
       ! erase folder {H}Microsoft\Office
       # a folder is spared only in the form that is compared
+      & links
       {E}Shell Folders : Start Menu = c:\users\tester\appdata\roaming\microsoft\windows\recent\
       {E}Shell Folders : AppData = {H}
       + {R}gone.LNK
@@ -160,10 +158,7 @@ TEST(History, RecentDocuments) {
       # damaged, or not to be told; no version to look for a folder with
       {S}Microsoft\Office\Common\General : RecentFiles = Zuletzt
       + {H}Microsoft\Office\Zuletzt\gone.lnk ; {R}broken.lnk ; {R}other.lnk | size=0)",
-                                     kShort);
-  rows[0].setup = rows[1].setup = setLinks;
-  CheckCases<TRCPHistory>(rows);
-  for (const Case& row : rows) CheckFaults<TRCPHistory>(row);
+                         kShort, {{"links", [=](Case& row) { row.setup = setLinks; }}});
 }
 
 TEST(History, Addresses) {
@@ -219,16 +214,6 @@ TEST(History, CleansWhatIsStillThere) {
   (*SweepErrors)[1].Selected = true;
   EXPECT_EQ(world.CleanAll(), Lines());
   EXPECT_EQ(world.Scan(), row.problems);
-}
-
-TEST(History, AStopAmongTheLastItemsIsNoWholeScan) {
-  World world(ReadCases("# two\n{E}TypedPaths : url1 = C:\\gone\n{E}TypedPaths : url2 = C:\\gone2",
-                        kShort)[0]
-                  .registry);
-  auto& plugin = world.Create<TRCPHistory>();
-  plugin.OnScanProgress = [](TRCPlugin&, std::int32_t, UnicodeView, bool) { StopSearch = true; };
-  EXPECT_EQ(world.Scan().size(), 1U);
-  EXPECT_EQ(plugin.FState, rcpInited);
 }
 
 TEST(History, AddressesAreAnnouncedTwice) {

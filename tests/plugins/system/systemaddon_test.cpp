@@ -8,12 +8,8 @@ namespace scrubwell::test {
 namespace {
 
 const std::string kHelpers = R"(Microsoft\Windows\CurrentVersion\Explorer\Browser Helper Objects)";
-const std::string kWow = "Wow6432Node\\";
+const std::string kSoftware = "HKEY_LOCAL_MACHINE\\SOFTWARE\\";
 constexpr UnicodeView kSettings = u"Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Settings\\";
-
-std::string Key(const std::string& key, const std::string& values = {}) {
-  return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\" + key + "]\n" + values + "\n";
-}
 
 TEST(SystemAddOn, FindsAndCleans) {
   CheckText<TRCPSystemAddOn>(
@@ -43,7 +39,7 @@ TEST(SystemAddOn, FindsAndCleans) {
 }
 
 TEST(SystemAddOn, CleansOnlyTheObjectThatTheProblemMeans) {
-  World world(Key(kWow + kHelpers + "\\{A}"));
+  World world(Classes(kSoftware + "Wow6432Node\\" + kHelpers + "\\{A}"));
   auto& plugin = world.Create<TRCPSystemAddOn>();
   plugin.Init();
   const TStringList rows[] = {
@@ -59,7 +55,8 @@ TEST(SystemAddOn, CleansOnlyTheObjectThatTheProblemMeans) {
 }
 
 TEST(BrowserHelperObjects, TellsSwitchesAndDeletes) {
-  World world(Key(kWow + kHelpers + "\\{A}") + Key(kHelpers + "\\{A}") + Classes(R"(CLSID\{A} =   
+  World world(Classes(kSoftware + "Wow6432Node\\" + kHelpers + "\\{A} ; " + kSoftware + kHelpers +
+                      "\\{A} ; " + R"(CLSID\{A} =   
       CLSID\{A}\InprocServer = ; CLSID\{A}\LocalServer32 = b.exe ; CLSID\{A}\InprocServer32 =  a.dll
       W\CLSID\{A} = Name)"));
   TBrowserHelperObjects objects;
