@@ -35,12 +35,11 @@ TEST(Msiecf, ErasesOneWholeRecord) {
 }
 
 TEST(Msiecf, ChangesNothingInDoubt) {
-  struct Row {
+  const struct {
     const char* name;
     std::size_t at, value, size;
     Status erase, read;
-  };
-  const Row kRows[] = {
+  } kRows[] = {
       {"older version", 25, '4', 1, Unknown, Unknown},
       {"no signature", 0, 0, 1, Corrupt, Corrupt},
       {"longer than the file", 28, 0x10000, 4, Corrupt, Corrupt},
@@ -57,7 +56,7 @@ TEST(Msiecf, ChangesNothingInDoubt) {
       {"location outside", Record(0) + 52, 0xFFFFFF, 4, Absent, Ok},
       {"freed before", 0x254, 0x0C, 1, Absent, Ok},
   };
-  for (const Row& row : kRows) {
+  for (const auto& row : kRows) {
     Bytes file = BuildFile({"Visited: a@x", "Visited: a@y"});
     Set(file, row.at, row.value, row.size);
     const Bytes before = file;

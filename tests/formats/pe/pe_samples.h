@@ -22,51 +22,38 @@ inline void PutText(Bytes& out, UnicodeView text) {
   for (const char16_t unit : text) Put16(out, unit);
 }
 
-using Leaves = std::map<std::uint32_t, Bytes>;                          // by language
-using Tree = std::map<std::uint32_t, std::map<std::uint32_t, Leaves>>;  // by type, by number
+/// By type, then by number, then by language; data in the last of them.
+struct Tree {
+  std::map<std::uint32_t, Tree> children = {};
+  Bytes data = {};
+};
 
 inline constexpr std::uint32_t kAddress = 0x1000;
 
-/// Writes one directory level and what is below it; returns nothing, the target is patched in.
-template <typename Children, typename Write>
-inline void PutDirectory(Bytes& out, const Children& children, const Write& write) {
-  Bytes header(12);
-  out.insert(out.end(), header.begin(), header.end());
-  Put16(out, 0);
-  Put16(out, children.size());
+inline void PutTree(Bytes& out, const Tree& tree) {
+  if (tree.children.empty()) {
+    Put32(out, kAddress + out.size() + 16);
+    for (const std::size_t value : {tree.data.size(), std::size_t{0}, std::size_t{0}})
+      Put32(out, value);
+    out.insert(out.end(), tree.data.begin(), tree.data.end());
+    out.resize((out.size() + 3) / 4 * 4);
+    return;
+  }
+  out.resize(out.size() + 14);
+  Put16(out, tree.children.size());
   std::size_t entry = out.size();
-  out.resize(entry + children.size() * 8);
-  for (const auto& [id, child] : children) {
+  out.resize(entry + tree.children.size() * 8);
+  for (const auto& [id, child] : tree.children) {
     Set32(out, entry, id);
-    Set32(out, entry + 4, out.size() | write.kind);
-    write(out, child);
+    Set32(out, entry + 4, out.size() | (child.children.empty() ? 0U : 0x80000000U));
+    PutTree(out, child);
     entry += 8;
   }
 }
 
-struct WriteLeaf {
-  std::size_t kind = 0;
-  void operator()(Bytes& out, const Bytes& data) const {
-    Put32(out, kAddress + out.size() + 16);
-    Put32(out, data.size());
-    Put32(out, 0);
-    Put32(out, 0);
-    out.insert(out.end(), data.begin(), data.end());
-    out.resize((out.size() + 3) / 4 * 4);
-  }
-};
-template <typename Next>
-struct WriteLevel {
-  std::size_t kind = 0x80000000U;
-  template <typename Children>
-  void operator()(Bytes& out, const Children& children) const {
-    PutDirectory(out, children, Next{});
-  }
-};
-
 inline Bytes BuildFile(const Tree& tree, bool wide) {
   Bytes resources;
-  PutDirectory(resources, tree, WriteLevel<WriteLevel<WriteLeaf>>{});
+  PutTree(resources, tree);
   const std::size_t optionalSize = (wide ? 112 : 96) + 16 * 8;
   Bytes out(0x40);
   out[0] = 'M', out[1] = 'Z', out[0x3C] = 0x40;
@@ -145,12 +132,16 @@ inline Bytes VersionBlock() {
 
 inline Tree SampleTree() {
   Tree tree;
-  tree[ResourceString][1] = {{0x0409, Strings(5, u"five")},
-                             {0x0407, Strings(5, u"f\xFCnf")},
-                             {0x0807, Strings(5, u"foif")}};
-  tree[ResourceString][7] = {{0x0409, Strings(15, u"last")}, {0x0807, Strings(3, u"drei")}};
-  tree[ResourceString][9] = {{0x0411, Strings(0, u"\u65E5")}};
-  tree[ResourceVersion][1] = {{0x0409, VersionBlock()}};
+  const auto put = [&tree](std::uint32_t type, std::uint32_t number, LangId language, Bytes data) {
+    tree.children[type].children[number].children[language].data = std::move(data);
+  };
+  put(ResourceString, 1, 0x0409, Strings(5, u"five"));
+  put(ResourceString, 1, 0x0407, Strings(5, u"f\xFCnf"));
+  put(ResourceString, 1, 0x0807, Strings(5, u"foif"));
+  put(ResourceString, 7, 0x0409, Strings(15, u"last"));
+  put(ResourceString, 7, 0x0807, Strings(3, u"drei"));
+  put(ResourceString, 9, 0x0411, Strings(0, u"\u65E5"));
+  put(ResourceVersion, 1, 0x0409, VersionBlock());
   return tree;
 }
 

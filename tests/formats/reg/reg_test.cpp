@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "formats/reg/reg_text.h"
 #include "registry/Stringhelper.h"
 
@@ -22,8 +24,7 @@ std::string Show(const Document& document) {
 
 struct Case {
   const char* name;
-  std::string text;
-  std::string shown;
+  std::string text, shown;
 };
 
 const std::string kHead = "Windows Registry Editor Version 5.00\r\n\r\n";
@@ -87,16 +88,14 @@ TEST(RegText, ReadsBackWhatItWrites) {
   keys[1].path = u"HKEY_USERS\\b";
   keys[1].remove = true;
   const Document back = Parse(EncodeUtf16(Format(keys)));
-  ASSERT_EQ(back.error, "");
-  ASSERT_EQ(back.keys.size(), keys.size());
+  ASSERT_EQ(back.keys.size(), keys.size()) << back.error;
+  const auto same = [](const ValueEntry& a, const ValueEntry& b) {
+    return a.value == b.value && a.remove == b.remove;
+  };
   for (std::size_t i = 0; i < keys.size(); ++i) {
     EXPECT_EQ(back.keys[i].path, keys[i].path);
     EXPECT_EQ(back.keys[i].remove, keys[i].remove);
-    ASSERT_EQ(back.keys[i].values.size(), keys[i].values.size());
-    for (std::size_t j = 0; j < keys[i].values.size(); ++j) {
-      EXPECT_EQ(back.keys[i].values[j].value, keys[i].values[j].value) << j;
-      EXPECT_EQ(back.keys[i].values[j].remove, keys[i].values[j].remove);
-    }
+    EXPECT_TRUE(std::ranges::equal(back.keys[i].values, keys[i].values, same)) << Show(back);
   }
 }
 

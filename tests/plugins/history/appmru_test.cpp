@@ -7,45 +7,29 @@
 namespace scrubwell::test {
 namespace {
 
-const Abbreviations kShort = {{"{E}", "{S}{Explorer}"},
-                              {"{-E}", "{-S}{Explorer}"},
-                              {"{=E}", "{=S}{Explorer}"},
-                              {"{-kE}", "delete key HKCU\\Software\\{Explorer}"},
-                              {"{Explorer}", "Microsoft\\Windows\\CurrentVersion\\Explorer\\"},
-                              {"{S}", "HKEY_CURRENT_USER\\Software\\"},
-                              {"{-S}", "delete value HKCU\\Software\\"},
-                              {"{=S}", "set value HKCU\\Software\\"},
-                              {"{k}", "|existingkey:"}};
+const Abbreviations kShort = {{"{k}", "|existingkey:"}};
 
 TEST(AppMRU, FindsAndCleans) {
   CheckText<TRCPAppMRU>(R"(
       # healthy, or not to be told
-      {E}ComDlg32\OpenSaveMRU : a = C:\here.txt
-      {E}ComDlg32\OpenSaveMRU : b = C:\Windows
-      {E}ComDlg32\OpenSaveMRU : MRULIST = C:\gone.txt
-      {E}ComDlg32\OpenSaveMRU\x : MruList = C:\gone.txt
-      {E}ComDlg32\OpenSaveMRU\x : a = D:\gone.txt
-      {E}ComDlg32\OpenSaveMRU\x
-      {E}ComDlg32\OpenSaveMRU\x : d = C:\here.txt\inner\x.txt
-      {E}ComDlg32\OpenSaveMRU\x : e = dword:1
+      {E}ComDlg32\OpenSaveMRU : a = C:\here.txt ; : b = C:\Windows ; : MRULIST = C:\gone.txt
+      {E}ComDlg32\OpenSaveMRU\x : MruList = C:\gone.txt ; : a = D:\gone.txt
+      {E}ComDlg32\OpenSaveMRU\x ; : d = C:\here.txt\inner\x.txt ; : e = dword:1
       {E}FileExts\.txt\OpenWithList : a = x
-      {S}Microsoft\Office\12.0\Excel\Recent Files : File1 = C:\here.txt
-      {S}Microsoft\Office\12.0\Excel\Recent Files : File = C:\gone.txt
+      {S}Microsoft\Office\12.0\Excel\Recent Files : File1 = C:\here.txt ; : File = C:\gone.txt
       {S}Microsoft\Office\12.0\Excel\Recent Files : FileX = C:\gone.txt
       {S}Microsoft\Office\13.0\Excel\Recent Files : File1 = C:\gone.txt
       {S}Microsoft\Office\12.0\Access\Settings : MRUFlags1 = C:\gone.txt
       + C:\here.txt ; drive D: network
       # the order loses the letter and keeps the others
-      {E}ComDlg32\OpenSaveMRU : c = C:\gone.txt
-      {E}ComDlg32\OpenSaveMRU : MRUList = cab
+      {E}ComDlg32\OpenSaveMRU : c = C:\gone.txt ; : MRUList = cab
       {E}ComDlg32\OpenSaveMRU\x : a = C:\gone.x
       ? 1{k}{E}ComDlg32\OpenSaveMRU{v}c{f}C:\gone.txt
       ? 1{k}{E}ComDlg32\OpenSaveMRU\x{v}a{f}C:\gone.x
       ! {-E}ComDlg32\OpenSaveMRU "c" ; {=E}ComDlg32\OpenSaveMRU "MRUList"="ab"
       ! {-E}ComDlg32\OpenSaveMRU\x "a"
       # lists of programs
-      {S}Microsoft\Office\12.0\Excel\Recent Files : File2 = C:\gone.xls
-      {S}Microsoft\Office\12.0\Excel\Recent Files : File3 = C:\here.xls
+      {S}Microsoft\Office\12.0\Excel\Recent Files : File2 = C:\gone.xls ; : File3 = C:\here.xls
       {S}Microsoft\Office\9.0\Access\Settings : mru10 = C:\gone.mdb
       {S}Nico Mak Computing\WinZip\extract : extract0 = C:\gone
       + C:\here.xls
@@ -58,9 +42,7 @@ TEST(AppMRU, FindsAndCleans) {
       ! {=S}Microsoft\Office\12.0\Excel\Recent Files "File1"="C:\\here.xls"
       ! {-S}Microsoft\Office\12.0\Excel\Recent Files "File3"
       # open-with keys
-      {E}FileExts\.a
-      {E}FileExts\.b\OpenWithList
-      {E}FileExts\.c\Other
+      {E}FileExts\.a ; {E}FileExts\.b\OpenWithList ; {E}FileExts\.c\Other
       ? 2{k}{E}FileExts\.a ; 2{k}{E}FileExts\.b
       ! {-kE}FileExts\.a ; {-kE}FileExts\.b)",
                         kShort);
@@ -95,8 +77,7 @@ TEST(AppMRU, Addresses) {
 
 TEST(AppMRU, LeavesAnEntryThatChanged) {
   const Case row = ReadCases(R"(# two entries
-      {E}ComDlg32\OpenSaveMRU : a = C:\x\gone.txt
-      {E}ComDlg32\OpenSaveMRU : b = C:\gone2.txt
+      {E}ComDlg32\OpenSaveMRU : a = C:\x\gone.txt ; : b = C:\gone2.txt
       ! {-E}ComDlg32\OpenSaveMRU "a")",
                              kShort)[0];
   World world(row.registry);

@@ -24,55 +24,29 @@ const Abbreviations kShort = {{"{Windows}", Fix("Windows")},
                               {"{U}", "{E}UserAssist\\{UA}"},
                               {"{-U}", "{-E}UserAssist\\{UA}"},
                               {"{UA}", "{75048700-EF1F-11D0-9888-006097DEACF9}\\Count"},
-                              {"{E}", "{S}{Explorer}"},
-                              {"{-E}", "{-S}{Explorer}"},
-                              {"{=E}", "{=S}{Explorer}"},
-                              {"{-kE}", "delete key HKCU\\Software\\{Explorer}"},
-                              {"{Explorer}", "Microsoft\\Windows\\CurrentVersion\\Explorer\\"},
-                              {"{S}", "HKEY_CURRENT_USER\\Software\\"},
-                              {"{-S}", "delete value HKCU\\Software\\"},
-                              {"{=S}", "set value HKCU\\Software\\"},
                               {"{k}", "|existingkey:"},
                               {"{R}", kRecent},
                               {"{H}", kHome}};
 
-TEST(History, OpenWithKeys) {
-  const std::vector<Case> rows = ReadCases(R"(
-      # keys that hold something
-      {E}FileExts\.val : Application = x
-      {E}FileExts\.def = x
-      {E}FileExts\.list\OpenWithList : a = x
-      {E}FileExts\.deep\OpenWithList\x
-      {E}FileExts\.other\OpenWithList
-      {E}FileExts\.other\OpenWithProgids
-      # keys that hold nothing, and their names
-      {E}FileExts\.a
-      {E}FileExts\.b\OPENWITHLIST
-      {E}FileExts\.c
-      {E}FileExts\.d
+TEST(History, ListsOfTheRegistry) {
+  CheckText<TRCPHistory>(R"(
+      # open-with keys that hold something
+      {E}FileExts\.val : Application = x ; {E}FileExts\.def = x
+      {E}FileExts\.list\OpenWithList : a = x ; {E}FileExts\.deep\OpenWithList\x
+      {E}FileExts\.other\OpenWithList ; {E}FileExts\.other\OpenWithProgids
+      # open-with keys that hold nothing, and their names (~)
+      {E}FileExts\.a ; {E}FileExts\.b\OPENWITHLIST ; {E}FileExts\.c ; {E}FileExts\.d
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.b = btype
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\btype = B document
-      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.c = ctype
-      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\ctype
+      HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.c = ctype ; HKEY_LOCAL_MACHINE\SOFTWARE\Classes\ctype
       HKEY_LOCAL_MACHINE\SOFTWARE\Classes\.d = gone
       ? 2{k}{E}FileExts\.a|caption:.A-Datei (*.a) ; 2{k}{E}FileExts\.b|caption:B document (*.b)
       ? 2{k}{E}FileExts\.c|caption:ctype (*.c) ; 2{k}{E}FileExts\.d|caption:.D-Datei (*.d)
-      ! {-kE}FileExts\.a ; {-kE}FileExts\.b ; {-kE}FileExts\.c ; {-kE}FileExts\.d)",
-                                           kShort);
-  CheckCases<TRCPHistory>(rows);
-}
-
-TEST(History, ListsOfTheRegistry) {
-  std::vector<Case> rows = ReadCases(R"(
+      ! {-kE}FileExts\.a ; {-kE}FileExts\.b ; {-kE}FileExts\.c ; {-kE}FileExts\.d
       # dialogs: the order loses the letter
-      {E}ComDlg32\OpenSaveMRU : a = C:\here.txt
-      {E}ComDlg32\OpenSaveMRU : b = C:\gone.txt
-      {E}ComDlg32\OpenSaveMRU : mrulist = ba
-      {E}ComDlg32\OpenSaveMRU\txt : c = C:\gone.txt
-      {E}ComDlg32\OpenSaveMRU\txt : d = D:\gone.txt
-      {E}ComDlg32\OpenSaveMRU\txt : e = \\server\gone.txt
-      {E}ComDlg32\OpenSaveMRU\txt : f = C:\here.txt\inner
-      {E}ComDlg32\OpenSaveMRU\txt : MRUList = cde
+      {E}ComDlg32\OpenSaveMRU : a = C:\here.txt ; : b = C:\gone.txt ; : mrulist = ba
+      {E}ComDlg32\OpenSaveMRU\txt : c = C:\gone.txt ; : d = D:\gone.txt ; : e = \\server\gone.txt
+      {E}ComDlg32\OpenSaveMRU\txt : f = C:\here.txt\inner ; : MRUList = cde
       {E}ComDlg32\OpenSaveMRU\zip : a = C:\gone.zip
       + C:\here.txt ; drive D: removable
       ? 1{k}{E}ComDlg32\OpenSaveMRU{v}b{f}C:\gone.txt{nil}
@@ -82,32 +56,21 @@ TEST(History, ListsOfTheRegistry) {
       ! {-E}ComDlg32\OpenSaveMRU\txt "c" ; {=E}ComDlg32\OpenSaveMRU\txt "MRUList"="de"
       ! {-E}ComDlg32\OpenSaveMRU\zip "a"
       # commands: only programs that are surely gone, one repair
-      {E}RunMRU : a = C:\gone\x.exe -a /b\1
-      {E}RunMRU : b = notepad\1
-      {E}RunMRU : c = "C:\gone dir\y.exe" z\1
-      {E}RunMRU : d = %windir%\here.exe /q\1
-      {E}RunMRU : e = http://x/\1
-      {E}RunMRU : f = \\server\x\1
-      {E}RunMRU : g = C:\gone dir\z.exe C:\here.txt\1
-      {E}RunMRU : h = C:\gone\my.doc D:\x\1
-      {E}RunMRU : i = C:\Windows\System32\rundll32 C:\gone.dll,Entry\1
-      {E}RunMRU : j = dword:1
+      {E}RunMRU : a = C:\gone\x.exe -a /b\1 ; : b = notepad\1 ; : c = "C:\gone dir\y.exe" z\1
+      {E}RunMRU : d = %windir%\here.exe /q\1 ; : e = http://x/\1 ; : f = \\server\x\1
+      {E}RunMRU : g = C:\gone dir\z.exe C:\here.txt\1 ; : h = C:\gone\my.doc D:\x\1
+      {E}RunMRU : i = C:\Windows\System32\rundll32 C:\gone.dll,Entry\1 ; : j = dword:1
       {E}RunMRU : MRUList = cabdefghij
       + C:\Windows\here.exe ; C:\Windows\System32\rundll32.exe
-      ? 5{k}{E}RunMRU{v}a{f}C:\gone\x.exe{Windows}
-      ? 5{k}{E}RunMRU{v}c{f}C:\gone dir\y.exe{Windows}
-      ? 5{k}{E}RunMRU{v}g{f}C:\gone dir\z.exe{Windows}
-      ? 5{k}{E}RunMRU{v}h{f}C:\gone\my.doc{Windows}
+      ? 5{k}{E}RunMRU{v}a{f}C:\gone\x.exe{Windows} ; 5{k}{E}RunMRU{v}c{f}C:\gone dir\y.exe{Windows}
+      ? 5{k}{E}RunMRU{v}g{f}C:\gone dir\z.exe{Windows} ; 5{k}{E}RunMRU{v}h{f}C:\gone\my.doc{Windows}
       ! {-E}RunMRU "a" ; {-E}RunMRU "c" ; {-E}RunMRU "g" ; {-E}RunMRU "h"
       ! {=E}RunMRU "MRUList"="bdefij"
       # numbered lists close up, with what is kept beside them
-      {E}TypedPaths : url1 = C:\gone
-      {E}TypedPaths : url2 = C:\Windows
-      {S}Microsoft\Internet Explorer\TypedURLs : url1 = http://a/
-      {S}Microsoft\Internet Explorer\TypedURLs : url2 = file:///C:/gone%20x.htm
+      {E}TypedPaths : url1 = C:\gone ; : url2 = C:\Windows
+      {S}Microsoft\Internet Explorer\TypedURLs : url1 = http://a/ ; : url2 = file:///C:/gone%20x.htm
       {S}Microsoft\Internet Explorer\TypedURLs : url3 = http://c/
-      {S}Microsoft\Internet Explorer\TypedURLsTime : url2 = t2
-      {S}Microsoft\Internet Explorer\TypedURLsTime : url3 = t3
+      {S}Microsoft\Internet Explorer\TypedURLsTime : url2 = t2 ; : url3 = t3
       ? 5{k}{E}TypedPaths{v}url1{f}C:\gone{Windows}
       ? 5{k}{S}Microsoft\Internet Explorer\TypedURLs{v}url2{f}C:\gone x.htm{Windows}
       ! {-E}TypedPaths "url1" ; {-S}Microsoft\Internet Explorer\TypedURLs "url2"
@@ -121,10 +84,8 @@ TEST(History, ListsOfTheRegistry) {
       {S}Microsoft\Office\16.0\Excel\File MRU : Item 2 = [F00000000][T01D0000000000000][O00000000]*C:\gone.xls
       {S}Microsoft\Office\16.0\Excel\File MRU : Item 3 = C:\no mark.xls
       {S}Microsoft\Office\16.0\Excel\File MRU : Item = [F00000000][T01D0000000000000][O00000000]*C:\gone.xls
-      {S}WinRAR\ArcHistory : 0 = C:\gone.rar
-      {S}WinRAR\ArcHistory : 1 = C:\here.xls
-      {S}WinRAR\DialogEditHistory\ExtrPath : 0 = C:\gone dir
-      {S}WinRAR\DialogEditHistory\ExtrPath : 1 = C:\here.xls\inner\
+      {S}WinRAR\ArcHistory : 0 = C:\gone.rar ; : 1 = C:\here.xls
+      {S}WinRAR\DialogEditHistory\ExtrPath : 0 = C:\gone dir ; : 1 = C:\here.xls\inner\
       {S}Microsoft\Windows\CurrentVersion\Applets\Regedit : LastKey = C:\gone
       + C:\here.xls
       ? 4{k}{S}Microsoft\Office\16.0\Excel\File MRU{v}Item 2{f}C:\gone.xls{Excel}
@@ -138,31 +99,27 @@ TEST(History, ListsOfTheRegistry) {
       ! {=S}WinRAR\DialogEditHistory\ExtrPath "0"="C:\\here.xls\\inner\\"
       ! {-S}WinRAR\DialogEditHistory\ExtrPath "1"
       # usage counters: Start menu, full paths, names of no place
-      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x
-      {U} : HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax = x
-      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar Qve = x
-      {U} : HRZR_EHACVQY:%pfvqy2%\Urer.yax = x
-      {U} : HRZR_EHACNGU:P:\tbar.rkr = x
-      {U} : HRZR_EHACNGU = x
-      {U} : {S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr = x
-      {U} : Zvpebfbsg.Jvaqbjf.Rkcybere = x
+      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x ; : HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax = x
+      {U} : HRZR_EHACVQY:%pfvqy2%\Tbar Qve = x ; : HRZR_EHACVQY:%pfvqy2%\Urer.yax = x
+      {U} : HRZR_EHACNGU:P:\tbar.rkr = x ; : HRZR_EHACNGU = x
+      {U} : {S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr = x ; : Zvpebfbsg.Jvaqbjf.Rkcybere = x
       + C:\ProgramData\Microsoft\Windows\Start Menu\Here.lnk
       ? 9{k}{U}{v}HRZR_EHACVQY:%pfvqy2%\Tbar.yax{f}Gone.lnk{nil}
       ? 6{k}{U}{v}HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax{f}Dir\Gone.lnk{nil}
       ? 7{k}{U}{v}HRZR_EHACVQY:%pfvqy2%\Tbar Qve{f}Gone Dir{nil}
       ? 5{k}{U}{v}HRZR_EHACNGU:P:\tbar.rkr{f}C:\gone.exe{nil}
       ? 5{k}{U}{v}{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr{f}%windir%\gone.exe{nil}
-      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar.yax"
-      ! {-U} "HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax"
-      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar Qve"
-      ! {-U} "HRZR_EHACNGU:P:\tbar.rkr"
+      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar.yax" ; {-U} "HRZR_EHACVQY:%pfvqy23%\Qve\Tbar.yax"
+      ! {-U} "HRZR_EHACVQY:%pfvqy2%\Tbar Qve" ; {-U} "HRZR_EHACNGU:P:\tbar.rkr"
       ! {-U} "{S38OS404-1Q43-42S2-9305-67QR0O28SP23}\tbar.rkr"
       # a Start menu folder that is not known proves nothing
+      & no Start menu
       {U} : HRZR_EHACVQY:%pfvqy2%\Tbar.yax = x)",
-                                     kShort);
-  rows.back().setup = [](World& world) { world.Windows().shell.folders.erase(22); };
-  CheckCases<TRCPHistory>(rows);
-  for (const Case& row : rows) CheckFaults<TRCPHistory>(row);
+                         kShort, {{"no Start menu", [](Case& row) {
+                                     row.setup = [](World& world) {
+                                       world.Windows().shell.folders.erase(22);
+                                     };
+                                   }}});
 }
 
 TEST(History, RecentDocuments) {
@@ -178,18 +135,13 @@ TEST(History, RecentDocuments) {
         u"C:\\gone.xls";
     world.Windows().resources.versions[u"C:\\Office\\winword.exe"] = {14, 0, 1, 2};
   };
-  std::vector<Case> rows = ReadCases(R"(
+  CheckText<TRCPHistory>(R"(
       # links of both folders
+      & links
       {S}Microsoft\Office\14.0\Common\General : RecentFiles = Zuletzt
       HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows\CurrentVersion\App Paths\WINWORD.EXE = C:\Office\winword.exe
-      + C:\here.doc ; C:\Office\winword.exe ; {H}keep.txt
-      + {H}Microsoft\Office\Zuletzt\gone.lnk
-      + {R}here.lnk
-      + {R}gone.LNK
-      + {R}net.lnk
-      + {R}virtual.lnk
-      + {R}gone.pif
-      + {R}gone.url
+      + C:\here.doc ; C:\Office\winword.exe ; {H}keep.txt ; {H}Microsoft\Office\Zuletzt\gone.lnk
+      + {R}here.lnk ; {R}gone.LNK ; {R}net.lnk ; {R}virtual.lnk ; {R}gone.pif ; {R}gone.url
       + {R}broken.lnk
       ? 10|existingfile:{R}gone.LNK{f}C:\gone.doc|caption:gone
       ? 11|existingfile:{H}Microsoft\Office\Zuletzt\gone.lnk{f}C:\gone.xls|caption:gone
@@ -197,6 +149,7 @@ TEST(History, RecentDocuments) {
       ! erase file {H}Microsoft\Office\Zuletzt\gone.lnk ; erase folder {H}Microsoft\Office\Zuletzt
       ! erase folder {H}Microsoft\Office
       # a folder is spared only in the form that is compared
+      & links
       {E}Shell Folders : Start Menu = c:\users\tester\appdata\roaming\microsoft\windows\recent\
       {E}Shell Folders : AppData = {H}
       + {R}gone.LNK
@@ -204,13 +157,8 @@ TEST(History, RecentDocuments) {
       ! backup {R}gone.LNK ; erase file {R}gone.LNK
       # damaged, or not to be told; no version to look for a folder with
       {S}Microsoft\Office\Common\General : RecentFiles = Zuletzt
-      + {H}Microsoft\Office\Zuletzt\gone.lnk
-      + {R}broken.lnk
-      + {R}other.lnk | size=0)",
-                                     kShort);
-  rows[0].setup = rows[1].setup = setLinks;
-  CheckCases<TRCPHistory>(rows);
-  for (const Case& row : rows) CheckFaults<TRCPHistory>(row);
+      + {H}Microsoft\Office\Zuletzt\gone.lnk ; {R}broken.lnk ; {R}other.lnk | size=0)",
+                         kShort, {{"links", [=](Case& row) { row.setup = setLinks; }}});
 }
 
 TEST(History, Addresses) {
@@ -254,9 +202,7 @@ TEST(History, Addresses) {
 
 TEST(History, CleansWhatIsStillThere) {
   const Case row = ReadCases(R"(# three archives
-      {S}WinRAR\ArcHistory : 0 = C:\gone0.rar
-      {S}WinRAR\ArcHistory : 1 = C:\gone1.rar
-      {S}WinRAR\ArcHistory : 2 = C:\here.rar
+      {S}WinRAR\ArcHistory : 0 = C:\gone0.rar ; : 1 = C:\gone1.rar ; : 2 = C:\here.rar
       + C:\here.rar
       ? 4{k}{S}WinRAR\ArcHistory{v}0{f}C:\gone1.rar{WinRAR})",
                              kShort)[0];
@@ -268,16 +214,6 @@ TEST(History, CleansWhatIsStillThere) {
   (*SweepErrors)[1].Selected = true;
   EXPECT_EQ(world.CleanAll(), Lines());
   EXPECT_EQ(world.Scan(), row.problems);
-}
-
-TEST(History, AStopAmongTheLastItemsIsNoWholeScan) {
-  World world(ReadCases("# two\n{E}TypedPaths : url1 = C:\\gone\n{E}TypedPaths : url2 = C:\\gone2",
-                        kShort)[0]
-                  .registry);
-  auto& plugin = world.Create<TRCPHistory>();
-  plugin.OnScanProgress = [](TRCPlugin&, std::int32_t, UnicodeView, bool) { StopSearch = true; };
-  EXPECT_EQ(world.Scan().size(), 1U);
-  EXPECT_EQ(plugin.FState, rcpInited);
 }
 
 TEST(History, AddressesAreAnnouncedTwice) {

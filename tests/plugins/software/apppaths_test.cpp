@@ -9,25 +9,18 @@ const std::string kPlace = "HKLM\\SOFTWARE\\" + kPaths + "\\";
 const Abbreviations kShort = {{"{gone}", "|caption:a.exe{f}C:\\x\\gone.exe"}, {"{K}", kPaths}};
 
 TEST(AppPaths, FindsAndCleans) {
-  CheckText<TRCPAppPaths>(R"(
+  CheckText<TRCPAppPaths>(
+      R"(
       # healthy, or not to be told
       & 32-bit
-      {LM}{K}\here.exe = C:\x y\here.exe
-      {LM}{K}\quoted.exe = "C:\x y\here.exe"
-      {LM}{K}\folder.exe = C:\x y\
-      {LM}{K}\number.exe = dword:1
-      {LM}{K}\path.exe : Path = C:\nowhere
-      {LM}{K}\empty.exe = {}
-      {LM}{K}\parent.exe\sub
-      {LM}{K}\TB85.EXE = C:\x\gone.exe
-      {LM}{K}\d.exe = D:\gone.exe
-      {LM}{K}\bare.exe = gone.exe
+      {LM}{K}\here.exe = C:\x y\here.exe ; {LM}{K}\quoted.exe = "C:\x y\here.exe"
+      {LM}{K}\folder.exe = C:\x y\ ; {LM}{K}\number.exe = dword:1
+      {LM}{K}\path.exe : Path = C:\nowhere ; {LM}{K}\empty.exe = {} ; {LM}{K}\parent.exe\sub
+      {LM}{K}\TB85.EXE = C:\x\gone.exe ; {LM}{K}\d.exe = D:\gone.exe ; {LM}{K}\bare.exe = gone.exe
       + C:\x y\here.exe ; drive D: removable
       # the whole key when nothing else is in it; an exception in other letter case
       & 32-bit
-      {LM}{K}\a.exe = C:\x\gone.exe
-      {LM}{K}\b.exe
-      {LM}{K}\tb85.exe = C:\x\gone.exe
+      {LM}{K}\a.exe = C:\x\gone.exe ; {LM}{K}\b.exe ; {LM}{K}\tb85.exe = C:\x\gone.exe
       ? 1{32}{K}\a.exe{gone} ; 2{32}{K}\b.exe|caption:b.exe
       ? 1{32}{K}\tb85.exe|caption:tb85.exe{f}C:\x\gone.exe
       ! {-k}{K}\a.exe ; {-k}{K}\b.exe ; {-k}{K}\tb85.exe
@@ -38,19 +31,15 @@ TEST(AppPaths, FindsAndCleans) {
       # a key that can't be deleted
       & 32-bit
       & deny-delete HKLM\SOFTWARE\{K}\a.exe
-      {LM}{K}\a.exe = C:\x\gone.exe
-      {LM}{K}\b.exe
-      ? 2{32}{K}\b.exe|caption:b.exe)",
-                          kShort);
-  Case own = ReadCases(R"(# each view its own key
-      {LM}{K}\a.exe = C:\x\gone.exe
-      {W}{K}\b.exe
+      {LM}{K}\a.exe = C:\x\gone.exe ; {LM}{K}\b.exe
+      ? 2{32}{K}\b.exe|caption:b.exe
+      # each view its own key
+      & before Windows 7
+      {LM}{K}\a.exe = C:\x\gone.exe ; {W}{K}\b.exe
       ? 2{32}{K}\b.exe|caption:b.exe ; 1{64}{K}\a.exe{gone}
       ! {-Wk}{K}\b.exe ; {-k}{K}\a.exe)",
-                       kShort)[0];
-  own.options.rules = ViewRules::BeforeWindows7;
-  CheckCases<TRCPAppPaths>({&own, 1});
-  CheckFaults<TRCPAppPaths>(own);
+      kShort,
+      {{"before Windows 7", [](Case& row) { row.options.rules = ViewRules::BeforeWindows7; }}});
 }
 
 // What becomes of the other values of a key whose program is gone.

@@ -4,50 +4,27 @@
 namespace scrubwell::test {
 namespace {
 
-const std::string kUser = R"(HKEY_CURRENT_USER\Software\)";
-const std::string kMachine = R"(HKEY_LOCAL_MACHINE\Software\)";
-
-std::string Key(const std::string& key, const std::string& values) {
-  return "[" + key + "]\n" + values + "\n";
-}
-const Abbreviations kShort = {{"{U}", kUser},
-                              {"{k}", "1|existingkey:HKEY_"},
-                              {"{p}", "{v}Path{f}C:\\gone"},
-                              {"{-U}", "delete value HKCU\\Software\\"}};
-const std::string kGone = "\"Path\"=\"C:\\\\gone\"\n";
+const Abbreviations kShort = {
+    {"{k}", "1|existingkey:HKEY_"}, {"{p}", "{v}Path{f}C:\\gone"}, {"{=}", " : Path = C:\\gone"}};
 const MemoryOptions kBits32{.is64Bit = false};
 
 TEST(SoftwareInstalled, FindsAndCleans) {
   CheckText<TRCPSoftwareInstalled>(R"(
       # healthy, or not to be told
       & 32-bit
-      {U}WinRar : Path = C:\x y
-      {U}WinRar : My File = C:\x y\a.exe,0
-      {U}WinRar : Icon = C:\x, z\b@c.ico,-3
-      {U}WinRar : Plugins = C:\x y;C:\no z
-      {U}WinRar : Temp = %ProgramFiles%\wide
-      {U}WinRar : Root = D:\gone
-      {U}WinRar : Logo = @C:\gone.dll,-1
-      {U}WinRar : Default = gone.exe
-      {U}WinRar : Download = {}
-      {U}WinRar : Components = dword:7
-      {U}WinRar : Installed = C:\gone
-      {U}WinRar : PathTo = C:\gone
-      {LM}MozillaPlugins\@v.com/plugin : Path = C:\gone
-      {LM}Microsoft\Other : Path = C:\gone
-      {U}P2P Networking : Path = C:\gone
+      {S}WinRar : Path = C:\x y ; : My File = C:\x y\a.exe,0 ; : Icon = C:\x, z\b@c.ico,-3
+      {S}WinRar : Plugins = C:\x y;C:\no z ; : Temp = %ProgramFiles%\wide ; : Root = D:\gone
+      {S}WinRar : Logo = @C:\gone.dll,-1 ; : Default = gone.exe ; : Download = {}
+      {S}WinRar : Components = dword:7 ; : Installed = C:\gone ; : PathTo = C:\gone
+      {LM}MozillaPlugins\@v.com/plugin : Path = C:\gone ; {LM}Microsoft\Other : Path = C:\gone
+      {S}P2P Networking : Path = C:\gone
       + C:\x y\a.exe ; C:\x, z\b@c.ico ; C:\Program Files\wide\ ; drive D: removable
       # names and separators
       & 32-bit
-      {U}WinRar : Path = C:\gone dir\a.exe,0
-      {U}WinRar : Icon File = C:\gone|x,y
-      {U}WinRar : i N S t A l l D i r = C:\gone\	x
-      {U}WinRar : MyDataFile = "C:\gone\a b.exe"
-      {U}WinRar : source = C:\gone\a@b|c
-      {U}WinRar : UninstallCommand = C:\gone dir\u.exe /x
-      {U}WinRar : TempPath = C:\no z;C:\no w
-      {U}WinRar : a/Path = C:\gone\f
-      {U}WinRar : Uninstall = C:\gone\u.exe,%1
+      {S}WinRar : Path = C:\gone dir\a.exe,0 ; : Icon File = C:\gone|x,y
+      {S}WinRar : i N S t A l l D i r = C:\gone\	x ; : MyDataFile = "C:\gone\a b.exe"
+      {S}WinRar : source = C:\gone\a@b|c ; : UninstallCommand = C:\gone dir\u.exe /x
+      {S}WinRar : TempPath = C:\no z;C:\no w ; : a/Path = C:\gone\f ; : Uninstall = C:\gone\u.exe,%1
       ? {k}CURRENT_USER\Software\WinRar{v}Path{f}C:\gone dir\a.exe
       ? {k}CURRENT_USER\Software\WinRar{v}Icon File{f}C:\gone
       ? {k}CURRENT_USER\Software\WinRar{v}i N S t A l l D i r{f}C:\gone\
@@ -59,17 +36,14 @@ TEST(SoftwareInstalled, FindsAndCleans) {
       ? {k}CURRENT_USER\Software\WinRar{v}Uninstall{f}C:\gone\u.exe
       # every depth, a key after its subkeys, areas in their order
       & 32-bit
-      {U}Update\b : Path = C:\gone
-      {U}Update\a\deep\deeper : Path = C:\gone
-      {U}Update : Path = C:\gone
-      {LM}Update\x : Path = C:\gone
+      {S}Update\b : Path = C:\gone ; {S}Update\a\deep\deeper : Path = C:\gone
+      {S}Update : Path = C:\gone ; {LM}Update\x : Path = C:\gone
       ? {k}LOCAL_MACHINE\Software\Update\x{p} ; {k}CURRENT_USER\Software\Update\a\deep\deeper{p}
       ? {k}CURRENT_USER\Software\Update\b{p} ; {k}CURRENT_USER\Software\Update{p}
-      ! {-v}Update\x "Path" ; {-U}Update\a\deep\deeper "Path"
-      ! {-U}Update\b "Path" ; {-U}Update "Path"
+      ! {-v}Update\x "Path" ; {-S}Update\a\deep\deeper "Path"
+      ! {-S}Update\b "Path" ; {-S}Update "Path"
       # the process's own view alone
-      {LM}JavaSoft\wide : Path = C:\gone
-      {W}JavaSoft\narrow : Path = C:\gone
+      {LM}JavaSoft\wide : Path = C:\gone ; {W}JavaSoft\narrow : Path = C:\gone
       ? {k}LOCAL_MACHINE\Software\JavaSoft\narrow{p}
       ! {-Wv}JavaSoft\narrow "Path")",
                                    kShort);
@@ -78,28 +52,29 @@ TEST(SoftwareInstalled, FindsAndCleans) {
 // Every area is searched, and every name of the table asked for.
 TEST(SoftwareInstalled, CountsTheKeysOfItsAreas) {
   std::string registry;
-  for (const std::string& root : {kMachine, kUser}) {
+  for (const std::string root : {"HKEY_LOCAL_MACHINE\\Software\\", "{S}"}) {
     for (const char* area :
          {"Clients", "JavaSoft", "Mozilla", "MozillaPlugIns", "NetScape", "Symantec", "Update",
           "WinRar", "P2P Networking", "Microsoft\\MMC\\Internet Explorer", "Microsoft\\MMC\\Office",
           "Microsoft\\MMC\\SnapIns", "Microsoft\\MMC\\Windows Media", "Microsoft\\Updates"})
-      registry += Key(root + area + "\\a\\b", kGone) + Key(root + area + "\\c", "");
+      registry += root + area + "\\a\\b{=} ; " + root + area + "\\c\n";
   }
-  World world(registry, {}, kBits32);
+  World world(ReadCases("# areas\n" + registry, kShort)[0].registry, {}, kBits32);
   EXPECT_EQ(world.Run<TRCPSoftwareInstalled>().size(), 27U);
   EXPECT_EQ(world.Plugin().FScanItemsDone, 54);
 }
 
 TEST(SoftwareInstalled, StopsInEachPhaseAfterItsFirstStep) {
-  World world(Key(kUser + "Update\\a", kGone) + Key(kUser + "Update\\b\\c", kGone) +
-                  Key(kUser + "WinRar\\d", kGone),
-              {}, kBits32);
+  const Case row = ReadCases(R"(# two areas
+      {S}Update\a{=} ; {S}Update\b\c{=} ; {S}WinRar\d{=}
+      ? {k}CURRENT_USER\Software\Update\a{p})",
+                             kShort)[0];
+  World world(row.registry, {}, kBits32);
   auto& plugin = world.Create<TRCPSoftwareInstalled>();
   plugin.OnScanProgress = [](TRCPlugin& self, std::int32_t, UnicodeView, bool) {
     StopSearch = StopSearch || self.FScanItemsDone == 2;
   };
-  EXPECT_EQ(world.Scan(),
-            Lines{"1|existingkey:" + kUser + "Update\\a|existingvalue:Path|missingfile:C:\\gone"});
+  EXPECT_EQ(world.Scan(), row.problems);
   EXPECT_EQ(plugin.FState, rcpScanned);
   EXPECT_EQ(plugin.FScanItemsDone, 2);
 }

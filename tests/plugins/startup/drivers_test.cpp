@@ -12,28 +12,19 @@ const Abbreviations kShort = {
 TEST(Drivers, FindsAndCleans) {
   CheckText<TRCPDrivers>(R"(
       # healthy
-      {K}A : StaticVxD = *vmm
-      {K}A : DeviceVxDs = a.vxd, b.vxd
-      {K}B : Start = hex:00
-      {K}B : StaticVxD = dword:1
-      {K}C
+      {K}A : StaticVxD = *vmm ; : DeviceVxDs = a.vxd, b.vxd ; {K}B : Start = hex:00
+      {K}B : StaticVxD = dword:1 ; {K}C
       + C:\Windows\System\a.vxd ; C:\Windows\System32\b.vxd
       # both lists, items as they are listed, and what can't be told
       {K}A : DeviceVxDs = C:\x\gone.vxd
-      {K}A : StaticVxD = *vmm,D:\gone.vxd,, b.vxd ,E:\gone.vxd,\\s\t\gone.vxd
-      {K}A : Start = hex:00
+      {K}A : StaticVxD = *vmm,D:\gone.vxd,, b.vxd ,E:\gone.vxd,\\s\t\gone.vxd ; : Start = hex:00
       + drive D: network
       ? 1{k}A{v}StaticVxD{f} b.vxd  ; 1{k}A{v}DeviceVxDs{f}C:\x\gone.vxd
       ! set value {P}A "StaticVxD"="*vmm,D:\\gone.vxd,,E:\\gone.vxd,\\\\s\\t\\gone.vxd"
       ! delete value {P}A "DeviceVxDs"
       # a key goes with its last list
-      {K}A : StaticVxD = gone.vxd
-      {K}A : DeviceVxDs =  , ,
-      {K}B : StaticVxD = gone.vxd,
-      {K}B : sTART = hex:00
-      {K}C : DeviceVxDs = ,
-      {K}C : Start = hex:00
-      {K}C : Other = x
+      {K}A : StaticVxD = gone.vxd ; : DeviceVxDs =  , , ; {K}B : StaticVxD = gone.vxd,
+      {K}B : sTART = hex:00 ; {K}C : DeviceVxDs = , ; : Start = hex:00 ; : Other = x
       ? 1{k}A{v}StaticVxD{f}gone.vxd ; 2{k}A{v}DeviceVxDs
       ? 1{k}B{v}StaticVxD{f}gone.vxd ; 2{k}C{v}DeviceVxDs
       ! delete value {P}A "StaticVxD" ; delete value {P}A "DeviceVxDs" ; delete key {P}A
@@ -44,8 +35,7 @@ TEST(Drivers, FindsAndCleans) {
       ! set value {P}A "StaticVxD"="*vmm" ; set value {P}A "StaticVxD"="*vmm"
       # a key that can't be written
       & deny-write HKLM\SYSTEM\ControlSet001\Services\VxD\A
-      {K}A : StaticVxD = gone.vxd
-      {K}B : StaticVxD = ,
+      {K}A : StaticVxD = gone.vxd ; {K}B : StaticVxD = ,
       ? 2{k}B{v}StaticVxD)",
                          kShort);
 }
@@ -54,8 +44,7 @@ TEST(Drivers, FindsAndCleans) {
 TEST(Drivers, KeepsAKeyThatCannotBeRead) {
   for (std::uint64_t n = 1; n <= 8; ++n) {
     const Case row = ReadCases(R"(# a second value
-        {K}A : StaticVxD = gone.vxd
-        {K}A : Other = x
+        {K}A : StaticVxD = gone.vxd ; : Other = x
         ! delete value {P}A "StaticVxD")",
                                kShort)[0];
     World world(row.registry);

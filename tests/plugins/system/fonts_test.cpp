@@ -11,25 +11,18 @@ const Abbreviations kShort = {
     {"{shell}", "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders : Fonts"}};
 
 TEST(Fonts, FindsAndCleans) {
-  CheckText<TRCPFonts>(R"(
+  CheckText<TRCPFonts>(
+      R"(
       # healthy, or not to be told
-      {LM}{K} = gone.ttf
-      {LM}{K} : Arial = arial.ttf
-      {LM}{K} : Old = VGAOEM.FON
+      {LM}{K} = gone.ttf ; : Arial = arial.ttf ; : Old = VGAOEM.FON
       {LM}{K} : Local = C:\Users\tester\AppData\Local\Microsoft\Windows\Fonts\own.otf
-      {LM}{K} : Variable = %windir%\Fonts\arial.ttf
-      {LM}{K} : Stick = D:\gone.ttf
-      {LM}{K} : Number = dword:1
+      {LM}{K} : Variable = %windir%\Fonts\arial.ttf ; : Stick = D:\gone.ttf ; : Number = dword:1
       + C:\Windows\Fonts\arial.ttf ; C:\Windows\Fonts\vgaoem.fon ; drive D: removable
       + C:\Users\tester\AppData\Local\Microsoft\Windows\Fonts\own.otf
       # missing and empty, bare and with a folder; a share is looked for in the folder
       & 32-bit
-      {LM}{K} : A = gone.ttf
-      {LM}{K} : B = nil.fon
-      {LM}{K} : C = C:\x\gone.ttc
-      {LM}{K} : D = C:\x\nil.ttf
-      {LM}{K} : E = \\server\fonts\gone.ttf
-      {LM}{K} : F = %windir%\gone.ttf
+      {LM}{K} : A = gone.ttf ; : B = nil.fon ; : C = C:\x\gone.ttc ; : D = C:\x\nil.ttf
+      {LM}{K} : E = \\server\fonts\gone.ttf ; : F = %windir%\gone.ttf
       + C:\Windows\Fonts\nil.fon | size=0 ; C:\x\nil.ttf | size=0
       ? 1{32}{K}{v}A|caption:A{f}gone.ttf ; 2{32}{K}{v}B|caption:B|existingfile:nil.fon
       ? 1{32}{K}{v}C|caption:C{f}C:\x\gone.ttc ; 2{32}{K}{v}D|caption:D|existingfile:C:\x\nil.ttf
@@ -42,42 +35,35 @@ TEST(Fonts, FindsAndCleans) {
       ! {-v}{K} "Gone"
       # the default profile's folder comes second
       & 32-bit
-      {LM}{K} : A = a.ttf
-      {LM}{K} : B = b.ttf
-      {LM}{K} : Gone = gone.ttf
+      {LM}{K} : A = a.ttf ; : B = b.ttf ; : Gone = gone.ttf
       HKEY_USERS\.DEFAULT\{shell} = C:\Default
       + C:\Default\a.ttf ; C:\Default\b.ttf | size=0 ; C:\Windows\Fonts\b.ttf
       ? 1{32}{Gone}
       # a list that can't be written
       & deny-write HKLM\SOFTWARE\{K}
-      {LM}{K} : Gone = gone.ttf)",
-                       kShort);
-}
-
-// Of the two fonts one is found in the user's folder, and none where no folder is known.
-TEST(Fonts, AsksTheUserForAFolderThatTheShellDoesNotKnow) {
-  for (const bool known : {true, false}) {
-    Case row = ReadCases(std::string(R"(# the user's folder
-        & 32-bit
-        {LM}{K} : Gone = gone.ttf
-        {LM}{K} : A = a.ttf
-        + C:\Mine\a.ttf
-        )") + (known ? "HKEY_CURRENT_USER\\{shell} = C:\\Mine\\\n? 1{32}{Gone}" : ""),
-                         kShort)[0];
-    row.setup = [](World& world) { world.Windows().shell.folders.erase(20); };
-    CheckCases<TRCPFonts>({&row, 1});
-  }
-}
-
-TEST(Fonts, LieElsewhereBeforeWindowsNT) {
-  Case row = ReadCases(R"(# an older list
       {LM}{K} : Gone = gone.ttf
-      {LM}{9} : Nine = g.ttf
+      # where the shell knows no folder, the user's is asked for
+      & 32-bit
+      & no font folder
+      {LM}{K} : Gone = gone.ttf ; : A = a.ttf ; HKEY_CURRENT_USER\{shell} = C:\Mine\
+      + C:\Mine\a.ttf
+      ? 1{32}{Gone}
+      # without any folder nothing can be told
+      & 32-bit
+      & no font folder
+      {LM}{K} : Gone = gone.ttf
+      # an older list
+      & Windows ME
+      {LM}{K} : Gone = gone.ttf ; {LM}{9} : Nine = g.ttf
       ? 1{32}{9}{v}Nine|caption:Nine{f}g.ttf
       ! {-v}{9} "Nine")",
-                       kShort)[0];
-  row.options = {.is64Bit = false, .version = OsVersion::WinME};
-  CheckCases<TRCPFonts>({&row, 1});
+      kShort,
+      {{"no font folder",
+        [](Case& row) {
+          row.setup = [](World& world) { world.Windows().shell.folders.erase(20); };
+        }},
+       {"Windows ME",
+        [](Case& row) { row.options = {.is64Bit = false, .version = OsVersion::WinME}; }}});
 }
 
 }  // namespace

@@ -8,56 +8,38 @@ namespace scrubwell::test {
 namespace {
 
 const std::string kHelpers = R"(Microsoft\Windows\CurrentVersion\Explorer\Browser Helper Objects)";
-const std::string kWow = "Wow6432Node\\";
+const std::string kSoftware = "HKEY_LOCAL_MACHINE\\SOFTWARE\\";
 constexpr UnicodeView kSettings = u"Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Settings\\";
 
-std::string Key(const std::string& key, const std::string& values = {}) {
-  return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\" + key + "]\n" + values + "\n";
-}
-
 TEST(SystemAddOn, FindsAndCleans) {
-  const std::vector<Case> rows =
-      ReadCases(R"(
+  CheckText<TRCPSystemAddOn>(
+      R"(
       # codecs healthy, or not to be told
-      {W}{K} : wave = wdmaud.drv
-      {W}{K} : msacm.x = C:\c\x.acm
-      {W}{K} : vidc.net = E:\here.dll
-      {W}{K} : vidc.num = dword:1
-      {W}{K} : vidc.sub = .\gone.dll
-      {W}{K} : vidc.none = {}
+      {W}{K} : wave = wdmaud.drv ; : msacm.x = C:\c\x.acm ; : vidc.net = E:\here.dll
+      {W}{K} : vidc.num = dword:1 ; : vidc.sub = .\gone.dll ; : vidc.none = {}
       + C:\Windows\SysWOW64\wdmaud.drv ; C:\c\x.acm ; drive E: network ; E:\here.dll
       # codecs in both views; the default value ends the walk of its key
-      {W}{K} : a = gone.drv
-      {W}{K} = x
-      {W}{K} : b = gone.drv
-      {LM}{K} : c = E:\gone.acm
+      {W}{K} : a = gone.drv ; {W}{K} = x ; : b = gone.drv ; {LM}{K} : c = E:\gone.acm
       + drive E: network
       ? 1{32}{K}{v}a{f}gone.drv ; 1{64}{K}{v}c{f}E:\gone.acm
       ! {-Wv}{K} "a" ; {-v}{K} "c"
-      # helpers: one class in one view, another in none, and what is none
-      {W}{H}\{A}
-      {LM}{H}\{A}
-      {LM}{H}\{B}
-      {LM}{H}\AutoRunsDISABLED
-      {LM}{H}\Disabled
+      # helpers: one class in one view, another in none, and what is none (~)
+      {W}{H}\{A} ; {LM}{H}\{A} ; {LM}{H}\{B} ; {LM}{H}\AutoRunsDISABLED ; {LM}{H}\Disabled
       CLSID\{A}
       ? 2|caption:{A}{32}{H}\{A}|missingkey:32:HKEY_CLASSES_ROOT\CLSID\{A}|item:0
       ? 2|caption:{B}{64}{H}\{B}|missingkey:64:HKEY_CLASSES_ROOT\CLSID\{B}|item:2
       ! {-Wk}{H}\{A} ; {-k}{H}\{B}
       # one view on a 32-bit system
       & 32-bit
-      {LM}{H}\{A}
-      {LM}{K} : a = gone.drv
+      {LM}{H}\{A} ; {LM}{K} : a = gone.drv
       ? 1{32}{K}{v}a{f}gone.drv
       ? 2|caption:{A}{32}{H}\{A}|missingkey:32:HKEY_CLASSES_ROOT\CLSID\{A}|item:0
       ! {-v}{K} "a" ; {-k}{H}\{A})",
-                {{"{K}", "Microsoft\\Windows NT\\CurrentVersion\\Drivers32"}, {"{H}", kHelpers}});
-  CheckCases<TRCPSystemAddOn>(rows);
-  for (const std::size_t row : {1U, 3U}) CheckFaults<TRCPSystemAddOn>(rows[row]);
+      {{"{K}", "Microsoft\\Windows NT\\CurrentVersion\\Drivers32"}, {"{H}", kHelpers}});
 }
 
 TEST(SystemAddOn, CleansOnlyTheObjectThatTheProblemMeans) {
-  World world(Key(kWow + kHelpers + "\\{A}"));
+  World world(Classes(kSoftware + "Wow6432Node\\" + kHelpers + "\\{A}"));
   auto& plugin = world.Create<TRCPSystemAddOn>();
   plugin.Init();
   const TStringList rows[] = {
@@ -73,10 +55,9 @@ TEST(SystemAddOn, CleansOnlyTheObjectThatTheProblemMeans) {
 }
 
 TEST(BrowserHelperObjects, TellsSwitchesAndDeletes) {
-  World world(Key(kWow + kHelpers + "\\{A}") + Key(kHelpers + "\\{A}") + Classes(R"(CLSID\{A} =   
-      CLSID\{A}\InprocServer =
-      CLSID\{A}\LocalServer32 = b.exe
-      CLSID\{A}\InprocServer32 =  a.dll
+  World world(Classes(kSoftware + "Wow6432Node\\" + kHelpers + "\\{A} ; " + kSoftware + kHelpers +
+                      "\\{A} ; " + R"(CLSID\{A} =   
+      CLSID\{A}\InprocServer = ; CLSID\{A}\LocalServer32 = b.exe ; CLSID\{A}\InprocServer32 =  a.dll
       W\CLSID\{A} = Name)"));
   TBrowserHelperObjects objects;
   EXPECT_EQ(objects.GetObject(0), nullptr);  // only the count loads the list
