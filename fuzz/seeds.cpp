@@ -52,6 +52,24 @@ Seeds Hives(std::string_view) {
           Join(regf::DirtyPrimary(), regf::OldLog())};
 }
 
+Seeds Installations(std::string_view) {
+  regf::HiveBuilder builder;
+  const auto text = [&builder](UnicodeView key, UnicodeView name, UnicodeView value) {
+    builder.SetText(builder.CreatePath(builder.Root(), key), name, value);
+  };
+  text(u"Microsoft\\Windows NT\\CurrentVersion", u"SystemRoot", u"C:\\Windows");
+  text(u"Classes\\CLSID\\{5C4B0000-7A11-4E0D-9B1E-000000000013}\\InprocServer32", u"",
+       u"C:\\gone.dll");
+  text(u"Classes\\.x", u"", u"gone.x");
+  text(u"Microsoft\\Windows\\CurrentVersion\\Run", u"x", u"C:\\gone.exe /x");
+  text(u"Microsoft\\Windows\\CurrentVersion\\App Paths\\x.exe", u"", u"C:\\gone\\x.exe");
+  for (const UnicodeView name : {u"C:\\gone\\a.dll", u"C:\\gone\\b.dll"}) {
+    const UnicodeView key = u"Microsoft\\Windows\\CurrentVersion\\SharedDLLs";
+    builder.SetNumber(builder.CreatePath(builder.Root(), key), name, 1);
+  }
+  return {builder.Build()};
+}
+
 Seeds Scripts(std::string_view) {
   Bytes script;
   for (unsigned i = 0; i < 24; ++i) {
@@ -210,12 +228,24 @@ Seeds IniFiles(std::string_view) {
 }
 
 constexpr std::pair<std::string_view, Seeds (*)(std::string_view)> kTargets[] = {
-    {"command", &CommandLines}, {"editor", &Scripts},    {"hive", &Hives},
-    {"ini", &IniFiles},         {"job", &Tasks},         {"journal", &Journals},
-    {"lnk", &Shortcuts},        {"log", &Logs},          {"msiecf", &AddressFiles},
-    {"pe", &ProgramFiles},      {"program", &Arguments}, {"reg", &RegistryTexts},
-    {"security", &Descriptors}, {"since", &Reports},     {"template", &Templates},
-    {"trace", &Traces},         {"volume", &Identities},
+    {"command", &CommandLines},
+    {"editor", &Scripts},
+    {"hive", &Hives},
+    {"ini", &IniFiles},
+    {"installation", &Installations},
+    {"job", &Tasks},
+    {"journal", &Journals},
+    {"lnk", &Shortcuts},
+    {"log", &Logs},
+    {"msiecf", &AddressFiles},
+    {"pe", &ProgramFiles},
+    {"program", &Arguments},
+    {"reg", &RegistryTexts},
+    {"security", &Descriptors},
+    {"since", &Reports},
+    {"template", &Templates},
+    {"trace", &Traces},
+    {"volume", &Identities},
 };
 
 }  // namespace
