@@ -16,8 +16,11 @@ TEST(Whole, MemoryAndDiskGiveTheSameProblems) {
     EXPECT_EQ(Difference(inMemory, Package::Scan()), "") << "a second scan differs";
     EXPECT_TRUE(sample.Backend().Journal().empty()) << "a scan changed something";
   }
-  const DiskSample sample;
-  const OfflineOpenResult opened = OfflineBackend::Open({sample.Windows(), {}, {}});
+  const TempFolder folder;
+  const std::string disk = folder.Path().string();
+  ASSERT_EQ(std::system((SCRUBWELL_MKSAMPLE " " SCRUBWELL_SOURCE_DIR "/samples " + disk).c_str()),
+            0);
+  const OfflineOpenResult opened = OfflineBackend::Open({disk + "/C", {}, {}});
   ASSERT_NE(opened.backend, nullptr) << opened.error;
   const Package package(opened.backend->Platform());
   const Findings onDisk = Package::Scan();

@@ -38,31 +38,22 @@ UnicodeString Many(std::size_t count, UnicodeView part) {
   return text;
 }
 
-Keys ManyClasses(std::size_t count) {
+// Only the last one has anything wrong.
+Keys ManyClasses() {
   Keys keys;
-  for (std::size_t i = 0; i < count; ++i) {
-    UnicodeString number = IntToStr(static_cast<std::int64_t>(i));
-    number.insert(0, 12 - number.size(), u'0');
-    // Only the last one has anything wrong.
-    keys.push_back(Key(kClass + u"{0000000A-0000-0000-0000-" + number + u"}"));
+  for (int i = 1000000; i <= 1070000; ++i) {
+    keys.push_back(Key(kClass + u"{0000000A-0000-0000-0000-00000" + IntToStr(i) + u"}"));
   }
   keys.push_back(Key(keys.back().path + u"\\InprocServer32", {Text(u"", u"C:\\Gone\\last.dll")}));
   return keys;
 }
 
-std::vector<RegValue> ManyPaths(std::size_t count) {
+std::vector<RegValue> ManyPaths() {
   std::vector<RegValue> values;
-  for (std::size_t i = 0; i < count; ++i) {
-    const UnicodeString number = IntToStr(static_cast<std::int64_t>(i));
-    values.push_back(Text(u"v" + number + u"Path", u"C:\\Gone\\" + number + u".ini"));
+  for (int i = 0; i < 3000; ++i) {
+    values.push_back(Text(IntToStr(i) + u"Path", u"C:\\Gone\\" + IntToStr(i) + u".ini"));
   }
   return values;
-}
-
-Bytes LinkTo(UnicodeView target) {
-  Bytes data = TextData(target);
-  data.resize(data.size() - 2);
-  return data;
 }
 
 struct Row {
@@ -75,6 +66,8 @@ struct Row {
 std::vector<Row> Rows() {
   const UnicodeString longName = u"{" + Many(253, u"n") + u"}";
   const UnicodeString nul(u"a\0b", 3);
+  Bytes target = TextData(u"\\Registry\\Machine\\Software\\" + kSelf);
+  target.resize(target.size() - 2);
   return {
       {"a key's name of 255 units",
        {Key(kClass + longName + u"\\InprocServer32", {Text(u"", u"C:\\Gone\\a.dll")})},
@@ -90,16 +83,15 @@ std::vector<Row> Rows() {
        {Key(kCurrent + u"SharedDLLs", {{u"C:\\Gone\\big.dll", REGT_BINARY, Bytes(1 << 20)}}),
         Key(kCurrent + u"Run", {Text(u"big", Many(1 << 19, u"x"))})},
        1},
-      {"70,001 subkeys", ManyClasses(70001), 1},
-      {"3,000 values", {Key(kUser + u"\\Software\\Mozilla\\x", ManyPaths(3000))}, 3000},
+      {"70,001 subkeys", ManyClasses(), 1},
+      {"3,000 values", {Key(kUser + u"\\Software\\Mozilla\\x", ManyPaths())}, 3000},
       {"NUL and half a character in names",
        {Key(kCurrent + u"SharedDLLs", {Text(u"C:\\Gone\\\xD800.dll", u"")}),
         Key(kCurrent + u"Run", {Text(nul, u"C:\\Gone\\zero.exe")}),
         Key(kClass + u"{\xDC00}\\InprocServer32", {Text(u"", u"C:\\Gone\\half.dll")})},
        3},
       {"a link to itself",
-       {Key(kSoftware + kSelf, {{u"SymbolicLinkValue", REGT_LINK,
-                                 LinkTo(u"\\Registry\\Machine\\Software\\" + kSelf)}})},
+       {Key(kSoftware + kSelf, {{u"SymbolicLinkValue", REGT_LINK, target}})},
        0,
        true},
       {"a path of 32,000 units",
@@ -123,18 +115,15 @@ const Keys kBase = {
     Key(kUser + u"\\Software"),
 };
 
-Findings ScanDisk(const Disk& disk) {
+Findings ScanDisk(Disk& disk, const std::string& text) {
+  for (const char* folder : {"Windows/SysWOW64/", "Users/tester/"}) disk.Add(folder);
+  disk.Registry(text, kSid);
+  disk.WriteHives("Windows", "Users/tester", UnicodeString(kSid));
   const OfflineOpenResult opened = OfflineBackend::Open({disk.Folder(), {}, {}});
   EXPECT_NE(opened.backend, nullptr) << opened.error;
   if (!opened.backend) return {};
   const Package package(opened.backend->Platform());
   return Package::Scan();
-}
-
-void FurnishDisk(Disk& disk, const std::string& text) {
-  for (const char* folder : {"Windows/SysWOW64/", "Users/tester/"}) disk.Add(folder);
-  disk.Registry(text, kSid);
-  disk.WriteHives("Windows", "Users/tester", UnicodeString(kSid));
 }
 
 TEST(Whole, LongAndOddIsFoundAndCleaned) {
@@ -148,8 +137,7 @@ TEST(Whole, LongAndOddIsFoundAndCleaned) {
       regf::HiveBuilder& hive = disk.Hive(u"HKLM\\SOFTWARE");
       hive.SetLink(hive.CreatePath(hive.Root(), kSelf));
     }
-    FurnishDisk(disk, text);
-    const Findings onDisk = ScanDisk(disk);
+    const Findings onDisk = ScanDisk(disk, text);
     EXPECT_EQ(onDisk.size(), row.problems) << Difference({}, onDisk).substr(0, 500);
 
     MemoryBackend backend;

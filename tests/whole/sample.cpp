@@ -23,13 +23,6 @@ std::string ReadText(const fs::path& path) {
   return {bytes.begin(), bytes.end()};
 }
 
-MemoryOptions SampleOptions() {
-  MemoryOptions options;
-  options.userSid = u"S-1-5-21-3623811015-3361044348-30300820-1001";
-  options.userName = u"anna";
-  return options;
-}
-
 // One line of files.txt that the files in memory don't know.
 void AddContent(MemoryWorld& world, const UnicodeString& path, const std::string& kind,
                 const std::string& what) {
@@ -102,7 +95,8 @@ class MemorySample::Shell final : public IShell {
   MemoryShell& inner_;
 };
 
-MemorySample::MemorySample() : backend_(SampleOptions()) {
+MemorySample::MemorySample()
+    : backend_({.userSid = u"S-1-5-21-3623811015-3361044348-30300820-1001", .userName = u"anna"}) {
   static const std::vector<std::string> kTexts = [] {
     std::vector<std::string> texts;
     for (const auto& entry : fs::directory_iterator(kSamples / "registry")) {
@@ -136,12 +130,6 @@ MemorySample::MemorySample() : backend_(SampleOptions()) {
   platform_ = std::make_unique<TPlatform>(
       TPlatform{p.registry, p.files, p.system, p.text, *shell_, p.resources, p.profiles, p.services,
                 p.tasks, p.firewall, p.browser, p.images, p.notes, p.product});
-}
-
-DiskSample::DiskSample() {
-  const std::string command =
-      SCRUBWELL_MKSAMPLE " " + kSamples.string() + " " + folder_.Path().string();
-  EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
 std::string Difference(const Findings& expected, const Findings& found) {

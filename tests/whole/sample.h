@@ -44,17 +44,6 @@ class MemorySample {
   std::unique_ptr<TPlatform> platform_;
 };
 
-/// The sample in a temporary folder, with a folder for backups beside it.
-class DiskSample {
- public:
-  DiskSample();
-  [[nodiscard]] std::string Windows() const { return (folder_.Path() / "C").string(); }
-  [[nodiscard]] std::string Backups() const { return (folder_.Path() / "backups").string(); }
-
- private:
-  TempFolder folder_;
-};
-
 /// What is in one and not in the other, a line each; empty when they are equal.
 std::string Difference(const Findings& expected, const Findings& found);
 

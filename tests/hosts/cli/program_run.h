@@ -78,7 +78,6 @@ class ProgramRun : public testing::Test {
 
   TempFolder temporary_;
   const fs::path folder_ = temporary_.Path();
-  const fs::path config_ = folder_ / "C/Windows/System32/config";
 };
 
 /// Everything that a failing run must keep to: nothing on the standard output, one sentence.

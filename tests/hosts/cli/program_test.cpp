@@ -15,11 +15,8 @@ TEST_F(Program, AnswersToItsArguments) {
       {"--help", 0, "Commands:"},
       {"scan --help", 0, "--windows DIR"},
       {"scan --lang de --help", 0, "--windows ORDNER"},
-      {"plugins --help", 0, "--lang"},
-      {"plugins", 0, "SharedFiles"},
       {"plugins --lang de", 0, "Gemeinsame Dateien"},
       {"scan --plugins Fonts @/C --output -", 1, "problems found."},
-      {scan + "--lang=de", 1, "Probleme gefunden."},
       {scan + "--plugins sharedfiles,SharedFiles", 1, "aqspell.dll"},
       {scan + "--user anna --drive e=@/C:removable", 1, "user anna"},
       {scan + "--lang en --lang de", 1, "Probleme gefunden."},
@@ -38,16 +35,13 @@ TEST_F(Program, AnswersToItsArguments) {
       {scan + "--exclude Font", 2, "Font"},
       {scan + "--plugins Fonts --exclude fonts", 2, "no category"},
       {scan + "--kind Fonts", 2, "Fonts: not of the form"},
-      {scan + "--kind Fonts:", 2, "Fonts:"},
       {scan + "--kind Fonts:1,x", 2, "Fonts:1,x"},
       {scan + "--kind Fonts:99", 2, "Fonts:99: unknown kind"},
       {scan + "--kind Font:1", 2, "Font"},
-      {scan + "--limit -1", 2, "-1"},
       {scan + "--limit 9999999999", 2, "9999999999"},
       {scan + "--fail-on new", 2, "--since"},
       {scan + "--fail-on old", 2, "old"},
       {scan + "--since @/none.json", 2, "/none.json"},
-      {scan + "--since @/C", 2, "/C"},
       {scan + "--since @/C/Windows/win.ini", 2, "win.ini: is not a JSON report"},
       {"clean --all --dry-run --user all --windows @/C", 2, "scan only"},
       {"clean --all --dry-run --windows @/C --format csv", 2, "csv"},
@@ -60,20 +54,15 @@ TEST_F(Program, AnswersToItsArguments) {
       {"recover --live --windows @/C", 2, "--live: here a switched-off Windows"},
       {scan + "--plugin Fonts", 2, "did you mean --plugins?"},
       {scan + "extra", 2, "extra: a second folder"},
-      {scan + "--windows extra", 2, "extra: a second folder"},
       {"sessions prune", 2, "--keep N or --older-than DAYS"},
-      {"sessions prune --keep x", 2, "x: not a number"},
       {"sessions prune --keep 1", 2, "--yes"},
       {"sessions list --keep 1", 2, "--keep"},
-      {scan + "--user", 2, "--user"},
       {scan + "--format xml", 2, "xml"},
       {scan + "--lang fr", 2, "fr"},
       {scan + "--plugins fomts", 2, "did you mean Fonts?"},
       {scan + "--plugins SharedFiles,nix --lang de", 2, "nix: unbekannte"},
       {scan + "--user berta", 2, "there are: anna"},
       {scan + "--drive E", 2, "E: "},
-      {scan + "--drive 1=@", 2, "1="},
-      {scan + "--drive E=@/none", 2, "/none"},
       {"scan @/none --lang de", 3, "/none: Datei oder Ordner nicht gefunden"},
       {"scan --windows @/C/Users", 3, "/C/Users: no Windows here"},
       {"reg HKLM @/C/Windows/System32", 3, "/C?"},
@@ -100,7 +89,6 @@ TEST_F(Program, AnswersToItsArguments) {
 TEST_F(Program, SpeaksTheLanguageOfTheEnvironment) {
   const std::pair<const char*, bool> rows[] = {
       {"LANG=de_AT.UTF-8", true},
-      {"LANG=en_GB.UTF-8", false},
       {"LANG=den_CA", false},
       {"LC_ALL=C LANG=de_DE", false},
       {"LC_ALL= LANG=de", true},
@@ -109,7 +97,6 @@ TEST_F(Program, SpeaksTheLanguageOfTheEnvironment) {
       {"LANGUAGE=fr:de LANG=en_US.UTF-8", true},
       {"LANGUAGE=de LC_ALL=C", false},
       {"LANGUAGE=en:de LANG=de_DE", false},
-      {"LANGUAGE=fr LANG=de_DE", true},
   };
   for (const auto& [environment, german] : rows) {
     const Result result = Run("plugins", environment);
@@ -147,10 +134,8 @@ TEST_F(Program, WritesTheOutputWholeOrNotAtAll) {
   const std::tuple<std::string, int, std::string> rows[] = {
       {scan + "@/none/report.json", 2, "/none/report.json"},
       {scan + "@/C", 2, "/C"},
-      {scan + "@/report.json/x", 2, "/report.json/x"},
       {scan + "/dev/full", 2, "/dev/full"},
       {scan + "@/report.json --plugins nix", 2, "nix"},
-      {"scan --windows @/none --output @/report.json", 3, "/none"},
       {"scan --windows @/none --output @/new.json", 3, "/none"},
   };
   for (const auto& [arguments, status, part] : rows) {
@@ -165,20 +150,12 @@ TEST_F(Program, WritesTheOutputWholeOrNotAtAll) {
   EXPECT_EQ(Run(scan + "/dev/null").status, 1);
   EXPECT_EQ(Run("scan --plugins Fonts @/C --output @/page.HTML").status, 1);
   EXPECT_TRUE(Content(folder_ / "page.HTML").starts_with("<!DOCTYPE html>"));
-  EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 
-TEST_F(Program, SaysWhatIsWrongWithAnInstallation) {
-  std::string dirty = Content(config_ / "SOFTWARE");
-  dirty[4] = static_cast<char>(dirty[4] + 1);
-  Put(config_ / "SOFTWARE", dirty);
-  EXPECT_FALSE(Scan().at("notes").empty()) << "not closed properly, and no logs";
+TEST_F(Program, NotesWhatIsWrongWithAnInstallation) {
   Put(folder_ / "C/Users/anna/NTUSER.DAT", "regf");
   EXPECT_NE(Scan().at("notes").dump().find("NTUSER.DAT"), std::string::npos) << "but it goes on";
-  Put(config_ / "SOFTWARE", "This is no hive.");
-  ExpectComplaint(Run("scan --windows @/C"), 3, "SOFTWARE");
-  fs::remove(config_ / "SYSTEM");
-  Put(config_ / "SOFTWARE", dirty);
+  fs::remove(folder_ / "C/Windows/System32/config/SYSTEM");
   ExpectComplaint(Run("scan --windows @/C"), 3, "SYSTEM");
 }
 

@@ -7,6 +7,7 @@
 #include <set>
 #include <sstream>
 
+#include "hosts/report/problem_kinds.h"
 #include "markup.h"
 #include "registry/Stringhelper.h"
 #include "registry/Zmgraphics.h"
@@ -15,9 +16,10 @@
 namespace scrubwell::hosts {
 namespace {
 
-TEST(ImageCatalogue, EveryNumberOfThePackageHasItsFileAndEveryFileANumber) {
+TEST(Package, EveryKindHasItsIconAndItsTextsAndNothingElseHas) {
   ReportWorld world;
   std::set<UnicodeString> named;
+  std::size_t kinds = 0;
   for (const TRCPlugin* plugin : *Plugins) {
     EXPECT_NE(FindIcon(plugin->IconFileName), nullptr) << ToUtf8(plugin->FPluginID);
     named.insert(plugin->IconFileName);
@@ -25,10 +27,18 @@ TEST(ImageCatalogue, EveryNumberOfThePackageHasItsFileAndEveryFileANumber) {
       const UnicodeString file = FileNameByID(kind.iconID, PluginGraphics);
       EXPECT_NE(FindIcon(file), nullptr) << kind.iconID;
       named.insert(file);
+      EXPECT_NE(FindKind(plugin->FPluginID, kind.kind), nullptr) << ToUtf8(plugin->FPluginID);
+      ++kinds;
     }
   }
   for (const Icon& icon : AllIcons()) {
     EXPECT_TRUE(named.contains(IntToStr(icon.number) + u".svg")) << icon.number << " is unused";
+  }
+  EXPECT_EQ(AllKinds().size(), kinds);
+  const auto taxa = AllTechniques();
+  for (const ProblemKind& kind : AllKinds()) {
+    EXPECT_TRUE(kind.technique.empty() ||
+                std::ranges::find(taxa, kind.technique, &Technique::id) != taxa.end());
   }
 }
 

@@ -51,12 +51,11 @@ TEST(Sentences, ComeInTheReportsLanguage) {
 // A sentence that no backend says any more is not found by what it says now.
 TEST(Sentences, AreThoseOfTheBackends) {
   std::string sources;
-  for (const char* folder : {"backends", "formats", "registry"}) {
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(
-             SCRUBWELL_SOURCE_DIR "/src/" + std::string(folder))) {
-      if (!entry.is_regular_file()) continue;
+  for (const std::string folder : {"backends", "formats", "registry"}) {
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(SCRUBWELL_SOURCE_DIR "/src/" + folder)) {
       std::ifstream file(entry.path());
-      sources.append(std::istreambuf_iterator<char>(file), {});
+      if (entry.is_regular_file()) sources.append(std::istreambuf_iterator<char>(file), {});
     }
   }
   sources = std::regex_replace(sources, std::regex("\"\\s*u?\""), "");

@@ -30,8 +30,7 @@ class ReportWorld {
     auto problem = std::make_unique<TSweepError>();
     problem->PluginID = UnicodeString(plugin);
     problem->ErrorType = kind;
-    problem->Caption = problem->ShortDescription = UnicodeString(text);
-    problem->Description = UnicodeString(text);
+    problem->Caption = problem->ShortDescription = problem->Description = UnicodeString(text);
     problem->Data = std::move(data);
     report.shown.push_back(SweepErrors->Add(std::move(problem)));
   }

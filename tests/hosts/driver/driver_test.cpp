@@ -1,11 +1,11 @@
-#include "hosts/driver/clean_driver.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <set>
 
+#include "hosts/driver/clean_driver.h"
 #include "hosts/driver/problem_id.h"
+#include "hosts/driver/scan_driver.h"
 #include "support/world.h"
 
 namespace scrubwell {
@@ -28,13 +28,13 @@ class TRCPLitter : public TRCPlugin {
         letters_(letters),
         litter_(litter) {}
   void Init() override {
-    SetFScanItemCount(1);
+    SetFScanItemCount(static_cast<std::int32_t>(letters_.size()));
     FState = rcpInited;
   }
   void Scan() override {
     ErrorCount = 0;
-    if (!ShowScanItem(u"all")) return;
     for (const char16_t letter : letters_) {
+      if (!ShowScanItem(UnicodeString(1, letter))) return;
       if (!litter_.items.contains(letter)) continue;
       AddError(1, {UnicodeString(u"existingkey:32:HKEY_CURRENT_USER\\") + letter});
     }
@@ -59,9 +59,11 @@ class TRCPLitter : public TRCPlugin {
   Litter& litter_;
 };
 
-// Two plugins on an empty Windows; the first knows the letters to k, the second the rest.
+// Three plugins on an empty Windows, of 6, 0 and 4 letters.
 struct World : test::World {
-  explicit World(UnicodeView items) { litter.items.insert(items.begin(), items.end()); }
+  explicit World(UnicodeView items = u"abcdA1wxyz") {
+    litter.items.insert(items.begin(), items.end());
+  }
   static void Hide(char16_t letter) {
     TSweepError problem;
     problem.Data = {UnicodeString(u"existingkey:32:HKEY_CURRENT_USER\\") + letter};
@@ -71,13 +73,14 @@ struct World : test::World {
   }
 
   Litter litter;
-  TRCPLitter first{u"TRCPFirst", u"abcdAB12", litter};
-  TRCPLitter second{u"TRCPSecond", u"wxyzW", litter};
+  TRCPLitter first{u"TRCPFirst", u"abcdA1", litter};
+  TRCPLitter empty{u"TRCPEmpty", u"", litter};
+  TRCPLitter second{u"TRCPSecond", u"wxyz", litter};
 };
 
 std::string Id(char16_t letter) {
   TSweepError problem;
-  problem.PluginID = UnicodeView(u"wxyzW").find(letter) < 5 ? u"Second" : u"First";
+  problem.PluginID = letter >= u'w' ? u"Second" : u"First";
   problem.ErrorType = 1;
   problem.Data = {UnicodeString(u"existingkey:32:HKEY_CURRENT_USER\\") + letter};
   return ProblemDigest(problem).substr(0, 12);
@@ -89,7 +92,7 @@ std::string Outcomes(const CleanResult& result) {
   std::string text;
   for (const CleanedProblem& problem : result.problems) {
     std::string letter = "?";
-    for (const char c : std::string("abcdAB12wxyzW")) {
+    for (const char c : std::string("abcdA1wxyz")) {
       if (Id(static_cast<char16_t>(c)) == problem.id) letter = c;
     }
     text += (text.empty() ? "" : ", ") + letter + names[static_cast<int>(problem.outcome)];
@@ -108,6 +111,7 @@ TEST(CleanDriver, RepairsWhatWasSelectedAndSaysWhatCameOfIt) {
     const char* log;  // what CleanError was called for
     std::size_t left;
     int rounds;
+    int stopAt = -1;
   };
   const Row rows[] = {
       {"nothing there", u"", "", false, "", "", 0, 0},
@@ -121,10 +125,13 @@ TEST(CleanDriver, RepairsWhatWasSelectedAndSaysWhatCameOfIt) {
       {"a chain is nobody's choice", u"cx", "c", true, "c fixed", "c", 0, 1},
       {"no use in going on", u"aA1", "", true, "a fixed, A failed in 2, 1 still found in 2",
        "aA1A1", 2, 2},
+      {"stopped at once", u"abxy", "", false, "", "a", 0, 1, 1},
+      {"stopped in the second", u"abxy", "", false, "", "abx", 0, 1, 3},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     World world(row.items);
+    world.litter.stopAt = row.stopAt;
     CleanSelection selection{*row.select == '\0', {}};
     for (const char* c = row.select; *c != '\0'; ++c) {
       selection.ids.push_back(Id(static_cast<char16_t>(*c)));
@@ -137,8 +144,10 @@ TEST(CleanDriver, RepairsWhatWasSelectedAndSaysWhatCameOfIt) {
                         }});
     const CleanResult result = driver.Run(selection, row.untilClean);
     EXPECT_EQ(result.selection.failure, SelectFailure::None);
-    EXPECT_EQ(result.outcome, RunOutcome::Complete);
-    EXPECT_EQ(Outcomes(result), row.outcomes);
+    EXPECT_EQ(result.outcome, row.stopAt > 0 ? RunOutcome::Stopped : RunOutcome::Complete);
+    // The run's own list is back in its place.
+    EXPECT_TRUE(row.untilClean || SweepErrors->Count() == static_cast<int>(row.items.size()));
+    EXPECT_EQ(row.stopAt > 0 ? "" : Outcomes(result), row.outcomes);
     EXPECT_EQ(world.litter.log, row.log);
     EXPECT_EQ(result.Left(), row.left);
     EXPECT_EQ(result.rounds, row.rounds);
@@ -179,20 +188,66 @@ TEST(CleanDriver, RefusesWhatCantBeSelected) {
   EXPECT_EQ(Outcomes(CleanDriver({}).Run({false, {a}}, false, true)), "") << "it may be missing";
 }
 
-TEST(CleanDriver, StopsAfterTheProblemAtHand) {
-  const std::tuple<int, const char*, RunOutcome> rows[] = {
-      {1, "a", RunOutcome::Stopped},
-      {2, "ab", RunOutcome::Stopped},
-      {3, "abx", RunOutcome::Stopped},
-      {5, "abxy", RunOutcome::Complete},
-  };
-  for (const auto& [stopAt, log, outcome] : rows) {
-    World world(u"abxy");
-    world.litter.stopAt = stopAt;
-    EXPECT_EQ(CleanDriver({}).Run({true, {}}, false).outcome, outcome) << stopAt;
-    EXPECT_EQ(world.litter.log, log);
-    EXPECT_EQ(SweepErrors->Count(), 4) << "the run's own list is back in its place";
+TEST(ScanDriver, RunsWhatWasChosenAndStopsAtOnce) {
+  // The number is that of the item after which the stop comes in; 0: before the run, -1: never.
+  const std::tuple<const char*, std::vector<UnicodeString>, int, std::int32_t, RunOutcome,
+                   std::int32_t>
+      rows[] = {
+          {"all", {}, -1, 10, RunOutcome::Complete, 1000},
+          {"one, letter case ignored", {u"SECOND"}, -1, 4, RunOutcome::Complete, 1000},
+          {"two out of order", {u"Second", u"First"}, -1, 10, RunOutcome::Complete, 1000},
+          {"nothing to do", {u"Empty"}, -1, 0, RunOutcome::Complete, -1},
+          {"stopped before", {}, 0, 0, RunOutcome::Stopped, -1},
+          {"stopped in the first", {}, 2, 2, RunOutcome::Stopped, 200},
+          {"stopped in the last", {}, 9, 9, RunOutcome::Stopped, 900},
+          {"stopped after everything", {}, 10, 10, RunOutcome::Complete, 1000},
+          {"stopped between two", {}, 6, 6, RunOutcome::Stopped, 600},
+      };
+  for (const auto& [name, chosen, stopAt, problems, outcome, lastPromille] : rows) {
+    SCOPED_TRACE(name);
+    World world;
+    UnicodeString unknown;
+    ASSERT_TRUE(ChoosePlugins(chosen, unknown));
+    int itemsLeft = stopAt;
+    std::vector<std::int32_t> steps;
+    ScanDriver driver([&](const RunProgress& progress) {
+      steps.push_back(progress.promille);
+      if (--itemsLeft == 0) StopSearch = true;
+    });
+    StopSearch = stopAt == 0;
+    EXPECT_EQ(driver.Scan(), outcome);
+    EXPECT_EQ(SweepErrors->Count(), problems);
+    EXPECT_EQ(RCStatus, outcome == RunOutcome::Complete ? RCS_WaitingForUser : RCS_ScanAborted);
+    EXPECT_EQ(steps.empty() ? -1 : steps.back(), lastPromille);
+    EXPECT_TRUE(std::is_sorted(steps.begin(), steps.end()));
+    for (const TRCPlugin* plugin : *Plugins) EXPECT_FALSE(plugin->OnScanProgress);
   }
+}
+
+TEST(ScanDriver, EachRunStartsAfresh) {
+  World world;
+  ScanDriver driver;
+  UnicodeString unknown;
+  EXPECT_FALSE(ChoosePlugins(std::vector<UnicodeString>{u"First", u"Frist"}, unknown));
+  EXPECT_EQ(unknown, u"Frist");
+  EXPECT_TRUE(world.second.Active) << "a wrong choice changes nothing";
+
+  driver.Scan();
+  ShouldReSearch = true;
+  // The second run finds one of the ten on the ignore list.
+  world.Hide(u'x');
+  ASSERT_TRUE(ChoosePlugins({}, unknown));
+  driver.Scan();
+  EXPECT_EQ(SweepErrors->Count(), 10);
+  EXPECT_EQ(RealSweepErrorCount, 9);
+  EXPECT_EQ(CategoryErrors, 9);
+  EXPECT_FALSE(ShouldReSearch);
+  EXPECT_EQ(driver.Progress().TotalItems(), 10);
+
+  ASSERT_TRUE(ChoosePlugins(std::vector<UnicodeString>{u"Second"}, unknown));
+  driver.Scan();
+  EXPECT_EQ(world.first.ErrorCount, 0) << "a plugin left out keeps no count of another run";
+  EXPECT_EQ(world.first.FState, rcpUnknown);
 }
 
 }  // namespace
