@@ -102,7 +102,6 @@ constexpr Row kRows[] = {
     {u"C:\\Gone App\\x.exe \"C:\\Program Files\\App\\app.exe\"", 1},
     {u"C:\\Gone App\\x.exe C:\\Program Files\\App\\app.exe", 1},
     {u"C:\\Gone App\\x.exe \"%1\" %*", 1},
-    {u"\"C:\\Gone App\\x.exe\" -a", 1},
     {u"C:\\Gone App\\x.exe /uninst C:\\Gone App\\x.log", 1},
     {u"C:\\Gone\\x /uninst C:\\Gone\\x.log", 1},
     {u"C:\\Gone\\x.exe\tC:\\Program Files\\App\\app.exe", 1},
@@ -141,7 +140,6 @@ constexpr Row kRows[] = {
     {u"regsvr32 /i:\"some text\" shell32.dll", 0},
     {u"regsvr32 C:\\Gone\\x.ocx /s /i:\"C:\\a \\\"b c\\\"\"", 2},
     {u"regsvr32 \"shell32.dll\" \"C:\\Gone\\x.ocx\" -s", 0},
-    {u"msiexec /X{0F22C794-89DE-4F31-9479-827E3385CDAE}", 0},
     {u"msiexec /fomus {0F22C794-89DE-4F31-9479-827E3385CDAE} /l*v C:\\Gone\\x.log", 0},
     {u"msiexec /lvx+! \"C:\\Gone x\\a.log\" -i \"C:\\Program Files\\App\\app.exe\"", 0},
     {u"msiexec /log C:\\Gone\\x.log /x C:\\Gone\\f.msi", 2},
@@ -162,7 +160,6 @@ constexpr Row kRows[] = {
     {u"control.exe \"C:\\Program Files\\C, D\\x.cpl\",Name", 0},
     {u"javaw.exe -Xmx1g -jar \"C:\\Gone\\x.jar\" a", 2},
     {u"javaw.exe Main", 0},
-    {u"cmd /k \"C:\\Program Files\\App\\app.exe\"", 0},
     {u"wscript //B \"C:\\Gone\\s.vbs\"", 2},
     {u"wscript s.vbs", 0},
     {u"explorer.exe /e,C:\\Tools", 0},
@@ -291,11 +288,9 @@ TEST(Files, FaultsNeverProveAnythingMissing) {
 }
 
 TEST(System, ProfileStringsLinksAndVersions) {
-  for (const auto& [text, bare] : {std::pair{u"\"a b\"", u"a b"},
-                                   {u"\"a\" \"b\"", u"\"a\" \"b\""},
-                                   {u"a\" \"b", u"a\" \"b"},
-                                   {u"\"", u"\""}})
-    EXPECT_EQ(RemoveQuotationMarks(text), bare);
+  EXPECT_EQ(RemoveQuotationMarks(u"\"a b\""), u"a b");
+  for (const UnicodeView text : {u"\"a\" \"b\"", u"a\" \"b", u"\""})
+    EXPECT_EQ(RemoveQuotationMarks(text), text);
   World world({}, "C:\\Windows\\win.ini | text=[Windows]\\nload=a.exe , b.exe\\nrun=\\n");
   world.Windows().shell.links[u"C:\\x.lnk"] = u"C:\\target.exe";
   world.Windows().resources.versions[u"C:\\w.exe"] = {11, 0, 5, 6};
