@@ -36,6 +36,7 @@ constexpr const char* kBothViews = R"(
 [HKEY_LOCAL_MACHINE\SOFTWARE\Classes\Wow6432Node\CLSID\{32}]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Classes\Wow6432Node\.x\32]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Clients\64]
+[HKEY_LOCAL_MACHINE\SOFTWARE\Policies\shared]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows NT\CurrentVersion\Fonts\shared]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Clients\32]
 [HKEY_LOCAL_MACHINE\SOFTWARE\Wow6432Node\Only32]
@@ -47,16 +48,16 @@ const Case kCases[] = {
      kBothViews,
      {{"keys 32 HKCR\\CLSID", "{64}"},
       {"keys 64 HKCR\\CLSID", "{64}"},
-      {"keys own HKLM\\SOFTWARE", "Classes,Clients,Microsoft,Wow6432Node"}}},
+      {"keys own HKLM\\SOFTWARE", "Classes,Clients,Microsoft,Policies,Wow6432Node"}}},
     {"Windows 7 shares all classes but some",
      {},
      kBothViews,
      {{"keys 32 HKCR\\CLSID", "{32}"},
       {"keys 32 HKCR\\.x", "64"},
       {"keys 32 HKLM\\SOFTWARE\\Clients", "64"},
-      {"keys 64 HKLM\\SOFTWARE", "Classes,Clients,Microsoft"},
-      {"keys 32 HKLM\\SOFTWARE", "Classes,Clients,Only32"},
-      {"open 32 HKLM\\SOFTWARE", "3 0"},
+      {"keys 64 HKLM\\SOFTWARE", "Classes,Clients,Microsoft,Policies"},
+      {"keys 32 HKLM\\SOFTWARE", "Classes,Clients,Only32,Policies"},
+      {"open 32 HKLM\\SOFTWARE", "4 0"},
       {"keys 32 HKCR", ".x,CLSID,HCP"},
       {"keys 64 HKCR\\Wow6432Node", ".x,CLSID"}}},
     {"before Windows 7 the classes and the clients are redirected",
