@@ -76,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   SignLog(log);
   ReadAll(image, {log});
   if (image.size() >= BaseBlockSize) {
-    Put32(image, base::Checksum, BaseBlockChecksum(image));
+    SignBase(image);
     ReadAll(image, {log});
   }
   return 0;

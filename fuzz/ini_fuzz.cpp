@@ -6,13 +6,9 @@
 
 namespace {
 
-using scrubwell::Bytes;
-using scrubwell::Status;
-using scrubwell::TStringList;
-using scrubwell::UnicodeString;
-using scrubwell::UnicodeView;
+using namespace scrubwell;
 
-scrubwell::ini::Codec Latin1() {
+ini::Codec Latin1() {
   return {[](std::string_view bytes) {
             UnicodeString out;
             for (const char byte : bytes) out.push_back(static_cast<unsigned char>(byte));
@@ -25,7 +21,7 @@ scrubwell::ini::Codec Latin1() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Bytes file(data, data + size);
-  scrubwell::ini::Document document;
+  ini::Document document;
   if (document.Parse(file, Latin1()) != Status::Ok) return 0;
   Require(document.Bytes() == file);
   TStringList names;
@@ -34,8 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const UnicodeString& name : names) Require(document.Get(u"a", name, value) == Status::Ok);
   Require(document.Set(u"a", u"k", u"new") == Status::Ok);
   Require(document.Get(u"A", u"K", value) == Status::Ok && value == u"new");
-  while (document.Remove(u"a", u"k") == Status::Ok) {
-  }
+  while (document.Remove(u"a", u"k") == Status::Ok) continue;
   for (const UnicodeString& name : names) {
     const bool removed = name == u"k" || name == u"K";
     Require((document.Get(u"a", name, value) == Status::Ok) != removed);

@@ -79,6 +79,26 @@ void ReadJournal() {
   Require(names || !why.empty());
 }
 
+// Whatever a record names, opening it stays below the roots.
+void ReadRecord(const std::string& text) {
+  static DriveTree drives;
+  static std::string error;
+  static const bool added = drives.Add(u'C', Place(), DriveKind::Fixed, error);
+  static DiskRoot backups;
+  static const bool opened = OpenRoot(Place(), backups) == 0;
+  Require(added && opened);
+  CommitPlan plan;
+  plan.session = DiskPlace(backups, "s");
+  if (!ParseRecord(text, drives, backups, plan, error)) return;
+  for (const CommitStep& step : plan.steps) {
+    const UniqueFd fd = step.place.Open(O_PATH);
+    const std::string link = "/proc/self/fd/" + std::to_string(fd.Get());
+    Require(!fd.Good() ||
+            (std::filesystem::read_symlink(link).string() + "/").starts_with(Place() + "/"));
+    Require((step.attributes.mode & ~0777U) == 0);
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -87,38 +107,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   JsonLines lines(text);
   for (JsonValue line; lines.Next(line);) continue;
   const std::string session = Place() + "/s";
-  switch (bytes[0]) {
-    case 'j':
-      Store(session + std::string(kJournalFile), Sign(text));
-      ReadJournal();
-      break;
-    case 'u':
-      Store(session + std::string(kUndoneFile), Sign(text));
-      (void)LoadJournal(session);
-      std::filesystem::remove(session + std::string(kUndoneFile));
-      break;
-    case 'r': {
-      static DriveTree drives;
-      static std::string error;
-      static const bool added = drives.Add(u'C', Place(), DriveKind::Fixed, error);
-      static DiskRoot backups;
-      static const bool opened = OpenRoot(Place(), backups) == 0;
-      Require(added && opened);
-      CommitPlan plan;
-      plan.session = DiskPlace(backups, "s");
-      if (!ParseRecord(Sign(text), drives, backups, plan, error)) break;
-      // Whatever it names, opening it stays below the roots.
-      for (const CommitStep& step : plan.steps) {
-        const UniqueFd fd = step.place.Open(O_PATH);
-        const std::string link = "/proc/self/fd/" + std::to_string(fd.Get());
-        Require(!fd.Good() ||
-                (std::filesystem::read_symlink(link).string() + "/").starts_with(Place() + "/"));
-        Require((step.attributes.mode & ~0777U) == 0);
-      }
-      break;
-    }
-    default:
-      break;
+  if (bytes[0] == 'j') {
+    Store(session + std::string(kJournalFile), Sign(text));
+    ReadJournal();
   }
+  if (bytes[0] == 'u') {
+    Store(session + std::string(kUndoneFile), Sign(text));
+    (void)LoadJournal(session);
+    std::filesystem::remove(session + std::string(kUndoneFile));
+  }
+  if (bytes[0] == 'r') ReadRecord(Sign(text));
   return 0;
 }

@@ -1,9 +1,9 @@
 // The program's own command line: each line of the input is an argument.
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "hosts/cli/command_line.h"
+#include "require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace scrubwell::hosts;
@@ -18,10 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   std::vector<const char*> pointers;
   for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
   const ParsedCommand parsed = ParseCommandLine(static_cast<int>(pointers.size()), pointers.data());
-  if (parsed.command.has_value() != parsed.error.empty()) std::abort();
+  Require(parsed.command.has_value() == parsed.error.empty());
   const auto drive = ParseDrive(text);
-  if (drive && (drive->folder.empty() || drive->letter < u'A' || drive->letter > u'Z')) {
-    std::abort();
-  }
+  Require(!drive || (!drive->folder.empty() && drive->letter >= u'A' && drive->letter <= u'Z'));
   return 0;
 }

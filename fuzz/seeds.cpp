@@ -34,21 +34,10 @@ Seeds Texts(std::initializer_list<std::string_view> texts) {
 
 // ---- Hives ----------------------------------------------------------------------------------
 
-Bytes SmallHive(const regf::BuildOptions& options) {
-  regf::HiveBuilder builder(options);
-  for (const UnicodeView name : {u"a", u"B", u"gr\u00FCn", u"\u041A", u"lone\xD800"}) {
-    const auto key = builder.CreatePath(builder.Create(builder.Root(), name), u"x\\y");
-    builder.SetText(key, name, name);
-    builder.SetClass(key, name);
-  }
-  builder.SetValue(builder.Root(), {u"b", REGT_BINARY, Bytes(16345, 7)});
-  return builder.Build();
-}
-
 Seeds Hives(std::string_view) {
-  return {SmallHive({.lists = regf::ListKind::Index}),
-          SmallHive({.minorVersion = 3, .lists = regf::ListKind::Fast}),
-          SmallHive({.leafEntries = 2}), Join(regf::DirtyPrimary(), regf::NewLog({0, 1, 2})),
+  return {regf::SmallHive({.lists = regf::ListKind::Index}),
+          regf::SmallHive({.minorVersion = 3, .lists = regf::ListKind::Fast}),
+          regf::SmallHive({.leafEntries = 2}), Join(regf::DirtyPrimary(), regf::NewLog({0, 1, 2})),
           Join(regf::DirtyPrimary(), regf::OldLog())};
 }
 
@@ -72,15 +61,11 @@ Seeds Installations(std::string_view) {
 
 Seeds Scripts(std::string_view) {
   Bytes script;
-  for (unsigned i = 0; i < 24; ++i) {
-    for (const unsigned part : {i, i * 5 + 1, i * 3 % 9, i * 40}) {
+  for (unsigned i = 0; i < 24; ++i)
+    for (const unsigned part : {i, i * 5 + 1, i * 3 % 9, i * 40})
       script.push_back(static_cast<std::uint8_t>(part));
-    }
-  }
-  Seeds seeds = {Join(SmallHive({.leafEntries = 2}), script)};
-  for (const unsigned kind : {0U, 1U, 2U, 6U, 13U}) {
-    seeds.push_back(Join({static_cast<std::uint8_t>(kind)}, script));
-  }
+  Seeds seeds = {Join(regf::SmallHive({.leafEntries = 2}), script)};
+  for (const std::uint8_t kind : Bytes{0, 1, 2, 6, 13}) seeds.push_back(Join({kind}, script));
   return seeds;
 }
 

@@ -10,20 +10,15 @@ namespace {
 
 using namespace scrubwell;
 
-void StartUp() {
-  static MemoryBackend backend;
-  static const bool started = [] {
-    SetPlatform(&backend.Platform());
-    InitialiseRcCommon();
-    return true;
-  }();
-  if (!started) std::abort();
-}
+struct Start {
+  MemoryBackend backend;
+  Start() { SetPlatform(&backend.Platform()), InitialiseRcCommon(); }
+};
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  StartUp();
+  static const Start start;
   const UnicodeString text = FromUtf8({reinterpret_cast<const char*>(bytes), size});
   TSweepError problem;
   const std::size_t first = text.find(u'\n');

@@ -37,7 +37,6 @@ TEST(Fields, CountSelectAndRemove) {
       {u"", u',', 0, u"", u""},
       {u"b", u',', 1, u"", u""},
       {u"a, b ,c", u',', 3, u" b ", u"a,c"},
-      {u"a,B", u',', 2, u"B", u"a"},
       {u"b,a,,B", u',', 4, u"a", u"a,"},
       {u"a,,b", u',', 3, u"", u"a,"},
       {u" b,c ", u',', 2, u"c ", u"c "},
@@ -63,7 +62,6 @@ TEST(ResourceTexts, SplitIntoFileAndNumber) {
       {u"@x.inf,%Name%;text", false, u"", 0},
       {u"@{Pkg?ms-resource://Pkg/x}", false, u"", 0},
       {u"@x.dll,-99999999999", false, u"", 0},
-      {u"plain", false, u"", 0},
       {u"@,-1", false, u"", 0},
       {u"", false, u"", 0},
   };
@@ -83,7 +81,6 @@ TEST(Paths, TakeThemApart) {
       {u"C:\\a.b\\c", u"c", u"C:\\a.b", u""},
       {u"c.tar.gz", u"c.tar.gz", u"", u".gz"},
       {u"C:x", u"x", u"C:", u""},
-      {u"", u"", u"", u""},
   };
   for (const auto& [wantedPath, name, folder, extension] : rows) {
     EXPECT_EQ(ExtractFileName(wantedPath), name);
@@ -92,8 +89,7 @@ TEST(Paths, TakeThemApart) {
   }
   constexpr std::tuple<UnicodeView, UnicodeView, std::int32_t> icons[] = {
       {u"C:\\A,B\\x.dll,3", u"C:\\A,B\\x.dll", 3},
-      {u"x.dll,-110", u"x.dll", -110},
-      {u"\"C:\\x y.exe\",0", u"C:\\x y.exe", 0},
+      {u"\"C:\\x y.exe\",-110", u"C:\\x y.exe", -110},
       {u"C:\\A,B\\x.dll", u"C:\\A,B\\x.dll", 0},
       {u"%1", u"%1", 0},
   };
@@ -126,8 +122,7 @@ TEST(Addresses, BecomePaths) {
 TEST(Encodings, QuotedPrintableAndUtf8GoBothWays) {
   constexpr std::pair<UnicodeView, UnicodeView> rows[] = {
       {u"", u""},
-      {u"Software\\a b=c", u"Software\\a=20b=3Dc"},
-      {u"!<>~", u"!<>~"},
+      {u"Software\\a b=c!<>~", u"Software\\a=20b=3Dc!<>~"},
       {u"\u00E4\u20AC", u"=C3=A4=E2=82=AC"},
       {u"\U0001F600", u"=F0=9F=98=80"},
       {u"\x7F\x1D", u"=7F=1D"},
@@ -152,17 +147,10 @@ TEST(SmallTexts, KeepTheirRules) {
   EXPECT_EQ(Replace(u"x", u"", u"y"), u"x");
   EXPECT_EQ(FormatText(u"%s-Datei (*%s)", {u"%s", u".x"}), u"%s-Datei (*.x)");
   EXPECT_EQ(Trim(u"\x00\t a b\x1F "sv), u"a b");
-  constexpr std::pair<UnicodeView, std::int32_t> numbers[] = {{u"409", 409},
-                                                              {u"0", 0},
-                                                              {u"4a", 1000},
-                                                              {u"", 1000},
-                                                              {u" 1", 1000},
-                                                              {u"-7", -7},
-                                                              {u"-", 1000},
-                                                              {u"2147483648", 1000},
-                                                              {u"-2147483648", INT32_MIN}};
-  for (const auto& [text, value] : numbers)
-    EXPECT_EQ(StrToIntDef(text, 1000), value) << ToUtf8(text);
+  for (const UnicodeView text : {u"4a", u"", u" 1", u"-", u"2147483648"})
+    EXPECT_EQ(StrToIntDef(text, 1000), 1000) << ToUtf8(text);
+  EXPECT_EQ(StrToIntDef(u"409", 1000), 409);
+  EXPECT_EQ(StrToIntDef(u"-2147483648", 1000), INT32_MIN);
 }
 
 TEST(Wildcards, MatchWholeTextsWithoutCase) {
@@ -172,12 +160,10 @@ TEST(Wildcards, MatchWholeTextsWithoutCase) {
       {u"ac", u"a?c", false},
       {u"", u"*", true},
       {u"", u"?", false},
-      {u"aab", u"*ab", true},
       {u"abab", u"*ab", true},
       {u"abx", u"*ab", false},
       {u"a", u"", false},
-      {u"\u00C4x", u"\u00E4*", true},
-      {u"abc", u"**c*", true},
+      {u"\u00C4x", u"\u00E4**", true},
   };
   for (const auto& [text, mask, match] : rows) {
     TWildcardMatcher matcher;
@@ -198,9 +184,7 @@ TEST(HashList, ReplacesIteratesAndClears) {
   list.Add(u"b", &one);
   EXPECT_EQ(list.Get(u"A"), &two);
   EXPECT_EQ(list.Get(u"B"), nullptr) << "keys compare exactly";
-  int seen = 0;
-  for (auto* v = list.First(); v != nullptr; v = list.Next()) ++seen;
-  EXPECT_EQ(seen, 2);
+  EXPECT_TRUE(list.First() != nullptr && list.Next() != nullptr && list.Next() == nullptr);
   list.Clear();
   EXPECT_EQ(list.First(), nullptr);
 }

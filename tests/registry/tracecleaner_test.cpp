@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 #include "backends/memory/memory_backend.h"
 #include "formats/reg/reg_text.h"
@@ -25,10 +26,7 @@ struct Data {
     }
     return *this;
   }
-  Data& Text(UnicodeView text) {
-    const Bytes data = TextData(text);
-    return Add(data);
-  }
+  Data& Text(UnicodeView text) { return Add(TextData(text)); }
   Data& Add(const Bytes& data) {
     bytes.insert(bytes.end(), data.begin(), data.end());
     return *this;
@@ -67,16 +65,12 @@ class TraceCleaner : public ::testing::Test {
   TraceCleaner() {
     SetPlatform(&backend_.Platform());
     for (const char letter : {'a', 'b', 'c'}) {
-      Bytes list(25);
-      const Bytes drive = {0x19, 0, 0x2F, 'C', ':', '\\'};
-      std::copy(drive.begin(), drive.end(), list.begin());
-      const Bytes item = Item(letter);
-      list.insert(list.end(), item.begin(), item.end());
-      list.insert(list.end(), 2, 0);
-      const auto name = static_cast<char16_t>(letter);
-      backend_.World().shell.lists[list] = UnicodeString(u"C:\\") + name + u".lnk";
-      backend_.World().shell.lists[{static_cast<std::uint8_t>(letter)}] =
-          UnicodeString(u"C:\\dir\\") + name + u".txt";
+      Bytes drive = {0x19, 0, 0x2F, 'C', ':', '\\'};
+      drive.resize(25);
+      const UnicodeString name(1, static_cast<char16_t>(letter));
+      auto& lists = backend_.World().shell.lists;
+      lists[Data{drive}.Add(Item(letter)).Add({0, 0}).bytes] = u"C:\\" + name + u".lnk";
+      lists[{static_cast<std::uint8_t>(letter)}] = u"C:\\dir\\" + name + u".txt";
     }
   }
   ~TraceCleaner() override { SetPlatform(nullptr); }
@@ -194,17 +188,15 @@ TEST_F(TraceCleaner, DamagedMenuOrders) {
   const std::string key = kExplorer + "MenuOrder\\Start Menu\\&Programs";
   // No truncation and no wrong size may do harm; a count that does not fit forbids the repair.
   for (std::size_t size = 0; size < whole.size(); ++size) {
-    Data cut;
-    cut.Add(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+    Data cut{whole};
+    cut.bytes.resize(size);
     Add(key + "]\n\"Order\"=" + cut.Hex());
-    const bool hasFirst = !Search(u"Windows").empty();
-    if (!hasFirst) continue;
+    if (Search(u"Windows").empty()) continue;
     RemoveFirst(u"Windows", false);
     EXPECT_EQ(ValueOf(key, u"Order"), cut.bytes) << size;
   }
   for (std::size_t at = 0; at < whole.size(); ++at) {
-    Data wrong;
-    wrong.Add(whole);
+    Data wrong{whole};
     wrong.bytes[at] = 0xFF;
     Add(key + "]\n\"Order\"=" + wrong.Hex());
     EXPECT_LE(Search(u"Windows").size(), 2U);
@@ -244,13 +236,10 @@ TEST_F(TraceCleaner, NumberedLists) {
     Add(text);
     ASSERT_FALSE(Search(u"Paint").empty());
     RemoveFirst(u"Paint", true);
-    TStringList names;
-    TStringList data;
+    TStringList names, data;
     EnumRegValuesEx(RootKey::CurrentUser, path, names, data, {});
-    Lines left;
-    for (std::size_t i = 0; i < names.size(); ++i)
-      left.push_back(ToUtf8(names[i] + u"=" + data[i]));
-    std::ranges::sort(left);
+    std::set<std::string> left;
+    for (std::size_t i = 0; i < names.size(); ++i) left.insert(ToUtf8(names[i] + u"=" + data[i]));
     std::string joined;
     for (const std::string& line : left) joined += (joined.empty() ? "" : " ") + line;
     EXPECT_EQ(joined, wanted) << all;

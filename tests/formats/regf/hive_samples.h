@@ -29,7 +29,7 @@ inline std::size_t CountOf(const std::string& text, const std::vector<const char
 
 /// Readers of others, where they are installed.
 struct Witness {
-  const char* program;
+  std::string program;
   std::vector<const char*> key, value;  ///< what stands once for each in the output
 };
 inline const Witness Witnesses[] = {{"hivexml", {"<node "}, {"<value "}},
@@ -44,6 +44,36 @@ inline Bytes Pattern(std::size_t size, std::size_t salt = 0) {
   return bytes;
 }
 
+inline const UnicodeString OddNames[] = {
+    u"plain",        u"UPPER",      u"gr\u00F6\u00DFe",          u"\u041A\u043B\u044E\u0447",
+    u"\u00FFumlaut", u"lone\xD800", UnicodeString(u"nul\0x", 5), UnicodeString(u"nul\0", 4)};
+
+struct Shape {
+  const char* what;
+  BuildOptions options;
+  std::size_t children;  ///< that make such lists
+};
+inline const Shape Shapes[] = {
+    {"li", {.lists = ListKind::Index}, 40},
+    {"lf, data in one piece", {.minorVersion = 3, .lists = ListKind::Fast}, 40},
+    {"lh", {}, 40},
+    {"ri of lh", {.leafEntries = 3}, 400},
+    {"ri of li", {.lists = ListKind::Index, .leafEntries = 2}, 50},
+    {"ri of lf, one each", {.lists = ListKind::Fast, .leafEntries = 1}, 50},
+    {"many", {}, 75000}};
+
+/// A few keys with names of all kinds, below each other, and data in segments.
+inline Bytes SmallHive(const BuildOptions& options) {
+  HiveBuilder builder(options);
+  for (const UnicodeView name : {u"a", u"B", u"gr\u00FCn", u"\u041A", u"lone\xD800"}) {
+    const auto key = builder.CreatePath(builder.Create(builder.Root(), name), u"x\\y");
+    builder.SetText(key, name, name);
+    builder.SetClass(key, name);
+  }
+  builder.SetValue(builder.Root(), {u"b", REGT_BINARY, Bytes(16345, 7)});
+  return builder.Build();
+}
+
 /// A hive with one key "Box" to be damaged, and "Sound" beside it that must stay readable.
 struct Patient {
   Bytes image;
@@ -54,6 +84,9 @@ struct Patient {
     return std::span(image).subspan(BaseBlockSize + cell + 4U);
   }
   std::uint32_t Field(CellOffset cell, std::size_t field) { return Get32(At(cell), field); }
+  void Set(CellOffset cell, std::size_t field, std::uint32_t to) { Put32(At(cell), field, to); }
+  void Set16(CellOffset cell, std::size_t field, std::uint16_t to) { Put16(At(cell), field, to); }
+  void Resize(CellOffset cell, std::uint32_t to) { Put32(image, BaseBlockSize + cell, to); }
   std::span<std::uint8_t> List() { return At(Field(box, nk::SubkeyList)); }
   std::span<std::uint8_t> ValueList() { return At(Field(box, nk::ValueList)); }
 };
@@ -101,22 +134,22 @@ inline void SignBase(Bytes& image) {
   Put32(image, base::Checksum, BaseBlockChecksum(image));
 }
 
-/// The first state as it lies on the disk when the system stopped during a write.
-inline Bytes DirtyPrimary() {
-  Bytes hive = State(0);
-  Put32(hive, base::Primary, First + 1);
-  Put32(hive, base::Secondary, First);
-  SignBase(hive);
-  return hive;
+/// With the field set, and the first block's sum right again.
+inline Bytes With(Bytes image, std::size_t field, std::uint32_t value) {
+  Put32(image, field, value);
+  SignBase(image);
+  return image;
 }
 
-inline Bytes LogHead(std::uint32_t type, const Bytes& hive, std::uint32_t sequence) {
-  Bytes head(hive.begin(), hive.begin() + SectorSize);
-  Put32(head, base::Type, type);
-  Put32(head, base::Primary, sequence);
-  Put32(head, base::Secondary, sequence);
-  SignBase(head);
-  return head;
+/// The first state as it lies on the disk when the system stopped during a write.
+inline Bytes DirtyPrimary() {
+  return With(With(State(0), base::Primary, First + 1), base::Secondary, First);
+}
+
+inline Bytes LogHead(std::uint32_t type, Bytes hive, std::uint32_t sequence) {
+  hive.resize(SectorSize);
+  return With(With(With(hive, base::Type, type), base::Primary, sequence), base::Secondary,
+              sequence);
 }
 
 inline void SignEntry(std::span<std::uint8_t> entry) {

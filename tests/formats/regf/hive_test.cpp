@@ -11,32 +11,12 @@
 namespace scrubwell::regf {
 namespace {
 
-const std::vector<UnicodeString> OddNames = {
-    u"plain",        u"UPPER",      u"gr\u00F6\u00DFe",          u"\u041A\u043B\u044E\u0447",
-    u"\u00FFumlaut", u"lone\xD800", UnicodeString(u"nul\0x", 5), UnicodeString(u"nul\0", 4)};
-
-struct ShapeRow {
-  const char* what;
-  BuildOptions options;
-  std::size_t children;
-};
-
-const ShapeRow Shapes[] = {
-    {"li", {.lists = ListKind::Index}, 40},
-    {"lf", {.lists = ListKind::Fast}, 40},
-    {"lh", {.lists = ListKind::Hash}, 40},
-    {"ri of lh", {.leafEntries = 7}, 400},
-    {"ri of li", {.lists = ListKind::Index, .leafEntries = 1}, 50},
-    {"version 1.3, data in one piece", {.minorVersion = 3, .lists = ListKind::Fast}, 3},
-    {"many", {}, 75000},
-};
-
 /// Names that start alike, in no order: every list must be sorted by the builder.
 UnicodeString ChildName(std::size_t i) {
   return u"Child" + IntToStr(static_cast<int>(i));
 }
 
-HiveBuilder MakeShape(const ShapeRow& row) {
+HiveBuilder MakeShape(const Shape& row) {
   HiveBuilder builder(row.options);
   for (std::size_t i = 0; i < row.children; ++i) {
     builder.SetNumber(builder.Create(builder.Root(), ChildName(i)), u"n",
@@ -70,7 +50,7 @@ void ExpectChild(const Hive& hive, CellOffset parent, UnicodeView name) {
 }
 
 TEST(HiveReader, ReadsBackEveryShape) {
-  for (const ShapeRow& row : Shapes) {
+  for (const Shape& row : Shapes) {
     SCOPED_TRACE(row.what);
     const HiveBuilder builder = MakeShape(row);
     const OpenedHive opened = Hive::FromBytes(builder.Build(), "sample");
@@ -79,7 +59,7 @@ TEST(HiveReader, ReadsBackEveryShape) {
     EXPECT_FALSE(hive.Facts().dirty);
     std::size_t keys = 0;
     EXPECT_EQ(hive.Walk(hive.Root(), [&keys](const Subkey&, int) { ++keys; }), Status::Ok);
-    EXPECT_EQ(keys, 1 + row.children + 2 + OddNames.size() + 2);
+    EXPECT_EQ(keys, 1 + row.children + 2 + std::size(OddNames) + 2);
 
     for (std::size_t i = 0; i < row.children; i += row.children / 20 + 1) {
       ExpectChild(hive, hive.Root(), ChildName(i));
@@ -124,7 +104,7 @@ TEST(HiveReader, ReadsBackEveryShape) {
 
 TEST(HiveReader, OtherReadersSeeTheSameTree) {
   const test::TempFolder folder;
-  for (const ShapeRow& row : Shapes) {
+  for (const Shape& row : Shapes) {
     // hivexml gives up above some 70,000 subkeys and knows no segments before 1.5.
     if (row.children > 70000 || row.options.minorVersion < 5) continue;
     SCOPED_TRACE(row.what);
@@ -137,9 +117,8 @@ TEST(HiveReader, OtherReadersSeeTheSameTree) {
     const std::string path = folder.Store("sample", builder.Build()).string();
     for (const Witness& witness : Witnesses) {
       SCOPED_TRACE(witness.program);
-      const std::string program = witness.program;
-      if (OutputOf("command -v " + program).empty()) continue;
-      const std::string output = OutputOf(program + " " + path);
+      if (!test::HasWitness(witness.program)) continue;
+      const std::string output = OutputOf(witness.program + " " + path);
       EXPECT_EQ(CountOf(output, witness.key), row.children + 1);
       EXPECT_EQ(CountOf(output, witness.value), row.children * 2);
     }
@@ -170,12 +149,11 @@ struct DamageRow {
 
 const DamageRow Damages[] = {
     {"nothing", Whole, [](Patient&) {}},
-    {"root as a child", LessOne, [](Patient& p) { Put32(p.List(), 4, p.root); }},
     {"itself as a child", LessOne, [](Patient& p) { Put32(p.List(), 4, p.box); }},
     {"the list of its parent", NoSubkeys,
-     [](Patient& p) { Put32(p.At(p.box), nk::SubkeyList, p.Field(p.root, nk::SubkeyList)); }},
-    {"a grandchild listing its ancestors", Whole,
-     [](Patient& p) { Put32(p.At(p.beta), nk::SubkeyList, p.Field(p.box, nk::SubkeyList)); }},
+     [](Patient& p) { p.Set(p.box, nk::SubkeyList, p.Field(p.root, nk::SubkeyList)); }},
+    {"ancestors below", Whole,
+     [](Patient& p) { p.Set(p.beta, nk::SubkeyList, p.Field(p.box, nk::SubkeyList)); }},
     {"one child twice", LessOne, [](Patient& p) { Put32(p.List(), 4 + 16, p.alpha); }},
     {"order broken", Whole,
      [](Patient& p) {
@@ -191,20 +169,17 @@ const DamageRow Damages[] = {
      {Corrupt, 2, Corrupt, Corrupt},
      [](Patient& p) { Put32(p.List(), 4 + 8, 0xFFFFFFF0U); }},
     {"unaligned child", LessOne, [](Patient& p) { Put32(p.List(), 4, p.alpha + 4); }},
-    {"child in a free cell", LessOne,
-     [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 88); }},
-    {"child in a cell of no size", LessOne,
-     [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 0); }},
-    {"child in an endless cell", LessOne,
-     [](Patient& p) { Put32(p.image, BaseBlockSize + p.alpha, 0x80000000U); }},
-    {"child with a name beyond its cell", LessOne,
-     [](Patient& p) { Put16(p.At(p.alpha), nk::NameSize, 0x7FFF); }},
-    {"child with half a unit", LessOne, [](Patient& p) { Put16(p.At(p.alpha), nk::Flags, 0); }},
+    {"child in a free cell", LessOne, [](Patient& p) { p.Resize(p.alpha, 88); }},
+    {"child of no size", LessOne, [](Patient& p) { p.Resize(p.alpha, 0); }},
+    {"endless child", LessOne, [](Patient& p) { p.Resize(p.alpha, 0x80000000U); }},
+    {"child of an endless name", LessOne,
+     [](Patient& p) { p.Set16(p.alpha, nk::NameSize, 0x7FFF); }},
+    {"child with half a unit", LessOne, [](Patient& p) { p.Set16(p.alpha, nk::Flags, 0); }},
     {"list longer than its cell",
      {Corrupt, 3, Ok, Corrupt},
      [](Patient& p) { Put16(p.List(), 2, 0xFFFF); }},
     {"list shorter than the count", LessOne, [](Patient& p) { Put16(p.List(), 2, 2); }},
-    {"no list", NoSubkeys, [](Patient& p) { Put32(p.At(p.box), nk::SubkeyList, NoCell); }},
+    {"no list", NoSubkeys, [](Patient& p) { p.Set(p.box, nk::SubkeyList, NoCell); }},
     {"unknown list", NoSubkeys, [](Patient& p) { p.List()[0] = 'x'; }},
     {"index of itself", NoSubkeys,
      [](Patient& p) {
@@ -214,29 +189,20 @@ const DamageRow Damages[] = {
      }},
     {"impossible counts",
      {Corrupt, 0, Corrupt, Corrupt, Corrupt},
-     [](Patient& p) { Put32(p.At(p.box), nk::SubkeyCount, 0x40000000U); }},
-    {"wild value list", NoValues,
-     [](Patient& p) { Put32(p.At(p.box), nk::ValueList, 0x7FFFFFF8U); }},
-    {"more values than listed", NoValues,
-     [](Patient& p) { Put32(p.At(p.box), nk::ValueCount, 5); }},
+     [](Patient& p) { p.Set(p.box, nk::SubkeyCount, 0x40000000U); }},
+    {"wild value list", NoValues, [](Patient& p) { p.Set(p.box, nk::ValueList, 0x7FFFFFF8U); }},
+    {"more values than listed", NoValues, [](Patient& p) { p.Set(p.box, nk::ValueCount, 5); }},
     {"wild value", NoValues, [](Patient& p) { Put32(p.ValueList(), 4, 8); }},
-    {"value with a name beyond its cell", NoValues,
-     [](Patient& p) { Put16(p.At(p.big), vk::NameSize, 4000); }},
-    {"five bytes inside the value", NoValues,
-     [](Patient& p) { Put32(p.At(p.big), vk::DataSize, vk::Inline | 5); }},
-    {"data beyond the file", NoValues,
-     [](Patient& p) { Put32(p.At(p.big), vk::DataSize, 0x7FFFFFFFU); }},
-    {"data beyond its segments", NoValues,
-     [](Patient& p) { Put32(p.At(p.big), vk::DataSize, 33000); }},
+    {"value of an endless name", NoValues, [](Patient& p) { p.Set16(p.big, vk::NameSize, 4000); }},
+    {"five bytes inline", NoValues, [](Patient& p) { p.Set(p.big, vk::DataSize, vk::Inline | 5); }},
+    {"data beyond the file", NoValues, [](Patient& p) { p.Set(p.big, vk::DataSize, 0x7FFFFFFFU); }},
+    {"data beyond its segments", NoValues, [](Patient& p) { p.Set(p.big, vk::DataSize, 33000); }},
     {"wild segment", NoValues,
-     [](Patient& p) {
-       const CellOffset head = p.Field(p.big, vk::Data);
-       Put32(p.At(p.Field(head, db::List)), 4, 0xFFFFFFF8U);
-     }},
+     [](Patient& p) { p.Set(p.Field(p.Field(p.big, vk::Data), db::List), 4, 0xFFFFFFF8U); }},
     {"handle in the place of the value count", Whole,
      [](Patient& p) {
-       Put16(p.At(p.box), nk::Flags, KeyFlagLatin1Name | KeyFlagPredefined);
-       Put32(p.At(p.box), nk::ValueCount, 0x80000060U);
+       p.Set16(p.box, nk::Flags, KeyFlagLatin1Name | KeyFlagPredefined);
+       p.Set(p.box, nk::ValueCount, 0x80000060U);
      }},
 };
 
@@ -287,18 +253,11 @@ const RefusalRow Refusals[] = {
 
 // A small file that would have us read for hours, or hold far more than it is.
 TEST(HiveReader, WhatManyShareIsCorruptAndCostsNoMoreThanTheFile) {
-  struct Row {
-    const char* what;
-    std::size_t values;
-    bool sharesList;  // of values; else one value's cell again and again
-  };
-  for (const Row& row : {Row{"a long list", 2000, true}, Row{"a short list of long names", 8, true},
-                         Row{"one value", 2000, false}}) {
+  // A long list, a short one of long names, and one value's cell again and again.
+  for (const auto& [count, sharesList] : {std::pair{2000U, true}, {8U, true}, {2000U, false}}) {
     HiveBuilder builder;
-    for (std::size_t i = 0; i < row.values; ++i) {
-      const std::string number = std::to_string(i);
-      UnicodeString name(row.values < 16 ? 16'000 : 4, u'n');
-      name.append(number.begin(), number.end());
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const UnicodeString name = UnicodeString(count < 16 ? 16'000 : 4, u'n') + ChildName(i);
       builder.SetValue(builder.Root(), {name, REGT_BINARY, Bytes(50, 1)});
     }
     for (int i = 0; i < 2000; ++i) builder.Create(builder.Root(), u"k" + IntToStr(i));
@@ -307,15 +266,12 @@ TEST(HiveReader, WhatManyShareIsCorruptAndCostsNoMoreThanTheFile) {
     const CellOffset root = opened.hive->Root();
     const std::span<std::uint8_t> bins = std::span(image).subspan(BaseBlockSize);
     const CellOffset list = Get32(bins, root + 4U + nk::ValueList);
-    if (!row.sharesList) {
-      for (std::size_t i = 0; i < row.values; ++i)
-        Put32(bins, list + 4 + i * 4, Get32(bins, list + 4));
-    }
-    opened.hive->Walk(root, [&](const Subkey& subkey, int) {
-      if (row.sharesList) {
-        Put32(bins, subkey.key + 4U + nk::ValueCount, static_cast<std::uint32_t>(row.values));
-        Put32(bins, subkey.key + 4U + nk::ValueList, list);
-      }
+    for (std::size_t i = 0; i < count && !sharesList; ++i)
+      Put32(bins, list + 4 + i * 4, Get32(bins, list + 4));
+    opened.hive->Walk(root, [&, shared = sharesList, entries = count](const Subkey& subkey, int) {
+      if (!shared) return;
+      Put32(bins, subkey.key + 4U + nk::ValueCount, entries);
+      Put32(bins, subkey.key + 4U + nk::ValueList, list);
     });
     const OpenedHive hostile = Hive::FromBytes(image, "sample");
     std::uint64_t held = 0;
@@ -325,8 +281,8 @@ TEST(HiveReader, WhatManyShareIsCorruptAndCostsNoMoreThanTheFile) {
       corrupt += hostile.hive->Values(subkey.key, values) != Ok;
       for (const RegValue& value : values) held += 2 * value.name.size() + value.data.size();
     });
-    EXPECT_LE(held, 200 * image.size()) << row.what;
-    EXPECT_EQ(corrupt > 0, row.sharesList) << row.what;
+    EXPECT_LE(held, 200 * image.size()) << count;
+    EXPECT_EQ(corrupt > 0, sharesList) << count;
   }
 }
 
