@@ -49,6 +49,15 @@ TEST(Transaction, NothingChangesBeforeTheCommitAndUndoPutsAllBack) {
   const ExportResult exported = ExportSession(world.Backups(), {});
   EXPECT_NE(exported.bytes.find(std::string("T\0h\0r\0e\0a\0d\0i\0n\0g\0", 18)), std::string::npos);
 
+  // Stopped, it changes nothing, even when all but the writing was done.
+  const std::size_t items = ReadSession(world.Backups(), {}).items.size();
+  for (const std::size_t last : {std::size_t{3}, items}) {
+    UndoOptions options{world.Options().target, world.Backups(), {}, {}};
+    options.progress = [last](std::size_t done, std::size_t) { return done < last; };
+    EXPECT_EQ(Undo(options).failure, CleanFailure::Stopped);
+    EXPECT_EQ(world.Content(), after);
+  }
+
   // One item, then all.
   const UndoResult one = Undo({world.Options().target, world.Backups(), {}, {"aaa"}});
   ASSERT_EQ(one.failure, CleanFailure::None) << one.error;

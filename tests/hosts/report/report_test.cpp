@@ -24,12 +24,16 @@ TEST(JsonWriter, EscapesWhatJsonAndUnicodeDemand) {
       {UnicodeString{0xD83D}, R"("\ud83d")"},
       {UnicodeString{0xDE00, 0xD83D}, R"("\ude00\ud83d")"},
       {UnicodeString{0xD83D, u'x'}, R"("\ud83dx")"},
+      {u"\x0085\x009B\x202E\x2066", R"("\u0085\u009b\u202e\u2066")"},
   };
   for (const auto& [text, expected] : rows) {
     std::string out;
     JsonWriter(out).Text(UnicodeView(text));
     EXPECT_EQ(out, expected);
   }
+  std::string line;
+  JsonWriter(line, JsonLayout::OneLine).Text(UnicodeView(u"a\xD83D"));
+  EXPECT_EQ(line, R"("a\ufffd")");
 }
 
 TEST(Sentences, ComeInTheReportsLanguage) {
