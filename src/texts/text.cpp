@@ -7,10 +7,16 @@ TLanguage language = TLanguage::German;
 
 }  // namespace
 
-void SetPackageLanguage(TLanguage chosen) { language = chosen; }
+void SetPackageLanguage(TLanguage chosen) {
+  language = chosen;
+}
 
-TLanguage PackageLanguage() { return language; }
+TLanguage PackageLanguage() {
+  return language;
+}
 
-UnicodeString LoadText(const TText& text) { return UnicodeString(text.In(language)); }
+UnicodeString LoadText(const TText& text) {
+  return UnicodeString(text.In(language));
+}
 
 }  // namespace scrubwell
