@@ -370,9 +370,14 @@ RecoverResult CleanSession::Parts::Recover() {
   offline::PendingCommit pending =
       offline::FindPending({config, &World().drives, error == 0 ? &backups : nullptr,
                             offline::IdentityOf(World().installation)});
+  using State = offline::PendingCommit::State;
+  if (pending.state == State::Foreign && error == 0) {
+    // Its session may lie there all the same, and must not be lost for that.
+    why = offline::WhyNotOurs(offline::DiskPlace(backups));
+    if (!why.empty()) return fail(CleanFailure::WrongUse, why + "; choose another backup folder");
+  }
   offline::CommitOutcome outcome = offline::SettlePending(disk, pending);
   result.notes = std::move(outcome.notes);
-  using State = offline::PendingCommit::State;
   using Outcome = RecoverResult::Outcome;
   result.outcome = pending.state == State::Committed   ? Outcome::Completed
                    : pending.state == State::Preparing ? Outcome::RolledBack

@@ -117,6 +117,10 @@ TEST(Attack, ARecordOfAnotherWindowsIsSetAside) {
     ASSERT_EQ(done.failure, CleanFailure::None) << done.error;
     fs::copy(done.folder + "/record.jsonl", mine.Folder() + kConfig + "scrubwell.pending");
   }
+  // From a folder that is open to others nothing is taken, and nothing is given up for it either.
+  fs::permissions(mine.Backups(), fs::perms::all);
+  EXPECT_EQ(Recover(mine.Options().target, mine.Backups()).failure, CleanFailure::WrongUse);
+  fs::permissions(mine.Backups(), fs::perms::owner_all);
   EXPECT_EQ(Recover(mine.Options().target, mine.Backups()).outcome, Outcome::SetAside);
 }
 
